@@ -1,0 +1,221 @@
+#include "Application.h"
+
+#include "platform/Platform.h"
+#include "screens/ImageUtil.h"
+#include "screens/Screens.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFontDatabase>
+#include <QGuiApplication>
+#include <QQmlApplicationEngine>
+#include <QQmlContext>
+#include <QQuickWindow>
+#include <QRegularExpression>
+#include <QSGRendererInterface>
+#include <QResource>
+#include <QStandardPaths>
+#include <QTextStream>
+#include <QTimer>
+
+namespace {
+bool validProfileName(const QString& name) {
+    static const QRegularExpression re(QStringLiteral("^[A-Za-z0-9_-]{1,64}$"));
+    return re.match(name).hasMatch();
+}
+} // namespace
+
+bool Application::parseArguments(const QStringList& arguments, Options* options, int* exitCode) {
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Tarvolin: four pictures, one word."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    const QCommandLineOption profile(QStringLiteral("profile"),
+                                     QStringLiteral("Keep a separate player's data under NAME (letters, digits, - and _)."),
+                                     QStringLiteral("NAME"), QStringLiteral("default"));
+    const QCommandLineOption screenshot(QStringLiteral("screenshot"),
+                                        QStringLiteral("Save the window to FILE once the first screen has drawn, then quit."),
+                                        QStringLiteral("FILE"));
+    const QCommandLineOption service(QStringLiteral("service"),
+                                     QStringLiteral("The address of tarvolin-service (default: a local service)."),
+                                     QStringLiteral("URL"), QStringLiteral("http://127.0.0.1:8470"));
+    const QCommandLineOption device(QStringLiteral("device"),
+                                    QStringLiteral("The layout to use: phone, tallphone or tablet (default: from the screen)."),
+                                    QStringLiteral("CLASS"));
+    const QCommandLineOption offline(QStringLiteral("offline"), QStringLiteral("Act as if there were no connection."));
+    const QCommandLineOption dataDir(QStringLiteral("data-dir"),
+                                     QStringLiteral("Keep profiles under DIR instead of the user's data folder."),
+                                     QStringLiteral("DIR"));
+    parser.addOptions({profile, screenshot, service, device, offline, dataDir});
+
+    QTextStream err(stderr);
+    if (!parser.parse(arguments)) {
+        err << parser.errorText() << "\n" << parser.helpText();
+        *exitCode = 2;
+        return false;
+    }
+    if (parser.isSet(QStringLiteral("help"))) {
+        QTextStream(stdout) << parser.helpText();
+        *exitCode = 0;
+        return false;
+    }
+    if (parser.isSet(QStringLiteral("version"))) {
+        QTextStream(stdout) << QCoreApplication::applicationName() << " " << QCoreApplication::applicationVersion()
+                            << "\n";
+        *exitCode = 0;
+        return false;
+    }
+    options->profile = parser.value(profile);
+    if (!validProfileName(options->profile)) {
+        err << "The profile name \"" << options->profile
+            << "\" is not allowed: use 1 to 64 letters, digits, - or _.\n";
+        *exitCode = 2;
+        return false;
+    }
+    options->screenshot = parser.value(screenshot);
+    options->service = parser.value(service);
+    options->offline = parser.isSet(offline);
+    options->profileRoot = parser.value(dataDir);
+    if (parser.isSet(device)) {
+        Device::Class cls;
+        if (!Device::parse(parser.value(device), &cls)) {
+            err << "Unknown device class \"" << parser.value(device) << "\": use phone, tallphone or tablet.\n";
+            *exitCode = 2;
+            return false;
+        }
+        options->device = parser.value(device);
+    }
+    return true;
+}
+
+Application::Application(Options options) : m_options(std::move(options)) {}
+
+Application::~Application() {
+    m_engine.reset();
+    Platform::uninstall();
+}
+
+QString Application::profileFolder() const {
+    QString root = m_options.profileRoot;
+    if (root.isEmpty()) {
+        root = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    }
+    return QDir(root).filePath(QStringLiteral("profiles/") + m_options.profile);
+}
+
+void Application::registerResources() {
+    static bool done = false;
+    if (done) {
+        return;
+    }
+    done = true;
+    for (const char* font : {":/fonts/NotoKufiArabic-Regular.ttf", ":/fonts/NotoKufiArabic-Bold.ttf"}) {
+        if (QFontDatabase::addApplicationFont(QString::fromLatin1(font)) < 0) {
+            qWarning("The font %s could not be loaded", font);
+        }
+    }
+    // The level pictures are built with the game and packed beside the executable.
+    QStringList candidates;
+    const QString fromEnv = qEnvironmentVariable("TARVOLIN_PICTURES");
+    if (!fromEnv.isEmpty()) {
+        candidates << fromEnv;
+    }
+    candidates << QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("tarvolin-pictures.rcc"));
+    for (const QString& path : std::as_const(candidates)) {
+        if (QFile::exists(path) && QResource::registerResource(path)) {
+            return;
+        }
+    }
+    qWarning("The level pictures (tarvolin-pictures.rcc) were not found; levels show without pictures.");
+}
+
+bool Application::start() {
+    Device::Class cls = Device::Phone;
+    if (!m_options.device.isEmpty()) {
+        Device::parse(m_options.device, &cls);
+    } else if (auto* screen = QGuiApplication::primaryScreen()) {
+        // A portrait screen is taken as what it is; a landscape (desktop) screen gets a phone-shaped window.
+        const QSize size = screen->availableSize();
+        if (size.height() > size.width()) {
+            cls = Device::classForWindowSize(size);
+        }
+    }
+
+    Platform::Services services;
+    services.userDefaults = std::make_unique<UserDefaults>(QDir(profileFolder()).filePath(QStringLiteral("settings.ini")));
+    services.scheduler = std::make_unique<QtScheduler>();
+    services.random = std::make_unique<SystemRandom>();
+    services.reachability = std::make_unique<Reachability>(true);
+    services.animator = std::make_unique<ScheduledAnimator>();
+    services.device = std::make_unique<Device>(cls);
+    Platform::install(std::move(services));
+    auto& platform = Platform::shared();
+    platform.reachability().setForcedOffline(m_options.offline);
+
+    registerResources();
+    registerQmlTypes();
+    registerScreens(platform.navigator());
+
+    if (QGuiApplication::platformName() == QLatin1String("offscreen") ||
+        qEnvironmentVariableIsSet("TARVOLIN_SOFTWARE_RENDERING")) {
+        // No GPU behind an offscreen window: draw with the software renderer.
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    }
+    m_engine = std::make_unique<QQmlApplicationEngine>();
+    QQmlContext* ctx = m_engine->rootContext();
+    ctx->setContextProperty(QStringLiteral("navigator"), &platform.navigator());
+    ctx->setContextProperty(QStringLiteral("alerts"), &platform.alerts());
+    ctx->setContextProperty(QStringLiteral("progressHud"), &platform.progressHud());
+    ctx->setContextProperty(QStringLiteral("device"), &platform.device());
+    ctx->setContextProperty(QStringLiteral("reachability"), &platform.reachability());
+
+    m_delegate.applicationDidFinishLaunchingWithOptions({});
+
+    m_engine->load(QUrl(QStringLiteral("qrc:/qml/Main.qml")));
+    if (m_engine->rootObjects().isEmpty()) {
+        qCritical("The game's window could not be created.");
+        return false;
+    }
+    QObject::connect(qApp, &QGuiApplication::applicationStateChanged, qApp,
+                     [this, last = Qt::ApplicationActive](Qt::ApplicationState state) mutable {
+                         if (state == Qt::ApplicationActive && last != Qt::ApplicationActive) {
+                             m_delegate.applicationWillEnterForeground();
+                         }
+                         last = state;
+                     });
+    if (!m_options.screenshot.isEmpty()) {
+        scheduleScreenshot();
+    }
+    return true;
+}
+
+QQuickWindow* Application::window() const {
+    if (!m_engine || m_engine->rootObjects().isEmpty()) {
+        return nullptr;
+    }
+    return qobject_cast<QQuickWindow*>(m_engine->rootObjects().first());
+}
+
+void Application::scheduleScreenshot() {
+    QQuickWindow* w = window();
+    if (!w) {
+        return;
+    }
+    auto* once = new QObject(w);
+    QObject::connect(w, &QQuickWindow::frameSwapped, once, [this, once]() {
+        once->deleteLater();
+        // A moment for pictures and fonts to settle, then the picture of the screen.
+        QTimer::singleShot(700, qApp, [this]() {
+            const QImage image = ImageUtil::takeScreenshotForWindow(window());
+            if (image.isNull() || !image.save(m_options.screenshot)) {
+                qCritical("The screenshot could not be saved to %s", qPrintable(m_options.screenshot));
+                QCoreApplication::exit(1);
+                return;
+            }
+            QTextStream(stdout) << "Saved " << m_options.screenshot << "\n";
+            QCoreApplication::exit(0);
+        });
+    });
+}

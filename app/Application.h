@@ -1,0 +1,46 @@
+#pragma once
+
+#include "core/AppDelegate.h"
+
+#include <QString>
+#include <QStringList>
+#include <memory>
+
+class QQmlApplicationEngine;
+class QQuickWindow;
+
+// The game's process: options, the player's profile, the platform services, the window and the launch.
+class Application {
+public:
+    struct Options {
+        QString profile = QStringLiteral("default");
+        QString profileRoot; // empty: the system's application data folder
+        QString screenshot;
+        QString service;
+        QString device;
+        bool offline = false;
+    };
+
+    // Parses the command line; on --help or a bad option prints and returns false with the exit code set.
+    static bool parseArguments(const QStringList& arguments, Options* options, int* exitCode);
+
+    explicit Application(Options options);
+    ~Application();
+
+    // Installs the platform, registers the resources, runs the launch sequence and shows the window.
+    bool start();
+    QQuickWindow* window() const;
+    QQmlApplicationEngine* engine() const { return m_engine.get(); }
+    AppDelegate& appDelegate() { return m_delegate; }
+    QString profileFolder() const;
+
+    // Loads the game's fonts and the built pictures; safe to call more than once.
+    static void registerResources();
+
+private:
+    void scheduleScreenshot();
+
+    Options m_options;
+    AppDelegate m_delegate;
+    std::unique_ptr<QQmlApplicationEngine> m_engine;
+};

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QString>
+#include <QVariantMap>
+
+class ViewController;
+
+// Where the system enters the game: for each event it decides which managers are told what, in which order.
+class AppDelegate {
+public:
+    static inline const QString kLaunchOptionsLocalNotificationKey =
+        QStringLiteral("UIApplicationLaunchOptionsLocalNotificationKey");
+
+    // The first screen: the play screen of the player's current level.
+    static ViewController* instantiateInitialViewController();
+
+    bool applicationDidFinishLaunchingWithOptions(const QVariantMap& launchOptions);
+    void applicationWillEnterForeground();
+    // A local notification is a map with "alertBody" and "userInfo" (itself a map with "type").
+    void applicationDidReceiveLocalNotification(const QVariantMap& notification);
+    void handleReceivingLocalNotification(const QVariantMap& notification);
+
+    bool isPenaltyMessageShown = false;
+    int applicationIconBadgeNumber() const { return m_badge; }
+    void setApplicationIconBadgeNumber(int badge) { m_badge = badge; }
+
+    static inline const QString kPenaltyMessage =
+        QStringLiteral("لم تربح جائزة الاستخدام اليومي بسبب مشكلة بالاتصال.. يرجى المحاولة لاحقا");
+    static inline const QString kPenaltyTitle = QStringLiteral("جائزة الاستخدام اليومي");
+
+private:
+    int m_badge = 0;
+};

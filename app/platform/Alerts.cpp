@@ -1,0 +1,35 @@
+#include "Alerts.h"
+
+void Alerts::showWithTitleMessageCancelButtonTitleOtherButtonTitlesTapBlock(const QString& title,
+                                                                           const QString& message,
+                                                                           const QString& cancelTitle,
+                                                                           const QStringList& otherTitles,
+                                                                           std::function<void(int)> tapBlock) {
+    Alert alert{title, message, {}, std::move(tapBlock)};
+    if (!cancelTitle.isEmpty()) {
+        alert.buttons << cancelTitle;
+    }
+    alert.buttons << otherTitles;
+    m_queue.push_back(std::move(alert));
+    emit changed();
+}
+
+bool Alerts::press(int buttonIndex) {
+    if (m_queue.empty() || buttonIndex < 0 || buttonIndex >= m_queue.front().buttons.size()) {
+        return false;
+    }
+    Alert alert = std::move(m_queue.front());
+    m_queue.pop_front();
+    emit changed();
+    if (alert.onPress) {
+        alert.onPress(buttonIndex);
+    }
+    return true;
+}
+
+bool Alerts::pressTitled(const QString& title) {
+    if (m_queue.empty()) {
+        return false;
+    }
+    return press(static_cast<int>(m_queue.front().buttons.indexOf(title)));
+}

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Alerts.h"
+#include "Animator.h"
+#include "Device.h"
+#include "Navigator.h"
+#include "NotificationCenter.h"
+#include "ProgressHud.h"
+#include "Random.h"
+#include "Reachability.h"
+#include "Scheduler.h"
+#include "UserDefaults.h"
+
+#include <memory>
+
+// What a phone platform gives the game, gathered in one place. The program installs the real services at start;
+// tests install doubles (a hand-driven clock, an animator that completes when told, scripted randomness).
+class Platform {
+public:
+    struct Services {
+        std::unique_ptr<UserDefaults> userDefaults;
+        std::unique_ptr<Scheduler> scheduler;
+        std::unique_ptr<Random> random;
+        std::unique_ptr<Reachability> reachability;
+        std::unique_ptr<Animator> animator;
+        std::unique_ptr<Device> device;
+    };
+
+    static void install(Services services);
+    static void uninstall();
+    static bool isInstalled();
+    static Platform& shared();
+
+    UserDefaults& userDefaults() { return *m_services.userDefaults; }
+    NotificationCenter& notificationCenter() { return m_center; }
+    Scheduler& scheduler() { return *m_services.scheduler; }
+    Random& random() { return *m_services.random; }
+    Reachability& reachability() { return *m_services.reachability; }
+    Animator& animator() { return *m_services.animator; }
+    Device& device() { return *m_services.device; }
+    Alerts& alerts() { return m_alerts; }
+    ProgressHud& progressHud() { return m_hud; }
+    Navigator& navigator() { return *m_navigator; }
+
+private:
+    explicit Platform(Services services);
+
+    Services m_services;
+    NotificationCenter m_center;
+    Alerts m_alerts;
+    ProgressHud m_hud;
+    std::unique_ptr<Navigator> m_navigator;
+};
+
+// Runs the block on the main thread after the time; a null block is skipped. It cannot be cancelled.
+void delayCallback(std::function<void()> block, double seconds);

@@ -1,0 +1,113 @@
+#include "UserDefaults.h"
+
+#include <QDebug>
+#include <QDir>
+#include <QFileInfo>
+
+UserDefaults::UserDefaults(const QString& filePath) : m_path(filePath) {
+    QDir().mkpath(QFileInfo(filePath).absolutePath());
+    m_settings = std::make_unique<QSettings>(filePath, QSettings::IniFormat);
+    if (m_settings->status() != QSettings::NoError) {
+        qWarning().noquote() << "The settings file" << filePath
+                             << "could not be read; starting from defaults and keeping the file aside.";
+        QFile::rename(filePath, filePath + ".unreadable");
+        m_settings = std::make_unique<QSettings>(filePath, QSettings::IniFormat);
+    }
+}
+
+QVariant UserDefaults::read(const QString& key) const {
+    QMutexLocker lock(&m_mutex);
+    return m_settings->value(key);
+}
+
+void UserDefaults::write(const QString& key, const QVariant& value) {
+    QMutexLocker lock(&m_mutex);
+    m_settings->setValue(key, value);
+    m_settings->sync();
+    if (m_settings->status() != QSettings::NoError) {
+        qWarning().noquote() << "Could not write the settings file" << m_path;
+    }
+}
+
+qint64 UserDefaults::integerForKey(const QString& key) const {
+    const QVariant v = read(key);
+    if (!v.isValid()) {
+        return 0;
+    }
+    bool ok = false;
+    const qint64 n = v.toLongLong(&ok);
+    if (!ok) {
+        // Stored as a decimal with a fraction, or not a number at all.
+        const double d = v.toDouble(&ok);
+        if (ok) {
+            return static_cast<qint64>(d);
+        }
+        qWarning().noquote() << "Stored value of" << key << "is not a number:" << v.toString() << "- using 0";
+        return 0;
+    }
+    return n;
+}
+
+bool UserDefaults::boolForKey(const QString& key) const {
+    const QVariant v = read(key);
+    if (!v.isValid()) {
+        return false;
+    }
+    const QString s = v.toString().trimmed().toLower();
+    if (s == "true" || s == "1" || s == "yes") {
+        return true;
+    }
+    if (s == "false" || s == "0" || s == "no" || s.isEmpty()) {
+        return false;
+    }
+    bool ok = false;
+    const double d = s.toDouble(&ok);
+    if (ok) {
+        return d != 0.0;
+    }
+    qWarning().noquote() << "Stored value of" << key << "is not a yes/no value:" << s << "- using false";
+    return false;
+}
+
+double UserDefaults::doubleForKey(const QString& key) const {
+    const QVariant v = read(key);
+    if (!v.isValid()) {
+        return 0.0;
+    }
+    bool ok = false;
+    const double d = v.toDouble(&ok);
+    if (!ok) {
+        qWarning().noquote() << "Stored value of" << key << "is not a number:" << v.toString() << "- using 0";
+        return 0.0;
+    }
+    return d;
+}
+
+QString UserDefaults::stringForKey(const QString& key) const {
+    const QVariant v = read(key);
+    return v.isValid() ? v.toString() : QString();
+}
+
+QVariant UserDefaults::objectForKey(const QString& key) const { return read(key); }
+
+bool UserDefaults::hasKey(const QString& key) const {
+    QMutexLocker lock(&m_mutex);
+    return m_settings->contains(key);
+}
+
+void UserDefaults::setIntegerForKey(qint64 value, const QString& key) { write(key, value); }
+void UserDefaults::setBoolForKey(bool value, const QString& key) { write(key, value); }
+void UserDefaults::setDoubleForKey(double value, const QString& key) { write(key, value); }
+void UserDefaults::setStringForKey(const QString& value, const QString& key) { write(key, value); }
+void UserDefaults::setObjectForKey(const QVariant& value, const QString& key) { write(key, value); }
+
+void UserDefaults::removeObjectForKey(const QString& key) {
+    QMutexLocker lock(&m_mutex);
+    m_settings->remove(key);
+    m_settings->sync();
+}
+
+void UserDefaults::synchronize() {
+    QMutexLocker lock(&m_mutex);
+    m_settings->sync();
+}

@@ -1,0 +1,82 @@
+import QtQuick
+import ".."
+import "../components"
+
+// After a solved level: the full answer and the way on.
+Item {
+    id: screen
+    property QtObject controller
+    anchors.fill: parent
+
+    Rectangle {
+        anchors.fill: parent
+        color: "#000000"
+        opacity: 0.7
+    }
+    MouseArea {
+        anchors.fill: parent
+    }
+    Rectangle {
+        objectName: "successCard"
+        width: parent.width * 0.84
+        height: column.implicitHeight + 48
+        anchors.centerIn: parent
+        radius: 24
+        color: Theme.paper
+        border.color: Theme.gold
+        border.width: 3
+
+        Column {
+            id: column
+            anchors.left: parent.left
+            anchors.right: parent.right
+            anchors.top: parent.top
+            anchors.margins: 24
+            spacing: 18
+
+            Text {
+                width: parent.width
+                text: controller.titleText
+                font.family: Theme.fontFamily
+                font.pixelSize: 28
+                font.bold: true
+                color: Theme.green
+                horizontalAlignment: Text.AlignHCenter
+            }
+            Text {
+                width: parent.width
+                text: "الحل"
+                font.family: Theme.fontFamily
+                font.pixelSize: 15
+                color: "#8a7a5a"
+                horizontalAlignment: Text.AlignHCenter
+            }
+            Rectangle {
+                anchors.horizontalCenter: parent.horizontalCenter
+                width: Math.min(parent.width, answer.implicitWidth + 48)
+                height: answer.implicitHeight + 16
+                radius: 14
+                color: "#3b2f73"
+                Text {
+                    id: answer
+                    objectName: "solutionText"
+                    anchors.centerIn: parent
+                    text: controller.solutionText
+                    font.family: Theme.fontFamily
+                    font.pixelSize: 32
+                    font.bold: true
+                    color: "#ffffff"
+                }
+            }
+            GameButton {
+                objectName: "nextButton"
+                anchors.horizontalCenter: parent.horizontalCenter
+                width: parent.width * 0.8
+                height: 52
+                fontSize: 19
+                text: controller.nextButtonText
+                onClicked: controller.nextAction()
+            }
+        }
+    }
+}

@@ -1,0 +1,29 @@
+#include "Screens.h"
+
+#include "core/GameView.h"
+#include "core/GameViewController.h"
+#include "core/InfoCardView.h"
+#include "core/LetterLabel.h"
+#include "core/LevelSuccessViewController.h"
+#include "platform/Navigator.h"
+
+#include <QQmlEngine>
+
+void registerScreens(Navigator& navigator) {
+    navigator.registerScreen(QStringLiteral("GameViewController"), [] { return new GameViewController(); });
+    navigator.registerScreen(QStringLiteral("LevelSuccessViewController"),
+                             [] { return new LevelSuccessViewController(); });
+}
+
+void registerQmlTypes() {
+    const char* uri = "Tarvolin";
+    qmlRegisterUncreatableType<ViewController>(uri, 1, 0, "ViewController", "made by the navigator");
+    qmlRegisterUncreatableType<GameViewController>(uri, 1, 0, "GameViewController", "made by the navigator");
+    qmlRegisterUncreatableType<LevelSuccessViewController>(uri, 1, 0, "LevelSuccessViewController",
+                                                           "made by the navigator");
+    qmlRegisterUncreatableType<LetterLabel>(uri, 1, 0, "LetterLabel", "made by the board");
+    qmlRegisterUncreatableType<SolutionBlock>(uri, 1, 0, "SolutionBlock", "made by the board");
+    qmlRegisterUncreatableType<GameView>(uri, 1, 0, "GameView", "made by the board");
+    qmlRegisterUncreatableType<PictureView>(uri, 1, 0, "PictureView", "made by the board");
+    qmlRegisterUncreatableType<InfoCardView>(uri, 1, 0, "InfoCardView", "made by the play screen");
+}

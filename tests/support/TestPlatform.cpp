@@ -1,0 +1,108 @@
+#include "TestPlatform.h"
+
+#include "platform/SharedInstances.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <cmath>
+
+ManualScheduler::ManualScheduler(QDateTime start) : m_now(std::move(start)) {}
+
+quint64 ManualScheduler::schedule(double seconds, std::function<void()> callback) {
+    const quint64 id = m_nextId++;
+    const qint64 due = m_nowMs + std::max<qint64>(0, std::llround(seconds * 1000.0));
+    m_queue.emplace(std::make_pair(due, id), std::move(callback));
+    return id;
+}
+
+void ManualScheduler::cancel(quint64 id) {
+    for (auto it = m_queue.begin(); it != m_queue.end(); ++it) {
+        if (it->first.second == id) {
+            m_queue.erase(it);
+            return;
+        }
+    }
+}
+
+void ManualScheduler::advance(double seconds) {
+    const qint64 target = m_nowMs + std::llround(seconds * 1000.0);
+    while (!m_queue.empty() && m_queue.begin()->first.first <= target) {
+        auto node = m_queue.extract(m_queue.begin());
+        const qint64 step = node.key().first - m_nowMs;
+        m_nowMs = node.key().first;
+        m_now = m_now.addMSecs(step);
+        node.mapped()();
+    }
+    m_now = m_now.addMSecs(target - m_nowMs);
+    m_nowMs = target;
+}
+
+void ManualAnimator::animateWithDurationAnimationsCompletion(double seconds, std::function<void()> changes,
+                                                             std::function<void()> completion) {
+    m_lastDuration = seconds;
+    if (changes) {
+        changes();
+    }
+    m_completions.push_back(completion ? std::move(completion) : [] {});
+}
+
+bool ManualAnimator::completeNext() {
+    if (m_completions.empty()) {
+        return false;
+    }
+    auto completion = std::move(m_completions.front());
+    m_completions.pop_front();
+    completion();
+    return true;
+}
+
+void ManualAnimator::completeAll() {
+    while (completeNext()) {
+    }
+}
+
+std::uint32_t ScriptedRandom::arc4random() {
+    ++m_draws;
+    if (!m_values.empty()) {
+        const std::uint32_t v = m_values.front();
+        m_values.pop_front();
+        return v;
+    }
+    return m_fallback.arc4random();
+}
+
+TestPlatform::TestPlatform(Device::Class device) : m_device(device) { install(); }
+
+TestPlatform::~TestPlatform() {
+    SharedInstances::resetAll();
+    Platform::uninstall();
+    if (QCoreApplication::instance()) {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+}
+
+void TestPlatform::install() {
+    Platform::Services services;
+    services.userDefaults = std::make_unique<UserDefaults>(settingsPath());
+    auto scheduler = std::make_unique<ManualScheduler>(QDateTime(QDate(2026, 3, 14), QTime(9, 30)));
+    auto animator = std::make_unique<ManualAnimator>();
+    auto random = std::make_unique<ScriptedRandom>();
+    m_scheduler = scheduler.get();
+    m_animator = animator.get();
+    m_random = random.get();
+    services.scheduler = std::move(scheduler);
+    services.animator = std::move(animator);
+    services.random = std::move(random);
+    services.reachability = std::make_unique<Reachability>(false);
+    services.device = std::make_unique<Device>(m_device);
+    Platform::install(std::move(services));
+}
+
+void TestPlatform::restart() {
+    SharedInstances::resetAll();
+    Platform::uninstall();
+    if (QCoreApplication::instance()) {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    install();
+}

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "platform/Platform.h"
+
+#include <QTemporaryDir>
+#include <deque>
+#include <map>
+#include <memory>
+#include <vector>
+
+// A clock that moves only when told; due callbacks run in order of their time.
+class ManualScheduler : public Scheduler {
+public:
+    explicit ManualScheduler(QDateTime start);
+    QDateTime now() const override { return m_now; }
+    quint64 schedule(double seconds, std::function<void()> callback) override;
+    void cancel(quint64 id) override;
+    // Moves the clock forward, running everything that falls due on the way.
+    void advance(double seconds);
+    int pendingCount() const { return static_cast<int>(m_queue.size()); }
+
+private:
+    QDateTime m_now;
+    qint64 m_nowMs = 0;
+    quint64 m_nextId = 1;
+    // (due time in ms, id) -> callback; the id keeps equal times in the order they were scheduled.
+    std::map<std::pair<qint64, quint64>, std::function<void()>> m_queue;
+};
+
+// Animations that end only when the test says so.
+class ManualAnimator : public Animator {
+public:
+    void animateWithDurationAnimationsCompletion(double seconds, std::function<void()> changes,
+                                                 std::function<void()> completion) override;
+    int pending() const { return static_cast<int>(m_completions.size()); }
+    // Ends the oldest animation; false when none is running.
+    bool completeNext();
+    void completeAll();
+    double lastDuration() const { return m_lastDuration; }
+
+private:
+    std::deque<std::function<void()>> m_completions;
+    double m_lastDuration = 0;
+};
+
+// Returns the queued values first, then a fixed-seed sequence.
+class ScriptedRandom : public Random {
+public:
+    std::uint32_t arc4random() override;
+    void queue(std::initializer_list<std::uint32_t> values) { m_values.insert(m_values.end(), values); }
+    int draws() const { return m_draws; }
+
+private:
+    std::deque<std::uint32_t> m_values;
+    SystemRandom m_fallback{12345};
+    int m_draws = 0;
+};
+
+// Installs a fresh platform with test doubles and a settings file in a temporary folder; drops every shared
+// instance when it goes.
+class TestPlatform {
+public:
+    explicit TestPlatform(Device::Class device = Device::Phone);
+    ~TestPlatform();
+
+    // Drops the managers and the platform, and installs them again on the same settings file: a restart.
+    void restart();
+
+    ManualScheduler& scheduler() { return *m_scheduler; }
+    ManualAnimator& animator() { return *m_animator; }
+    ScriptedRandom& random() { return *m_random; }
+    Reachability& reachability() { return Platform::shared().reachability(); }
+    Alerts& alerts() { return Platform::shared().alerts(); }
+    UserDefaults& defaults() { return Platform::shared().userDefaults(); }
+    QString settingsPath() const { return m_dir.filePath("settings.ini"); }
+    QString folder() const { return m_dir.path(); }
+
+private:
+    void install();
+
+    QTemporaryDir m_dir;
+    Device::Class m_device;
+    ManualScheduler* m_scheduler = nullptr;
+    ManualAnimator* m_animator = nullptr;
+    ScriptedRandom* m_random = nullptr;
+};
