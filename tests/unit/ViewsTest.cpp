@@ -1,0 +1,199 @@
+// The puzzle views, the info card and the launch sequence.
+#include "TestPlatform.h"
+#include "core/AppDelegate.h"
+#include "core/GameView.h"
+#include "core/GameViewController.h"
+#include "core/InfoCardView.h"
+#include "core/LevelManager.h"
+#include "core/LevelsInfoReader.h"
+#include "screens/ColorUtil.h"
+#include "screens/Screens.h"
+
+#include <QDir>
+#include <QFile>
+#include <QLocale>
+#include <QTimeZone>
+#include <gtest/gtest.h>
+
+namespace {
+
+GamePtr gameWith(const QString& solution, const QString& image = QStringLiteral("nothing")) {
+    auto game = Game::initWithGameLevelAndGameRound(2, 4);
+    auto info = std::make_shared<LevelInfo>();
+    info->solution = info->fullSolution = solution;
+    info->imageName = image;
+    game->setLevelInfo(info);
+    return game;
+}
+
+TEST(WordViews, GridFullFrameAndRoundParameters) {
+    TestPlatform platform;
+    auto game = gameWith("شمسي");
+    std::unique_ptr<WordView> view(WordView::loadInstance({0, 0, 300, 300}));
+    view->initGameViewWithGame(game);
+    EXPECT_EQ(view->round, 4);
+    EXPECT_TRUE(view->touchesEnabled());
+    EXPECT_EQ(view->maxLettersToReveal, 1);
+    EXPECT_EQ(view->firstLetterSeconds, 70);
+    // Read right to left: picture 1 top right, 2 top left, 3 bottom right.
+    EXPECT_GT(view->imageView1->frame().x(), view->imageView2->frame().x());
+    EXPECT_GT(view->imageView3->frame().y(), view->imageView1->frame().y());
+    EXPECT_EQ(view->fullFrame, QRectF(0, 0, 300, 300));
+    // A picture that is not shipped shows as empty.
+    EXPECT_TRUE(view->imageView1->source().isEmpty());
+
+    std::unique_ptr<WordView> five(WordView::loadInstance({0, 0, 300, 300}));
+    five->initGameViewWithGame(gameWith("شمسية"));
+    EXPECT_EQ(five->maxLettersToReveal, 2);
+}
+
+TEST(WordViews, TapEnlargesAPictureAndTheNextTapShrinksIt) {
+    TestPlatform platform;
+    auto game = gameWith("قمر");
+    std::unique_ptr<WordView> view(WordView::loadInstance({0, 0, 300, 300}));
+    view->initGameViewWithGame(game);
+    const QRectF small = view->imageView3->frame();
+    view->tapPicture(2);
+    EXPECT_EQ(view->imageView3->frame(), view->fullFrame);
+    EXPECT_GT(view->imageView3->z(), view->imageView1->z());
+    EXPECT_EQ(platform.animator().lastDuration(), 0.2);
+    view->tapPicture(2);
+    EXPECT_EQ(view->imageView3->frame(), small);
+    view->tapPicture(7);
+    EXPECT_EQ(view->imageView3->frame(), small);
+}
+
+class InfoCards : public ::testing::Test {
+protected:
+    InfoCardView* card(const QString& record, qint64 id) {
+        auto level = LevelsInfoReader::levelWithString(record);
+        m_card.reset(InfoCardView::initWithLevel(level));
+        m_card->setupViewWithId(id);
+        return m_card.get();
+    }
+    TestPlatform platform;
+    std::unique_ptr<InfoCardView> m_card;
+};
+
+TEST_F(InfoCards, PriceComparisonAgainstAnIndexOfSeventy) {
+    auto* even = card("x\nprice=70\n", 1);
+    EXPECT_EQ(even->cheaperPercentLabel, QStringLiteral("أرخص بنسبة 0%"));
+    EXPECT_EQ(even->cheaperPercentColor, ColorUtil::getGreenColor());
+    auto* dearer = card("x\nprice=71\n", 1);
+    EXPECT_EQ(dearer->cheaperPercentLabel, QStringLiteral("أغلى بنسبة 1%"));
+    EXPECT_EQ(dearer->cheaperPercentColor, ColorUtil::getRedColor());
+    EXPECT_EQ(card("x\nprice=70.9\n", 1)->cheaperPercentLabel, QStringLiteral("أرخص بنسبة 0%"));
+    EXPECT_EQ(card("x\nprice=35\n", 1)->cheaperPercentLabel, QStringLiteral("أرخص بنسبة 50%"));
+}
+
+TEST_F(InfoCards, FactsLabelsAndTimes) {
+    auto* c = card("x\nfacts=one***two***three\ncontinent=asia\narea=10\nstadium=s\ntimezone=3\n", 1);
+    EXPECT_EQ(c->factAtTag(10), "one");
+    EXPECT_EQ(c->factAtTag(30), "three");
+    EXPECT_EQ(c->factAtTag(40), "");
+    EXPECT_EQ(c->continentLabel, QStringLiteral("آسيا"));
+    EXPECT_EQ(c->areaLabel, "10");
+    EXPECT_EQ(c->stadiumLabel, "s");
+    // The test clock stands at 09:30 local time; three hours from UTC is its own zone.
+    const QDateTime now = platform.scheduler().now();
+    EXPECT_EQ(c->currentTimeLabel, QLocale::c().toString(now.toLocalTime(), "hh:mm AP"));
+    EXPECT_EQ(c->cityTimeLabel, QLocale::c().toString(now.toTimeZone(QTimeZone(3 * 3600)), "hh:mm AP"));
+}
+
+TEST_F(InfoCards, MapHintsAtARegionOrPinsTheCity) {
+    platform.random().queue({25, 5});
+    auto* region = card("x\ncoordinates=30,31\n", 2);
+    // 30 + 25 % 20 - 10 and 31 + 5 % 40 - 20.
+    EXPECT_EQ(region->mapCenter, QPointF(25, 16));
+    EXPECT_EQ(region->mapSpan, QPointF(20, 40));
+    EXPECT_FALSE(region->hasPin);
+
+    auto* city = card("x\ncoordinates=48.85,2.35\n", 3);
+    EXPECT_TRUE(city->hasPin);
+    EXPECT_EQ(city->pin, QPointF(48.85, 2.35));
+    EXPECT_EQ(city->mapSpan, QPointF(0.01, 0.02));
+
+    auto* nowhere = card("x\n", 3);
+    EXPECT_FALSE(nowhere->hasPin);
+    platform.random().queue({0, 0});
+    auto* unset = card("x\ncoordinates=1,2,3\n", 2);
+    EXPECT_EQ(unset->mapCenter, QPointF(-10, -20));
+}
+
+class Launch : public ::testing::Test {
+protected:
+    void SetUp() override {
+        registerScreens(Platform::shared().navigator());
+        LevelsInfoReader::setResourceRoot(platform.folder());
+        QString text;
+        for (int p = 0; p < 2; ++p) {
+            text += QStringLiteral("[pack=%1]\n").arg(p + 1);
+            for (int i = 0; i < 25; ++i) {
+                text += QStringLiteral("level=حل%1\nimage=p%1l%2\nother_letters=ابتثجحخدذ\n").arg(p).arg(i);
+            }
+        }
+        QFile f(QDir(platform.folder()).filePath("ok.wav"));
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write(text.toUtf8());
+    }
+    void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
+    GameViewController* playScreen() {
+        return qobject_cast<GameViewController*>(Platform::shared().navigator().rootViewController());
+    }
+    TestPlatform platform;
+};
+
+TEST_F(Launch, OpensTheSavedLevelAndClearsTheBadge) {
+    platform.defaults().setIntegerForKey(27, "currentLevel");
+    AppDelegate app;
+    app.setApplicationIconBadgeNumber(4);
+    EXPECT_TRUE(app.applicationDidFinishLaunchingWithOptions({}));
+    ASSERT_NE(playScreen(), nullptr);
+    EXPECT_EQ(playScreen()->game->gameRound, 1);
+    EXPECT_EQ(playScreen()->game->gameLevel, 2);
+    EXPECT_EQ(playScreen()->levelText(), "3");
+    EXPECT_EQ(app.applicationIconBadgeNumber(), 0);
+    EXPECT_FALSE(platform.alerts().isVisible());
+    EXPECT_FALSE(app.isPenaltyMessageShown);
+
+    app.setApplicationIconBadgeNumber(2);
+    app.applicationWillEnterForeground();
+    EXPECT_EQ(app.applicationIconBadgeNumber(), 0);
+}
+
+TEST_F(Launch, WithoutAConnectionTheDailyPrizeMessageShowsOnce) {
+    platform.reachability().setForcedOffline(true);
+    AppDelegate app;
+    app.applicationDidFinishLaunchingWithOptions({});
+    EXPECT_TRUE(app.isPenaltyMessageShown);
+    ASSERT_EQ(platform.alerts().count(), 1);
+    EXPECT_EQ(platform.alerts().title(), AppDelegate::kPenaltyTitle);
+    app.applicationWillEnterForeground();
+    EXPECT_EQ(platform.alerts().count(), 1);
+}
+
+TEST_F(Launch, BeyondTheLastPackTheGameSaysSo) {
+    platform.defaults().setIntegerForKey(50, "currentLevel");
+    AppDelegate app;
+    app.applicationDidFinishLaunchingWithOptions({});
+    ASSERT_NE(playScreen(), nullptr);
+    EXPECT_EQ(playScreen()->game->levelInfo(), nullptr);
+    EXPECT_TRUE(playScreen()->solutionBlocks.isEmpty());
+    EXPECT_EQ(platform.alerts().count(), 1);
+}
+
+TEST_F(Launch, DeliveredSolutionShowsUnderItsTitle) {
+    AppDelegate app;
+    app.applicationDidFinishLaunchingWithOptions({});
+    app.setApplicationIconBadgeNumber(1);
+    app.applicationDidReceiveLocalNotification(
+        {{"alertBody", QStringLiteral("الحل الصحيح هو: شمس")}, {"userInfo", QVariantMap{{"type", "normal"}}}});
+    EXPECT_EQ(platform.alerts().title(), QStringLiteral("الحل الصحيح"));
+    EXPECT_EQ(platform.alerts().message(), QStringLiteral("الحل الصحيح هو: شمس"));
+    EXPECT_EQ(app.applicationIconBadgeNumber(), 0);
+    app.applicationDidReceiveLocalNotification({{"userInfo", QVariantMap{{"type", "unknown"}}}});
+    app.applicationDidReceiveLocalNotification({});
+    EXPECT_EQ(platform.alerts().count(), 1);
+}
+
+} // namespace
