@@ -11,7 +11,6 @@
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
-#include <QQmlContext>
 #include <QQuickWindow>
 #include <QRegularExpression>
 #include <QSGRendererInterface>
@@ -155,26 +154,17 @@ bool Application::start() {
     platform.reachability().setForcedOffline(m_options.offline);
 
     registerResources();
-    registerQmlTypes();
     registerScreens(platform.navigator());
-
     if (QGuiApplication::platformName() == QLatin1String("offscreen") ||
         qEnvironmentVariableIsSet("TARVOLIN_SOFTWARE_RENDERING")) {
         // No GPU behind an offscreen window: draw with the software renderer.
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     }
-    m_engine = std::make_unique<QQmlApplicationEngine>();
-    QQmlContext* ctx = m_engine->rootContext();
-    ctx->setContextProperty(QStringLiteral("navigator"), &platform.navigator());
-    ctx->setContextProperty(QStringLiteral("alerts"), &platform.alerts());
-    ctx->setContextProperty(QStringLiteral("progressHud"), &platform.progressHud());
-    ctx->setContextProperty(QStringLiteral("device"), &platform.device());
-    ctx->setContextProperty(QStringLiteral("reachability"), &platform.reachability());
 
     m_delegate.applicationDidFinishLaunchingWithOptions({});
 
-    m_engine->load(QUrl(QStringLiteral("qrc:/qml/Main.qml")));
-    if (m_engine->rootObjects().isEmpty()) {
+    m_engine = createGameEngine();
+    if (!m_engine) {
         qCritical("The game's window could not be created.");
         return false;
     }

@@ -5,8 +5,10 @@
 #include "core/InfoCardView.h"
 #include "core/LetterLabel.h"
 #include "core/LevelSuccessViewController.h"
-#include "platform/Navigator.h"
+#include "platform/Platform.h"
 
+#include <QQmlApplicationEngine>
+#include <QQmlContext>
 #include <QQmlEngine>
 
 void registerScreens(Navigator& navigator) {
@@ -26,4 +28,25 @@ void registerQmlTypes() {
     qmlRegisterUncreatableType<GameView>(uri, 1, 0, "GameView", "made by the board");
     qmlRegisterUncreatableType<PictureView>(uri, 1, 0, "PictureView", "made by the board");
     qmlRegisterUncreatableType<InfoCardView>(uri, 1, 0, "InfoCardView", "made by the play screen");
+}
+
+std::unique_ptr<QQmlApplicationEngine> createGameEngine() {
+    static bool typesRegistered = false;
+    if (!typesRegistered) {
+        registerQmlTypes();
+        typesRegistered = true;
+    }
+    auto& platform = Platform::shared();
+    auto engine = std::make_unique<QQmlApplicationEngine>();
+    QQmlContext* ctx = engine->rootContext();
+    ctx->setContextProperty(QStringLiteral("navigator"), &platform.navigator());
+    ctx->setContextProperty(QStringLiteral("alerts"), &platform.alerts());
+    ctx->setContextProperty(QStringLiteral("progressHud"), &platform.progressHud());
+    ctx->setContextProperty(QStringLiteral("device"), &platform.device());
+    ctx->setContextProperty(QStringLiteral("reachability"), &platform.reachability());
+    engine->load(QUrl(QStringLiteral("qrc:/qml/Main.qml")));
+    if (engine->rootObjects().isEmpty()) {
+        return nullptr;
+    }
+    return engine;
 }

@@ -1,0 +1,142 @@
+// The play screen as the player sees it, under the offscreen platform: the first level of the shipped pack is
+// solved by taps on the rendered tiles, through the help popup and the first level's gift.
+#include "Application.h"
+#include "TestPlatform.h"
+#include "core/AppDelegate.h"
+#include "core/GameViewController.h"
+#include "core/LevelManager.h"
+#include "screens/Screens.h"
+
+#include <QQmlApplicationEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QSGRendererInterface>
+#include <QtTest>
+
+class PlayScreenTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() {
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+        Application::registerResources();
+    }
+
+    void solvesTheFirstLevelByTaps() {
+        TestPlatform platform;
+        registerScreens(Platform::shared().navigator());
+        AppDelegate app;
+        app.applicationDidFinishLaunchingWithOptions({});
+        auto engine = createGameEngine();
+        QVERIFY(engine);
+        auto* window = qobject_cast<QQuickWindow*>(engine->rootObjects().first());
+        QVERIFY(window);
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+
+        auto* play = qobject_cast<GameViewController*>(Platform::shared().navigator().rootViewController());
+        QVERIFY(play);
+        const QString solution = play->game->levelInfo()->solution;
+        QVERIFY(solution.size() >= 3);
+
+        // Round 0, level 1: the help popup is up; a tap anywhere closes it.
+        QVERIFY(play->helpPopupVisible());
+        QCOMPARE(findItem(window, "levelLabel")->property("text").toString(), QStringLiteral("1"));
+        QCOMPARE(visibleTiles(window), 12);
+        QCOMPARE(countItems(window, "box"), solution.size());
+        QTest::mouseClick(window, Qt::LeftButton, {}, QPoint(window->width() / 2, 20));
+        QVERIFY(!play->helpPopupVisible());
+
+        // Two seconds on, the gift: two letters given away after the alert's button.
+        platform.scheduler().advance(2.0);
+        QTRY_VERIFY(findItem(window, "alertButton0") && findItem(window, "alertButton0")->isVisible());
+        click(window, findItem(window, "alertButton0"));
+        platform.animator().completeAll();
+        platform.scheduler().advance(0.5);
+        platform.animator().completeAll();
+        QCOMPARE(play->currentAnswer().size(), 2);
+
+        // The rest by taps on the tiles that carry the missing letters (chosen first: the last tap solves the
+        // level and the board is built anew behind the popup).
+        QList<QPair<int, LetterLabel*>> taps;
+        for (int box = 0; box < solution.size(); ++box) {
+            if (play->tileInBox(box)) {
+                continue;
+            }
+            for (LetterLabel* t : std::as_const(play->lettersLabels)) {
+                const bool taken = std::any_of(taps.begin(), taps.end(), [t](const auto& p) { return p.second == t; });
+                if (t->text() == solution.at(box) && t->solutionBoxPos == -1 && t->isOnScreen() && !taken) {
+                    taps.append({box, t});
+                    break;
+                }
+            }
+        }
+        QCOMPARE(taps.size(), solution.size() - 2);
+        for (int i = 0; i < taps.size(); ++i) {
+            LetterLabel* wanted = taps.at(i).second;
+            click(window, findItem(window, QStringLiteral("tile%1").arg(play->lettersLabels.indexOf(wanted))));
+            if (i + 1 < taps.size()) {
+                QCOMPARE(wanted->solutionBoxPos, static_cast<qint64>(taps.at(i).first));
+            }
+            platform.animator().completeAll();
+        }
+
+        // Solved: the popup with the answer, the level counted, and the next level behind.
+        QTRY_VERIFY(findItem(window, "nextButton") && findItem(window, "nextButton")->isVisible());
+        QCOMPARE(findItem(window, "solutionText")->property("text").toString().remove(' '), solution);
+        QCOMPARE(LevelManager::sharedInstance().currentLevel(), 1);
+        click(window, findItem(window, "nextButton"));
+        QTRY_COMPARE(findItem(window, "levelLabel")->property("text").toString(), QStringLiteral("2"));
+        QVERIFY(!Platform::shared().navigator().presentedViewController());
+        QVERIFY(!play->helpPopupVisible());
+        engine.reset();
+    }
+
+private:
+    // Every item of the visual tree, depth first.
+    static QList<QQuickItem*> allItems(QQuickItem* root) {
+        QList<QQuickItem*> items{root};
+        for (QQuickItem* child : root->childItems()) {
+            items += allItems(child);
+        }
+        return items;
+    }
+    static QQuickItem* findItem(QQuickWindow* window, const QString& name) {
+        QQuickItem* hidden = nullptr;
+        for (QQuickItem* item : allItems(window->contentItem())) {
+            if (item->objectName() == name) {
+                if (item->isVisible()) {
+                    return item;
+                }
+                hidden = item;
+            }
+        }
+        return hidden;
+    }
+    static int countItems(QQuickWindow* window, const QString& prefix) {
+        int n = 0;
+        for (QQuickItem* item : allItems(window->contentItem())) {
+            const QString name = item->objectName();
+            if (name.size() > prefix.size() && name.startsWith(prefix) && name.at(prefix.size()).isDigit()) {
+                ++n;
+            }
+        }
+        return n;
+    }
+    static int visibleTiles(QQuickWindow* window) {
+        int n = 0;
+        for (QQuickItem* item : allItems(window->contentItem())) {
+            if (item->objectName().startsWith("tile") && item->isVisible()) {
+                ++n;
+            }
+        }
+        return n;
+    }
+    static void click(QQuickWindow* window, QQuickItem* item) {
+        QVERIFY(item);
+        const QPointF centre = item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
+        QTest::mouseClick(window, Qt::LeftButton, {}, centre.toPoint());
+    }
+};
+
+QTEST_MAIN(PlayScreenTest)
+#include "PlayScreenTest.moc"
