@@ -13,8 +13,8 @@
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
 #include <QRegularExpression>
-#include <QSGRendererInterface>
 #include <QResource>
+#include <QSGRendererInterface>
 #include <QStandardPaths>
 #include <QTextStream>
 #include <QTimer>
@@ -31,22 +31,27 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
     parser.setApplicationDescription(QStringLiteral("Tarvolin: four pictures, one word."));
     parser.addHelpOption();
     parser.addVersionOption();
-    const QCommandLineOption profile(QStringLiteral("profile"),
-                                     QStringLiteral("Keep a separate player's data under NAME (letters, digits, - and _)."),
-                                     QStringLiteral("NAME"), QStringLiteral("default"));
-    const QCommandLineOption screenshot(QStringLiteral("screenshot"),
-                                        QStringLiteral("Save the window to FILE once the first screen has drawn, then quit."),
-                                        QStringLiteral("FILE"));
-    const QCommandLineOption service(QStringLiteral("service"),
-                                     QStringLiteral("The address of tarvolin-service (default: a local service)."),
-                                     QStringLiteral("URL"), QStringLiteral("http://127.0.0.1:8470"));
-    const QCommandLineOption device(QStringLiteral("device"),
-                                    QStringLiteral("The layout to use: phone, tallphone or tablet (default: from the screen)."),
-                                    QStringLiteral("CLASS"));
-    const QCommandLineOption offline(QStringLiteral("offline"), QStringLiteral("Act as if there were no connection."));
-    const QCommandLineOption dataDir(QStringLiteral("data-dir"),
-                                     QStringLiteral("Keep profiles under DIR instead of the user's data folder."),
-                                     QStringLiteral("DIR"));
+    const QCommandLineOption profile(
+        QStringLiteral("profile"),
+        QStringLiteral("Keep a separate player's data under NAME (letters, digits, - and _)."),
+        QStringLiteral("NAME"), QStringLiteral("default"));
+    const QCommandLineOption screenshot(
+        QStringLiteral("screenshot"),
+        QStringLiteral("Save the window to FILE once the first screen has drawn, then quit."),
+        QStringLiteral("FILE"));
+    const QCommandLineOption service(
+        QStringLiteral("service"),
+        QStringLiteral("The address of tarvolin-service (default: a local service)."), QStringLiteral("URL"),
+        QStringLiteral("http://127.0.0.1:8470"));
+    const QCommandLineOption device(
+        QStringLiteral("device"),
+        QStringLiteral("The layout to use: phone, tallphone or tablet (default: from the screen)."),
+        QStringLiteral("CLASS"));
+    const QCommandLineOption offline(QStringLiteral("offline"),
+                                     QStringLiteral("Act as if there were no connection."));
+    const QCommandLineOption dataDir(
+        QStringLiteral("data-dir"),
+        QStringLiteral("Keep profiles under DIR instead of the user's data folder."), QStringLiteral("DIR"));
     parser.addOptions({profile, screenshot, service, device, offline, dataDir});
 
     QTextStream err(stderr);
@@ -61,8 +66,8 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
         return false;
     }
     if (parser.isSet(QStringLiteral("version"))) {
-        QTextStream(stdout) << QCoreApplication::applicationName() << " " << QCoreApplication::applicationVersion()
-                            << "\n";
+        QTextStream(stdout) << QCoreApplication::applicationName() << " "
+                            << QCoreApplication::applicationVersion() << "\n";
         *exitCode = 0;
         return false;
     }
@@ -80,7 +85,8 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
     if (parser.isSet(device)) {
         Device::Class cls;
         if (!Device::parse(parser.value(device), &cls)) {
-            err << "Unknown device class \"" << parser.value(device) << "\": use phone, tallphone or tablet.\n";
+            err << "Unknown device class \"" << parser.value(device)
+                << "\": use phone, tallphone or tablet.\n";
             *exitCode = 2;
             return false;
         }
@@ -121,7 +127,8 @@ void Application::registerResources() {
     if (!fromEnv.isEmpty()) {
         candidates << fromEnv;
     }
-    candidates << QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("tarvolin-pictures.rcc"));
+    candidates
+        << QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("tarvolin-pictures.rcc"));
     for (const QString& path : std::as_const(candidates)) {
         if (QFile::exists(path) && QResource::registerResource(path)) {
             return;
@@ -143,7 +150,8 @@ bool Application::start() {
     }
 
     Platform::Services services;
-    services.userDefaults = std::make_unique<UserDefaults>(QDir(profileFolder()).filePath(QStringLiteral("settings.ini")));
+    services.userDefaults =
+        std::make_unique<UserDefaults>(QDir(profileFolder()).filePath(QStringLiteral("settings.ini")));
     services.scheduler = std::make_unique<QtScheduler>();
     services.random = std::make_unique<SystemRandom>();
     services.reachability = std::make_unique<Reachability>(true);

@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   # toolchain
-  build-essential cmake ninja-build pkg-config git clang-format
+  build-essential cmake ninja-build pkg-config git clang-format curl ca-certificates
   # the game: Qt 6.4 Quick, multimedia, SVG
   qt6-base-dev qt6-base-dev-tools qt6-declarative-dev qt6-declarative-dev-tools
   qt6-multimedia-dev qt6-svg-dev libqt6svg6 qt6-image-formats-plugins

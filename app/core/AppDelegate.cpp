@@ -37,7 +37,9 @@ bool AppDelegate::applicationDidFinishLaunchingWithOptions(const QVariantMap& /*
     return true;
 }
 
-void AppDelegate::applicationWillEnterForeground() { setApplicationIconBadgeNumber(0); }
+void AppDelegate::applicationWillEnterForeground() {
+    setApplicationIconBadgeNumber(0);
+}
 
 void AppDelegate::applicationDidReceiveLocalNotification(const QVariantMap& notification) {
     handleReceivingLocalNotification(notification);
@@ -45,7 +47,8 @@ void AppDelegate::applicationDidReceiveLocalNotification(const QVariantMap& noti
 }
 
 void AppDelegate::handleReceivingLocalNotification(const QVariantMap& notification) {
-    const QString type = notification.value(QStringLiteral("userInfo")).toMap().value(QStringLiteral("type")).toString();
+    const QString type =
+        notification.value(QStringLiteral("userInfo")).toMap().value(QStringLiteral("type")).toString();
     if (type == QLatin1String("normal")) {
         Util::showMessageWithTitle(notification.value(QStringLiteral("alertBody")).toString(),
                                    QStringLiteral("الحل الصحيح"));

@@ -2,7 +2,8 @@
 
 namespace {
 struct Metrics {
-    double width, height, topBar, gameX, gameY, gameSide, workY, barX, barW, barH, tile, gap, rowGap, buttonsH;
+    double width, height, topBar, gameX, gameY, gameSide, workY, barX, barW, barH, tile, gap, rowGap,
+        buttonsH;
 };
 
 BoardLayout build(const Metrics& m) {

@@ -5,8 +5,8 @@
 #include <QRectF>
 #include <array>
 
-// Where the play screen's parts stand, in design units of the device class. The tray, the solution bar and the
-// two help buttons are in the working view's coordinates; the others in the screen's.
+// Where the play screen's parts stand, in design units of the device class. The tray, the solution bar and
+// the two help buttons are in the working view's coordinates; the others in the screen's.
 struct BoardLayout {
     QRectF topBar;
     QRectF gameView;

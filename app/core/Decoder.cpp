@@ -10,5 +10,9 @@ QString shifted(const QString& text, int delta) {
 }
 } // namespace
 
-QString Decoder::decodeText(const QString& text) { return shifted(text, -11); }
-QString Decoder::encodeText(const QString& text) { return shifted(text, 11); }
+QString Decoder::decodeText(const QString& text) {
+    return shifted(text, -11);
+}
+QString Decoder::encodeText(const QString& text) {
+    return shifted(text, 11);
+}

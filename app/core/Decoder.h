@@ -2,8 +2,8 @@
 
 #include <QString>
 
-// The scrambled level files shift every UTF-16 code unit by 11; decoding shifts it back, with the wrap of 16-bit
-// arithmetic and nothing else (newlines are shifted like any other unit).
+// The scrambled level files shift every UTF-16 code unit by 11; decoding shifts it back, with the wrap of
+// 16-bit arithmetic and nothing else (newlines are shifted like any other unit).
 class Decoder {
 public:
     static QString decodeText(const QString& text);

@@ -15,11 +15,13 @@ struct Kind {
 
 // One row per kind id. The one-word column is a table of its own and does not follow the kinds.
 const std::array<Kind, 12> kKinds{{
-    {"دول العالم", "countries", true, "ماهي الدولة", "ماهي الدولة التي تعبر عنها الصور", "اللغز", "com.molvane.countries"},
-    {"احزر الصوت", "tindrelle", false, "احزر الصوت", "احزر ماهو الصوت او عن ماذا يعبر", "اللغز", "com.molvane.sounds"},
+    {"دول العالم", "countries", true, "ماهي الدولة", "ماهي الدولة التي تعبر عنها الصور", "اللغز",
+     "com.molvane.countries"},
+    {"احزر الصوت", "tindrelle", false, "احزر الصوت", "احزر ماهو الصوت او عن ماذا يعبر", "اللغز",
+     "com.molvane.sounds"},
     {"ألغاز وحلول", "riddles", false, "ماهو حل اللغز", "احزر ماهو حل اللغز", "الصوت", "com.molvane.riddles"},
-    {"الصورة المكبرة", "zoomedimage", false, "احزر الصورة", "احزر الصورة الاصلية من جزء الصورة المكبر", "النادي",
-     "com.molvane.zoomed"},
+    {"الصورة المكبرة", "zoomedimage", false, "احزر الصورة", "احزر الصورة الاصلية من جزء الصورة المكبر",
+     "النادي", "com.molvane.zoomed"},
     {"أكمل الجملة", "sentences", false, "اكمل الجملة", "ماهي الكلمة التي تكمل الجملة", "المسلسل",
      "com.molvane.sentences"},
     {"طارفولين", "pictures", true, "ماهي الكلمة", "احزر الكلمة التي تعبر عنها الصور", "الكلمة",
@@ -28,10 +30,12 @@ const std::array<Kind, 12> kKinds{{
      "com.molvane.scramble"},
     {"مدن العالم", "cities", true, "ماهي المدينة", "من الصور والمعلومات، حاول معرفة المدينة", "المدينة",
      "com.molvane.cities"},
-    {"ألغاز دينية", "faithriddles", true, "احزر اللغز", "الغاز دينية.. هل تستطيع حلها", "", "com.molvane.faith"},
+    {"ألغاز دينية", "faithriddles", true, "احزر اللغز", "الغاز دينية.. هل تستطيع حلها", "",
+     "com.molvane.faith"},
     {"أندية كرة القدم", "clubs", true, "احزر النادي", "من الصور والمعلومات.. حاول معرفة نادي كرة القدم", "",
      "com.molvane.clubs"},
-    {"فوق المدن", "flyover", false, "احزر المدينة", "تحليق ثلاثي الأبعاد فوق المدن", "", "com.molvane.flyover"},
+    {"فوق المدن", "flyover", false, "احزر المدينة", "تحليق ثلاثي الأبعاد فوق المدن", "",
+     "com.molvane.flyover"},
     {"الصورة المدورة", "flipimage", false, "احزر الصورة", "صورة اجزائها مدورة .. احزر الصورة", "",
      "com.molvane.flip"},
 }};
@@ -84,16 +88,30 @@ void Game::setLevelInfo(LevelInfoPtr info) {
     m_levelInfo = std::move(info);
 }
 
-QString Game::getGameNameWithId(qint64 id) { return column(id, &Kind::name); }
-QString Game::getGameInfoWithId(qint64 id) { return column(id, &Kind::info); }
-QString Game::getGameQuesWithId(qint64 id) { return column(id, &Kind::question); }
-QString Game::getGameOneWord(qint64 id) { return column(id, &Kind::oneWord); }
-QString Game::getPromoGameAppId(qint64 id) { return column(id, &Kind::promoAppId); }
-QString Game::getLevelFileStemWithId(qint64 id) { return column(id, &Kind::stem); }
+QString Game::getGameNameWithId(qint64 id) {
+    return column(id, &Kind::name);
+}
+QString Game::getGameInfoWithId(qint64 id) {
+    return column(id, &Kind::info);
+}
+QString Game::getGameQuesWithId(qint64 id) {
+    return column(id, &Kind::question);
+}
+QString Game::getGameOneWord(qint64 id) {
+    return column(id, &Kind::oneWord);
+}
+QString Game::getPromoGameAppId(qint64 id) {
+    return column(id, &Kind::promoAppId);
+}
+QString Game::getLevelFileStemWithId(qint64 id) {
+    return column(id, &Kind::stem);
+}
 
 bool Game::isLevelFileScrambledWithId(qint64 id) {
     const Kind* k = kindFor(id);
     return k && k->scrambled;
 }
 
-QColor Game::getGameTopbarColor() { return QColor::fromRgbF(0.2f, 0.2f, 0.0f, 0.6f); }
+QColor Game::getGameTopbarColor() {
+    return QColor::fromRgbF(0.2f, 0.2f, 0.0f, 0.6f);
+}

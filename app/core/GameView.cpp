@@ -73,7 +73,9 @@ void GameView::moreInfoButtonAction() {
     // Plays the menu tap once sound exists; no card is offered by this kind of puzzle.
 }
 
-void GameView::createImageTapRecognizer() { m_tapsRecognized = true; }
+void GameView::createImageTapRecognizer() {
+    m_tapsRecognized = true;
+}
 
 void GameView::imageTapAction(PictureView* picture) {
     if (!picture) {
@@ -114,9 +116,13 @@ PictureView* GameView::picture(int index) const {
     }
 }
 
-QList<QObject*> GameView::pictures() const { return {imageView1, imageView2, imageView3, imageView4}; }
+QList<QObject*> GameView::pictures() const {
+    return {imageView1, imageView2, imageView3, imageView4};
+}
 
-WordView* WordView::loadInstance(const QRectF& bounds, QObject* parent) { return new WordView(bounds, parent); }
+WordView* WordView::loadInstance(const QRectF& bounds, QObject* parent) {
+    return new WordView(bounds, parent);
+}
 
 void WordView::initGameViewWithGame(const GamePtr& g) {
     GameView::initGameViewWithGame(g);

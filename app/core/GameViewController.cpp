@@ -21,9 +21,13 @@ GameViewController::~GameViewController() {
     }
 }
 
-void GameViewController::viewDidLoad() { setupGameview(); }
+void GameViewController::viewDidLoad() {
+    setupGameview();
+}
 
-bool GameViewController::canGoBack() const { return Platform::shared().navigator().depth() > 1; }
+bool GameViewController::canGoBack() const {
+    return Platform::shared().navigator().depth() > 1;
+}
 
 // ---- building the board ----
 
@@ -133,8 +137,8 @@ void GameViewController::createSolutionBlocks() {
     // Right to left: box 0 is the rightmost, and the run of boxes is centred in the bar.
     qint64 x = W - (W - (s + 6) * n) / 2 - s;
     for (qint64 i = 0; i < n; ++i) {
-        auto* box = new SolutionBlock(QRectF(static_cast<double>(x), static_cast<double>(y), static_cast<double>(s),
-                                             static_cast<double>(h)),
+        auto* box = new SolutionBlock(QRectF(static_cast<double>(x), static_cast<double>(y),
+                                             static_cast<double>(s), static_cast<double>(h)),
                                       m_workView);
         box->setObjectName(QStringLiteral("box%1").arg(i));
         solutionBlocks.append(box);
@@ -143,7 +147,9 @@ void GameViewController::createSolutionBlocks() {
     }
 }
 
-LetterLabel* GameViewController::newPlaceholder() { return LetterLabel::initWithText(QStringLiteral(""), m_workView); }
+LetterLabel* GameViewController::newPlaceholder() {
+    return LetterLabel::initWithText(QStringLiteral(""), m_workView);
+}
 
 QRectF GameViewController::boxFrameInWorkView(qint64 box) const {
     return solutionBlocks.at(box)->frame().translated(m_layout.solutionBar.topLeft());
@@ -171,7 +177,9 @@ void GameViewController::tapTile(int index) {
     }
 }
 
-void GameViewController::letterTapAction(LetterLabel* tile) { letterTap(tile); }
+void GameViewController::letterTapAction(LetterLabel* tile) {
+    letterTap(tile);
+}
 
 void GameViewController::letterTap(LetterLabel* tile) {
     tile->bringToFront();
@@ -204,7 +212,9 @@ void GameViewController::letterTap(LetterLabel* tile) {
         });
 }
 
-void GameViewController::solutionLetterTapAction(LetterLabel* tile) { solutionLetterTap(tile); }
+void GameViewController::solutionLetterTapAction(LetterLabel* tile) {
+    solutionLetterTap(tile);
+}
 
 void GameViewController::solutionLetterTap(LetterLabel* tile) {
     const qint64 box = tile->solutionBoxPos;
@@ -281,7 +291,9 @@ void GameViewController::showHelpPopuup() {
     emit helpPopupVisibleChanged();
 }
 
-void GameViewController::displayHelpView() { showHelpPopuup(); }
+void GameViewController::displayHelpView() {
+    showHelpPopuup();
+}
 
 void GameViewController::dismissHelpAction() {
     if (!m_helpPopupVisible) {
@@ -290,7 +302,8 @@ void GameViewController::dismissHelpAction() {
     m_helpPopupVisible = false;
     emit helpPopupVisibleChanged();
     auto& tutorials = TutorialAlertsManager::sharedInstance();
-    if (game && game->gameRound == 0 && game->gameLevel == 0 && !tutorials.isAlertShownWithId(kFirstLevelTutorial)) {
+    if (game && game->gameRound == 0 && game->gameLevel == 0 &&
+        !tutorials.isAlertShownWithId(kFirstLevelTutorial)) {
         Util::delayCallbackForTotalSeconds(
             [this, alive = std::weak_ptr<int>(m_alive)] {
                 if (!alive.expired()) {
@@ -333,7 +346,8 @@ void GameViewController::revealRandomLetter() {
         // Every letter is already given: the level is over or about to be.
         return;
     }
-    LetterLabel* tile = hidden.at(static_cast<qsizetype>(arc4random() % static_cast<std::uint32_t>(hidden.size())));
+    LetterLabel* tile =
+        hidden.at(static_cast<qsizetype>(arc4random() % static_cast<std::uint32_t>(hidden.size())));
 
     // A tile standing in a box frees that box; its entry in the row stays until another tile lands there.
     if (tile->solutionBoxPos >= 0 && tile->solutionBoxPos < solutionBlocks.size()) {
@@ -343,7 +357,8 @@ void GameViewController::revealRandomLetter() {
     if (solutionBlocks.at(target)->tag() == 1) {
         // Another tile holds the box (or is on its way there): it goes back to the tray.
         for (LetterLabel* other : std::as_const(lettersLabels)) {
-            if (other != tile && other->solutionBoxPos == target && !other->isRevealed && other->isOnScreen()) {
+            if (other != tile && other->solutionBoxPos == target && !other->isRevealed &&
+                other->isOnScreen()) {
                 solutionLetterTap(other);
                 break;
             }
@@ -412,8 +427,10 @@ void GameViewController::gameSuccess() {
     if (finished->gameLevel < 24) {
         presentPopupViewControllerWithTypeGameAndPointsAndCredits(0, finished, 0, 0);
         levels.incrementCurrentLevel();
-        const GamePtr next = Game::initWithGameLevelAndGameRound(finished->gameLevel + 1, finished->gameRound);
-        next->setLevelInfo(LevelsInfoReader::sharedInstance().getLevelInfoPackId(next->gameLevel, next->gameRound));
+        const GamePtr next =
+            Game::initWithGameLevelAndGameRound(finished->gameLevel + 1, finished->gameRound);
+        next->setLevelInfo(
+            LevelsInfoReader::sharedInstance().getLevelInfoPackId(next->gameLevel, next->gameRound));
         setGame(next);
         setupGameview();
     } else {
@@ -423,11 +440,12 @@ void GameViewController::gameSuccess() {
 }
 
 void GameViewController::presentPopupViewControllerWithTypeGameAndPointsAndCredits(qint32 type,
-                                                                                    const GamePtr& finished,
-                                                                                    qint64 points, qint64 credits) {
+                                                                                   const GamePtr& finished,
+                                                                                   qint64 points,
+                                                                                   qint64 credits) {
     auto& nav = Platform::shared().navigator();
-    auto* popup =
-        qobject_cast<LevelSuccessViewController*>(nav.instantiateViewControllerWithIdentifier("LevelSuccessViewController"));
+    auto* popup = qobject_cast<LevelSuccessViewController*>(
+        nav.instantiateViewControllerWithIdentifier("LevelSuccessViewController"));
     if (!popup) {
         return;
     }
@@ -443,14 +461,16 @@ void GameViewController::openCurrentLevel() {
     auto& reader = LevelsInfoReader::sharedInstance();
     reader.loadAllPacksLevelsWithEnc(QStringLiteral("ok"), false);
     const auto& levels = LevelManager::sharedInstance();
-    const GamePtr next = Game::initWithGameLevelAndGameRound(levels.getCurrentGameId(), levels.getCurrentRound());
+    const GamePtr next =
+        Game::initWithGameLevelAndGameRound(levels.getCurrentGameId(), levels.getCurrentRound());
     next->setLevelInfo(reader.getLevelInfoPackId(next->gameLevel, next->gameRound));
     isPreviousGame = false;
     setGame(next);
     setupGameview();
     if (!next->levelInfo() && reader.isPacksDataLoaded()) {
-        Util::showMessageWithTitle(QStringLiteral("لقد أنهيت جميع المراحل المتوفرة حاليا، ترقب مراحل جديدة قريبا"),
-                                   QStringLiteral("أحسنت"));
+        Util::showMessageWithTitle(
+            QStringLiteral("لقد أنهيت جميع المراحل المتوفرة حاليا، ترقب مراحل جديدة قريبا"),
+            QStringLiteral("أحسنت"));
     }
 }
 

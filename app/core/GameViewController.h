@@ -11,8 +11,8 @@
 #include <QPointer>
 #include <memory>
 
-// The play screen: the puzzle view above, the letter board below. A tap moves a tile in two phases: the box is
-// taken at once, and the tile lands (and the row is checked) when its 0.3-second move ends.
+// The play screen: the puzzle view above, the letter board below. A tap moves a tile in two phases: the box
+// is taken at once, and the tile lands (and the row is checked) when its 0.3-second move ends.
 class GameViewController : public ViewController, public GameViewDelegate {
     Q_OBJECT
     Q_PROPERTY(QObject* gameView READ gameViewObject NOTIFY boardChanged)

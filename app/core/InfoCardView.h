@@ -33,9 +33,10 @@ public:
     LevelInfoPtr level;
     void setLevel(LevelInfoPtr l) { level = std::move(l); }
 
-    QString countryLabel, continentLabel, areaLabel, populationLabel, gdpLabel, directorLabel, productionLabel,
-        firstShowLabel, actorsLabel, storyLabel, establishedLabel, stadiumLabel, titlesLabel, playersLabel,
-        managerLabel, coachLabel, currentTimeLabel, priceLabel, cityTimeLabel, cheaperPercentLabel;
+    QString countryLabel, continentLabel, areaLabel, populationLabel, gdpLabel, directorLabel,
+        productionLabel, firstShowLabel, actorsLabel, storyLabel, establishedLabel, stadiumLabel, titlesLabel,
+        playersLabel, managerLabel, coachLabel, currentTimeLabel, priceLabel, cityTimeLabel,
+        cheaperPercentLabel;
     QColor cheaperPercentColor;
     // Facts in the order of the card's tags 10, 20, 30 …
     QStringList factTexts;

@@ -5,10 +5,14 @@
 
 namespace {
 const QString kCurrentLevelKey = QStringLiteral("currentLevel");
-QString rewardKey(qint64 level) { return QStringLiteral("reward2-level%1").arg(level); }
+QString rewardKey(qint64 level) {
+    return QStringLiteral("reward2-level%1").arg(level);
+}
 } // namespace
 
-LevelManager& LevelManager::sharedInstance() { return Shared<LevelManager>::instance(); }
+LevelManager& LevelManager::sharedInstance() {
+    return Shared<LevelManager>::instance();
+}
 
 void LevelManager::loadData() {
     m_currentLevel = Platform::shared().userDefaults().integerForKey(kCurrentLevelKey);

@@ -1,9 +1,9 @@
 #include "LevelsInfoReader.h"
 
+#include "Decoder.h"
 #include "platform/Platform.h"
 #include "platform/SharedInstances.h"
 #include "screens/Util.h"
-#include "Decoder.h"
 
 #include <QFile>
 #include <QStringDecoder>
@@ -16,7 +16,9 @@ QString& resourceRootStorage() {
     return root;
 }
 
-QString trimmedLine(const QString& s) { return s.trimmed(); }
+QString trimmedLine(const QString& s) {
+    return s.trimmed();
+}
 
 // Reads a whole file as strict UTF-8; false with a description on any failure.
 bool readUtf8(const QString& path, QString* text, QString* error) {
@@ -36,10 +38,16 @@ bool readUtf8(const QString& path, QString* text, QString* error) {
 }
 } // namespace
 
-LevelsInfoReader& LevelsInfoReader::sharedInstance() { return Shared<LevelsInfoReader>::instance(); }
+LevelsInfoReader& LevelsInfoReader::sharedInstance() {
+    return Shared<LevelsInfoReader>::instance();
+}
 
-void LevelsInfoReader::setResourceRoot(const QString& root) { resourceRootStorage() = root; }
-QString LevelsInfoReader::resourceRoot() { return resourceRootStorage(); }
+void LevelsInfoReader::setResourceRoot(const QString& root) {
+    resourceRootStorage() = root;
+}
+QString LevelsInfoReader::resourceRoot() {
+    return resourceRootStorage();
+}
 
 void LevelsInfoReader::loadData() {
     auto& defaults = Platform::shared().userDefaults();
@@ -57,7 +65,8 @@ void LevelsInfoReader::loadAllPacksLevelsWithEnc(const QString& /*fileName*/, bo
     if (m_packsData) {
         return;
     }
-    auto result = extractLevelsExtensionWithEncWithPacks(QStringLiteral("ok"), QStringLiteral("wav"), enc, true);
+    auto result =
+        extractLevelsExtensionWithEncWithPacks(QStringLiteral("ok"), QStringLiteral("wav"), enc, true);
     if (result) {
         m_packsData = std::move(result->packs);
     }
@@ -91,7 +100,7 @@ void LevelsInfoReader::loadLevelsIfRequired(qint64 kindId) {
 }
 
 void LevelsInfoReader::loadLevelsInfoForFileExtensionWithEnc(const QString& stem, const QString& extension,
-                                                              bool enc) {
+                                                             bool enc) {
     if (m_levelsData.contains(stem)) {
         return;
     }
@@ -122,8 +131,8 @@ LevelInfoPtr LevelsInfoReader::getLevelInfoForGame(const Game& game) {
 }
 
 std::optional<LevelsInfoReader::Extraction>
-LevelsInfoReader::extractLevelsExtensionWithEncWithPacks(const QString& stem, const QString& extension, bool enc,
-                                                         bool packs) {
+LevelsInfoReader::extractLevelsExtensionWithEncWithPacks(const QString& stem, const QString& extension,
+                                                         bool enc, bool packs) {
     // A scrambled file always has the type "rfg", whatever the caller says.
     const QString type = enc ? QStringLiteral("rfg") : extension;
     const QString path = resourceRoot() + "/" + stem + "." + type;
@@ -163,11 +172,12 @@ std::optional<LevelsInfoReader::Extraction> LevelsInfoReader::parseLevelsText(co
             if (!level) {
                 if (error) {
                     const QString line = records.at(r).section(QLatin1Char('\n'), 0, 0).trimmed();
-                    *error = QStringLiteral("level %1 (\"%2\") is not a valid record: a solution needs a line of "
-                                            "its own with 1 to %3 letters")
-                                 .arg(number)
-                                 .arg(line.left(40))
-                                 .arg(kMaxSolutionLength);
+                    *error =
+                        QStringLiteral("level %1 (\"%2\") is not a valid record: a solution needs a line of "
+                                       "its own with 1 to %3 letters")
+                            .arg(number)
+                            .arg(line.left(40))
+                            .arg(kMaxSolutionLength);
                 }
                 return std::nullopt;
             }
@@ -196,11 +206,11 @@ LevelInfoPtr LevelsInfoReader::levelWithString(const QString& record) {
     }
 
     static const QStringList kKeys{
-        "other_letters=", "image=",       "wiki=",    "wikipedia=", "copyright_photo", "riddle=",
-        "continent=",     "area=",        "pop=",     "gdp=",       "country=",        "timezone=",
-        "price=",         "coordinates=", "facts=",   "established=", "stadium=",      "titles=",
-        "players=",       "manager=",     "coach=",   "director=",  "production=",     "firstshow=",
-        "actors=",        "story=",       "sound=",   "type=",      "info=",           "youtube="};
+        "other_letters=", "image=",       "wiki=",  "wikipedia=",   "copyright_photo", "riddle=",
+        "continent=",     "area=",        "pop=",   "gdp=",         "country=",        "timezone=",
+        "price=",         "coordinates=", "facts=", "established=", "stadium=",        "titles=",
+        "players=",       "manager=",     "coach=", "director=",    "production=",     "firstshow=",
+        "actors=",        "story=",       "sound=", "type=",        "info=",           "youtube="};
 
     const QStringList lines = record.split(QLatin1Char('\n'));
     for (const QString& raw : lines) {
@@ -218,7 +228,8 @@ LevelInfoPtr LevelsInfoReader::levelWithString(const QString& record) {
                 level->wikipediaUrl = value;
             } else if (key == "copyright_photo") {
                 qsizetype digits = 0;
-                while (digits < value.size() && value.at(digits).isDigit() && value.at(digits).unicode() < 128) {
+                while (digits < value.size() && value.at(digits).isDigit() &&
+                       value.at(digits).unicode() < 128) {
                     ++digits;
                 }
                 bool ok = false;

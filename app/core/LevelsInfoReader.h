@@ -44,14 +44,15 @@ public:
     };
     // Reads and parses a level file; on a read or parse error shows "Error reading levels file" and gives
     // nothing.
-    std::optional<Extraction> extractLevelsExtensionWithEncWithPacks(const QString& stem, const QString& extension,
-                                                                     bool enc, bool packs);
+    std::optional<Extraction> extractLevelsExtensionWithEncWithPacks(const QString& stem,
+                                                                     const QString& extension, bool enc,
+                                                                     bool packs);
 
     // The grammar itself, on text already read. On a record that cannot be a level it gives nothing and puts
     // the reason in `error`.
     static std::optional<Extraction> parseLevelsText(const QString& text, bool packs, QString* error);
-    // One record, from the text after "level="; null when it has no newline or its solution is empty or longer
-    // than twelve characters.
+    // One record, from the text after "level="; null when it has no newline or its solution is empty or
+    // longer than twelve characters.
     static LevelInfoPtr levelWithString(const QString& record);
 
 private:

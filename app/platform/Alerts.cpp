@@ -1,10 +1,8 @@
 #include "Alerts.h"
 
-void Alerts::showWithTitleMessageCancelButtonTitleOtherButtonTitlesTapBlock(const QString& title,
-                                                                           const QString& message,
-                                                                           const QString& cancelTitle,
-                                                                           const QStringList& otherTitles,
-                                                                           std::function<void(int)> tapBlock) {
+void Alerts::showWithTitleMessageCancelButtonTitleOtherButtonTitlesTapBlock(
+    const QString& title, const QString& message, const QString& cancelTitle, const QStringList& otherTitles,
+    std::function<void(int)> tapBlock) {
     Alert alert{title, message, {}, std::move(tapBlock)};
     if (!cancelTitle.isEmpty()) {
         alert.buttons << cancelTitle;

@@ -21,10 +21,11 @@ public:
         std::function<void(int)> onPress;
     };
 
-    void showWithTitleMessageCancelButtonTitleOtherButtonTitlesTapBlock(const QString& title, const QString& message,
-                                                                       const QString& cancelTitle,
-                                                                       const QStringList& otherTitles,
-                                                                       std::function<void(int)> tapBlock);
+    void showWithTitleMessageCancelButtonTitleOtherButtonTitlesTapBlock(const QString& title,
+                                                                        const QString& message,
+                                                                        const QString& cancelTitle,
+                                                                        const QStringList& otherTitles,
+                                                                        std::function<void(int)> tapBlock);
 
     bool isVisible() const { return !m_queue.empty(); }
     QString title() const { return m_queue.empty() ? QString() : m_queue.front().title; }

@@ -2,8 +2,8 @@
 
 #include <functional>
 
-// View animations with a completion. `changes` runs at once (the views animate the change of their frames over
-// `seconds`), `completion` at the animation's end.
+// View animations with a completion. `changes` runs at once (the views animate the change of their frames
+// over `seconds`), `completion` at the animation's end.
 class Animator {
 public:
     virtual ~Animator() = default;

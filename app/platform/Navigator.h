@@ -36,7 +36,9 @@ public:
 
     ViewController* rootViewController() const { return m_stack.empty() ? nullptr : m_stack.front(); }
     ViewController* topViewController() const { return m_stack.empty() ? nullptr : m_stack.back(); }
-    ViewController* presentedViewController() const { return m_presented.empty() ? nullptr : m_presented.back(); }
+    ViewController* presentedViewController() const {
+        return m_presented.empty() ? nullptr : m_presented.back();
+    }
     QList<QObject*> screens() const;
     QList<QObject*> presented() const;
     int depth() const { return static_cast<int>(m_stack.size()); }

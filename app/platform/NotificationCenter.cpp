@@ -34,7 +34,8 @@ void NotificationCenter::postNotificationName(const QString& name, const QVarian
         bool stillThere = false;
         {
             QMutexLocker lock(&m_mutex);
-            stillThere = std::any_of(m_entries.begin(), m_entries.end(), [id = id](const Entry& e) { return e.id == id; });
+            stillThere = std::any_of(m_entries.begin(), m_entries.end(),
+                                     [id = id](const Entry& e) { return e.id == id; });
         }
         if (stillThere) {
             callback(n);

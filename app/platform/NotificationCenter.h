@@ -13,8 +13,8 @@ struct Notification {
     QVariantMap userInfo;
 };
 
-// Notifications between objects: string names, an optional object and a user-info map. Observers are called on
-// the posting thread, in the order they were added.
+// Notifications between objects: string names, an optional object and a user-info map. Observers are called
+// on the posting thread, in the order they were added.
 class NotificationCenter {
 public:
     using Callback = std::function<void(const Notification&)>;
@@ -22,7 +22,8 @@ public:
     void addObserver(const void* owner, const QString& name, Callback callback);
     void removeObserver(const void* owner);
     void removeObserver(const void* owner, const QString& name);
-    void postNotificationName(const QString& name, const QVariant& object = {}, const QVariantMap& userInfo = {});
+    void postNotificationName(const QString& name, const QVariant& object = {},
+                              const QVariantMap& userInfo = {});
     int observerCount(const QString& name) const;
 
 private:

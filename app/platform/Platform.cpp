@@ -40,7 +40,9 @@ void Platform::uninstall() {
     }
 }
 
-bool Platform::isInstalled() { return slot() != nullptr; }
+bool Platform::isInstalled() {
+    return slot() != nullptr;
+}
 
 Platform& Platform::shared() {
     if (!slot()) {

@@ -13,8 +13,9 @@
 
 #include <memory>
 
-// What a phone platform gives the game, gathered in one place. The program installs the real services at start;
-// tests install doubles (a hand-driven clock, an animator that completes when told, scripted randomness).
+// What a phone platform gives the game, gathered in one place. The program installs the real services at
+// start; tests install doubles (a hand-driven clock, an animator that completes when told, scripted
+// randomness).
 class Platform {
 public:
     struct Services {

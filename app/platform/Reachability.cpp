@@ -26,7 +26,9 @@ int Reachability::currentReachabilityStatus() const {
     return ReachableViaWiFi;
 }
 
-void Reachability::startNotifier() { m_notifying = true; }
+void Reachability::startNotifier() {
+    m_notifying = true;
+}
 
 void Reachability::setForcedOffline(bool offline) {
     if (m_forcedOffline.exchange(offline) != offline) {

@@ -5,8 +5,8 @@
 
 inline const QString kReachabilityChangedNotification = QStringLiteral("kReachabilityChangedNotification");
 
-// Whether the internet can be reached. Status 0 means not reachable. A switch forces the offline state (for the
-// command line and for tests); without a system backend the connection is taken to be there.
+// Whether the internet can be reached. Status 0 means not reachable. A switch forces the offline state (for
+// the command line and for tests); without a system backend the connection is taken to be there.
 class Reachability : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool reachable READ isReachable NOTIFY changed)

@@ -13,7 +13,9 @@ QtScheduler::~QtScheduler() {
     }
 }
 
-QDateTime QtScheduler::now() const { return QDateTime::currentDateTime(); }
+QDateTime QtScheduler::now() const {
+    return QDateTime::currentDateTime();
+}
 
 quint64 QtScheduler::schedule(double seconds, std::function<void()> callback) {
     const quint64 id = m_nextId++;

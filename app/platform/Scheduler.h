@@ -1,8 +1,8 @@
 #pragma once
 
 #include <QDateTime>
-#include <QObject>
 #include <QHash>
+#include <QObject>
 #include <functional>
 #include <memory>
 
@@ -34,7 +34,8 @@ private:
     quint64 m_nextId = 1;
 };
 
-// A repeating or one-shot timer in the manner of the platform's timers: it can be fired by hand and invalidated.
+// A repeating or one-shot timer in the manner of the platform's timers: it can be fired by hand and
+// invalidated.
 class Timer : public std::enable_shared_from_this<Timer> {
 public:
     static std::shared_ptr<Timer> scheduledTimerWithTimeInterval(double seconds, bool repeats,

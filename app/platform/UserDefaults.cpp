@@ -88,18 +88,30 @@ QString UserDefaults::stringForKey(const QString& key) const {
     return v.isValid() ? v.toString() : QString();
 }
 
-QVariant UserDefaults::objectForKey(const QString& key) const { return read(key); }
+QVariant UserDefaults::objectForKey(const QString& key) const {
+    return read(key);
+}
 
 bool UserDefaults::hasKey(const QString& key) const {
     QMutexLocker lock(&m_mutex);
     return m_settings->contains(key);
 }
 
-void UserDefaults::setIntegerForKey(qint64 value, const QString& key) { write(key, value); }
-void UserDefaults::setBoolForKey(bool value, const QString& key) { write(key, value); }
-void UserDefaults::setDoubleForKey(double value, const QString& key) { write(key, value); }
-void UserDefaults::setStringForKey(const QString& value, const QString& key) { write(key, value); }
-void UserDefaults::setObjectForKey(const QVariant& value, const QString& key) { write(key, value); }
+void UserDefaults::setIntegerForKey(qint64 value, const QString& key) {
+    write(key, value);
+}
+void UserDefaults::setBoolForKey(bool value, const QString& key) {
+    write(key, value);
+}
+void UserDefaults::setDoubleForKey(double value, const QString& key) {
+    write(key, value);
+}
+void UserDefaults::setStringForKey(const QString& value, const QString& key) {
+    write(key, value);
+}
+void UserDefaults::setObjectForKey(const QVariant& value, const QString& key) {
+    write(key, value);
+}
 
 void UserDefaults::removeObjectForKey(const QString& key) {
     QMutexLocker lock(&m_mutex);

@@ -6,9 +6,9 @@
 #include <QVariant>
 #include <memory>
 
-// The player's settings store: one INI file in the profile folder. Every change is written through at once, so
-// nothing is lost when the program ends abruptly. A stored value of the wrong type reads as the default and is
-// reported once in the log.
+// The player's settings store: one INI file in the profile folder. Every change is written through at once,
+// so nothing is lost when the program ends abruptly. A stored value of the wrong type reads as the default
+// and is reported once in the log.
 class UserDefaults {
 public:
     explicit UserDefaults(const QString& filePath);

@@ -3,8 +3,8 @@
 #include <QObject>
 #include <QString>
 
-// One screen's controller. Its outlets are properties; its view (one QML file per identifier) binds to them and
-// forwards taps to invokable actions. The navigator calls the life-cycle hooks.
+// One screen's controller. Its outlets are properties; its view (one QML file per identifier) binds to them
+// and forwards taps to invokable actions. The navigator calls the life-cycle hooks.
 class ViewController : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString identifier READ identifier CONSTANT)

@@ -3,7 +3,9 @@
 #include "platform/Platform.h"
 #include "platform/SharedInstances.h"
 
-TutorialAlertsManager& TutorialAlertsManager::sharedInstance() { return Shared<TutorialAlertsManager>::instance(); }
+TutorialAlertsManager& TutorialAlertsManager::sharedInstance() {
+    return Shared<TutorialAlertsManager>::instance();
+}
 
 bool TutorialAlertsManager::isAlertShownWithId(const QString& alertId) const {
     return Platform::shared().userDefaults().boolForKey(alertId);

@@ -24,10 +24,18 @@ std::optional<QColor> ColorUtil::getColorWithType(qint64 type) {
     }
 }
 
-QColor ColorUtil::getOrangeColor() { return *getColorWithType(0); }
-QColor ColorUtil::getGreenColor() { return *getColorWithType(1); }
-QColor ColorUtil::getBlueColor() { return *getColorWithType(2); }
-QColor ColorUtil::getRedColor() { return *getColorWithType(3); }
+QColor ColorUtil::getOrangeColor() {
+    return *getColorWithType(0);
+}
+QColor ColorUtil::getGreenColor() {
+    return *getColorWithType(1);
+}
+QColor ColorUtil::getBlueColor() {
+    return *getColorWithType(2);
+}
+QColor ColorUtil::getRedColor() {
+    return *getColorWithType(3);
+}
 
 QColor ColorUtil::getColorWithRedGreenBlue(int red, int green, int blue) {
     return getColorWithRedGreenBlueAlpha(red, green, blue, 1.0f);
@@ -38,11 +46,13 @@ QColor ColorUtil::getColorWithRedGreenBlueAlpha(int red, int green, int blue, fl
 }
 
 QColor ColorUtil::getRandomColor() {
-    return getColorWithRedGreenBlue(static_cast<int>(arc4random() % 256), static_cast<int>(arc4random() % 256),
+    return getColorWithRedGreenBlue(static_cast<int>(arc4random() % 256),
+                                    static_cast<int>(arc4random() % 256),
                                     static_cast<int>(arc4random() % 256));
 }
 
 QColor ColorUtil::getRandomDarkColor() {
-    return getColorWithRedGreenBlue(static_cast<int>(arc4random() % 100), static_cast<int>(arc4random() % 100),
+    return getColorWithRedGreenBlue(static_cast<int>(arc4random() % 100),
+                                    static_cast<int>(arc4random() % 100),
                                     static_cast<int>(arc4random() % 100));
 }

@@ -3,18 +3,36 @@
 #include <QDebug>
 #include <cmath>
 
-QRectF FrameUtils::frameResizeToWidth(QRectF f, double width) { return {f.x(), f.y(), width, f.height()}; }
-QRectF FrameUtils::frameResizeToHeight(QRectF f, double height) { return {f.x(), f.y(), f.width(), height}; }
+QRectF FrameUtils::frameResizeToWidth(QRectF f, double width) {
+    return {f.x(), f.y(), width, f.height()};
+}
+QRectF FrameUtils::frameResizeToHeight(QRectF f, double height) {
+    return {f.x(), f.y(), f.width(), height};
+}
 QRectF FrameUtils::frameResizeToWidthHeight(QRectF f, double width, double height) {
     return {f.x(), f.y(), width, height};
 }
-QRectF FrameUtils::frameResizeByWidth(QRectF f, double dw) { return {f.x(), f.y(), f.width() + dw, f.height()}; }
-QRectF FrameUtils::frameResizeByHeight(QRectF f, double dh) { return {f.x(), f.y(), f.width(), f.height() + dh}; }
-QRectF FrameUtils::frameMoveToX(QRectF f, double x) { return {x, f.y(), f.width(), f.height()}; }
-QRectF FrameUtils::frameMoveToY(QRectF f, double y) { return {f.x(), y, f.width(), f.height()}; }
-QRectF FrameUtils::frameMoveToXY(QRectF f, double x, double y) { return {x, y, f.width(), f.height()}; }
-QRectF FrameUtils::frameMoveByX(QRectF f, double dx) { return f.translated(dx, 0); }
-QRectF FrameUtils::frameMoveByY(QRectF f, double dy) { return f.translated(0, dy); }
+QRectF FrameUtils::frameResizeByWidth(QRectF f, double dw) {
+    return {f.x(), f.y(), f.width() + dw, f.height()};
+}
+QRectF FrameUtils::frameResizeByHeight(QRectF f, double dh) {
+    return {f.x(), f.y(), f.width(), f.height() + dh};
+}
+QRectF FrameUtils::frameMoveToX(QRectF f, double x) {
+    return {x, f.y(), f.width(), f.height()};
+}
+QRectF FrameUtils::frameMoveToY(QRectF f, double y) {
+    return {f.x(), y, f.width(), f.height()};
+}
+QRectF FrameUtils::frameMoveToXY(QRectF f, double x, double y) {
+    return {x, y, f.width(), f.height()};
+}
+QRectF FrameUtils::frameMoveByX(QRectF f, double dx) {
+    return f.translated(dx, 0);
+}
+QRectF FrameUtils::frameMoveByY(QRectF f, double dy) {
+    return f.translated(0, dy);
+}
 
 QRectF FrameUtils::frameCenterInFrame(QRectF f, QRectF c) {
     return frameCenterVerticallyInFrame(frameCenterHorizontallyInFrame(f, c), c);
@@ -26,7 +44,9 @@ QRectF FrameUtils::frameCenterVerticallyInFrame(QRectF f, QRectF c) {
     return frameMoveToY(f, (c.height() - f.height()) / 2.0);
 }
 
-double FrameUtils::fixFrameDim(double value) { return std::isnan(value) ? 0.0 : std::round(value); }
+double FrameUtils::fixFrameDim(double value) {
+    return std::isnan(value) ? 0.0 : std::round(value);
+}
 
 QRectF FrameUtils::fixFrame(QRectF f) {
     return {fixFrameDim(f.x()), fixFrameDim(f.y()), fixFrameDim(f.width()), fixFrameDim(f.height())};

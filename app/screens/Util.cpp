@@ -18,14 +18,26 @@ QString Util::getGeneralStoryboard() {
     return isiPad() ? QStringLiteral("General_iPad") : QStringLiteral("General_iPhone");
 }
 
-bool Util::isIPhoneXFamily() { return Platform::shared().device().nativeAspectRatio() >= 2.0f; }
-bool Util::isiPad() { return Platform::shared().device().isPad(); }
-bool Util::is35PhoneScreen() { return !isiPad() && Platform::shared().device().designSize().height() <= 480.0; }
+bool Util::isIPhoneXFamily() {
+    return Platform::shared().device().nativeAspectRatio() >= 2.0f;
+}
+bool Util::isiPad() {
+    return Platform::shared().device().isPad();
+}
+bool Util::is35PhoneScreen() {
+    return !isiPad() && Platform::shared().device().designSize().height() <= 480.0;
+}
 
-bool Util::isConnected() { return Platform::shared().reachability().currentReachabilityStatus() != 0; }
+bool Util::isConnected() {
+    return Platform::shared().reachability().currentReachabilityStatus() != 0;
+}
 
-ViewController* Util::getRootViewController() { return Platform::shared().navigator().rootViewController(); }
-ViewController* Util::getTopNavViewController() { return Platform::shared().navigator().topViewController(); }
+ViewController* Util::getRootViewController() {
+    return Platform::shared().navigator().rootViewController();
+}
+ViewController* Util::getTopNavViewController() {
+    return Platform::shared().navigator().topViewController();
+}
 
 ViewController* Util::getCurrentPresentedViewController() {
     auto& nav = Platform::shared().navigator();
@@ -119,7 +131,9 @@ QString Util::formatDateWithFormat(const QDateTime& date, const QString& format)
     return QLocale::c().toString(date.toLocalTime(), format);
 }
 
-bool Util::isStringContainedInArray(const QString& text, const QStringList& array) { return array.contains(text); }
+bool Util::isStringContainedInArray(const QString& text, const QStringList& array) {
+    return array.contains(text);
+}
 
 qint64 Util::sumLongArray(const QList<qint64>& array) {
     qint64 sum = 0;

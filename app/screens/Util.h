@@ -48,7 +48,8 @@ public:
     static void showMessageWithTitle(const QString& text, const QString& title);
     static void showMessageWithTitleOnDismiss(const QString& text, const QString& title,
                                               std::function<void()> onDismiss);
-    static void showMessageWithTitleOnOk(const QString& text, const QString& title, std::function<void()> onOk);
+    static void showMessageWithTitleOnOk(const QString& text, const QString& title,
+                                         std::function<void()> onOk);
 
     static void delayCallbackForTotalSeconds(std::function<void()> block, double seconds);
 
@@ -58,8 +59,8 @@ public:
     static bool isStringContainedInArray(const QString& text, const QStringList& array);
     static qint64 sumLongArray(const QList<qint64>& array);
 
-    // Leading-number conversions in the manner of the platform's strings: leading blanks, an optional sign, the
-    // digits that follow; 0 when there are none; out-of-range ints clamp.
+    // Leading-number conversions in the manner of the platform's strings: leading blanks, an optional sign,
+    // the digits that follow; 0 when there are none; out-of-range ints clamp.
     static qint32 intValue(const QString& text);
     static double doubleValue(const QString& text);
 };

@@ -71,7 +71,9 @@ std::uint32_t ScriptedRandom::arc4random() {
     return m_fallback.arc4random();
 }
 
-TestPlatform::TestPlatform(Device::Class device) : m_device(device) { install(); }
+TestPlatform::TestPlatform(Device::Class device) : m_device(device) {
+    install();
+}
 
 TestPlatform::~TestPlatform() {
     SharedInstances::resetAll();

@@ -63,7 +63,8 @@ private slots:
                 continue;
             }
             for (LetterLabel* t : std::as_const(play->lettersLabels)) {
-                const bool taken = std::any_of(taps.begin(), taps.end(), [t](const auto& p) { return p.second == t; });
+                const bool taken =
+                    std::any_of(taps.begin(), taps.end(), [t](const auto& p) { return p.second == t; });
                 if (t->text() == solution.at(box) && t->solutionBoxPos == -1 && t->isOnScreen() && !taken) {
                     taps.append({box, t});
                     break;
@@ -73,7 +74,8 @@ private slots:
         QCOMPARE(taps.size(), solution.size() - 2);
         for (int i = 0; i < taps.size(); ++i) {
             LetterLabel* wanted = taps.at(i).second;
-            click(window, findItem(window, QStringLiteral("tile%1").arg(play->lettersLabels.indexOf(wanted))));
+            click(window,
+                  findItem(window, QStringLiteral("tile%1").arg(play->lettersLabels.indexOf(wanted))));
             if (i + 1 < taps.size()) {
                 QCOMPARE(wanted->solutionBoxPos, static_cast<qint64>(taps.at(i).first));
             }

@@ -1,5 +1,5 @@
-// The letter board: the tray's pool, the shuffle, the boxes' layout, both taps in their two phases, the check of
-// the row, the help that acts on the board and the first level's gift.
+// The letter board: the tray's pool, the shuffle, the boxes' layout, both taps in their two phases, the check
+// of the row, the help that acts on the board and the first level's gift.
 #include "TestPlatform.h"
 #include "core/GameViewController.h"
 #include "core/LevelManager.h"
@@ -24,7 +24,8 @@ protected:
     void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
 
     // Opens the play screen on a level with this content; the shuffle leaves every tile at its own place.
-    GameViewController* open(const QString& solution, const QString& other, qint64 level = 3, qint64 round = 0) {
+    GameViewController* open(const QString& solution, const QString& other, qint64 level = 3,
+                             qint64 round = 0) {
         auto game = Game::initWithGameLevelAndGameRound(level, round);
         auto info = std::make_shared<LevelInfo>();
         info->fullSolution = solution;
@@ -52,7 +53,9 @@ protected:
         }
         return nullptr;
     }
-    void tap(GameViewController* vc, LetterLabel* t) { vc->tapTile(static_cast<int>(vc->lettersLabels.indexOf(t))); }
+    void tap(GameViewController* vc, LetterLabel* t) {
+        vc->tapTile(static_cast<int>(vc->lettersLabels.indexOf(t)));
+    }
     void type(GameViewController* vc, const QString& letters) {
         QHash<QString, int> used;
         for (const QChar c : letters) {
@@ -73,7 +76,8 @@ protected:
         f.write(text.toUtf8());
     }
     LevelSuccessViewController* popup() {
-        return qobject_cast<LevelSuccessViewController*>(Platform::shared().navigator().presentedViewController());
+        return qobject_cast<LevelSuccessViewController*>(
+            Platform::shared().navigator().presentedViewController());
     }
 
     TestPlatform platform;

@@ -87,8 +87,8 @@ TEST(LevelRecord, CopyrightSecondEntryNeedsTwoCharacters) {
 
 TEST(LevelText, PacksSectionsAndNumbers) {
     QString error;
-    const QString text = QStringLiteral("header level= is ignored? no: before the first pack\n") + pack(1, 25) +
-                         QStringLiteral("[pack=dropped") + pack(2, 3);
+    const QString text = QStringLiteral("header level= is ignored? no: before the first pack\n") +
+                         pack(1, 25) + QStringLiteral("[pack=dropped") + pack(2, 3);
     // "level=" before the first "[pack=" is ignored, and the section without a newline or "]" is dropped.
     auto result = LevelsInfoReader::parseLevelsText(text, true, &error);
     ASSERT_TRUE(result) << error.toStdString();
@@ -119,7 +119,8 @@ TEST(LevelText, BadRecordRefusesTheWholeFileWithItsPlace) {
     const QString text = pack(1, 2) + QStringLiteral("level=abcdefghijklmn\nimage=x\n");
     EXPECT_FALSE(LevelsInfoReader::parseLevelsText(text, true, &error));
     EXPECT_TRUE(error.contains(QStringLiteral("level 3"))) << error.toStdString();
-    EXPECT_FALSE(LevelsInfoReader::parseLevelsText(QStringLiteral("[pack=1]\nlevel=no newline"), true, &error));
+    EXPECT_FALSE(
+        LevelsInfoReader::parseLevelsText(QStringLiteral("[pack=1]\nlevel=no newline"), true, &error));
 }
 
 TEST_F(LevelFiles, PackFileReadOnceAndRotated) {

@@ -162,7 +162,8 @@ TEST(Numbers, GroupingAndLeadingNumbers) {
     EXPECT_EQ(Util::formatLongNumber(-1234), QStringLiteral("-1,234"));
     EXPECT_EQ(Util::formatLongNumber(999), QStringLiteral("999"));
     EXPECT_EQ(Util::formatLongNumber(0), QStringLiteral("0"));
-    EXPECT_EQ(Util::formatLongNumber(std::numeric_limits<qint64>::min()), QStringLiteral("-9,223,372,036,854,775,808"));
+    EXPECT_EQ(Util::formatLongNumber(std::numeric_limits<qint64>::min()),
+              QStringLiteral("-9,223,372,036,854,775,808"));
     EXPECT_EQ(Util::intValue("  -42abc"), -42);
     EXPECT_EQ(Util::intValue("abc"), 0);
     EXPECT_EQ(Util::intValue("99999999999"), std::numeric_limits<qint32>::max());

@@ -186,8 +186,8 @@ TEST_F(Launch, DeliveredSolutionShowsUnderItsTitle) {
     AppDelegate app;
     app.applicationDidFinishLaunchingWithOptions({});
     app.setApplicationIconBadgeNumber(1);
-    app.applicationDidReceiveLocalNotification(
-        {{"alertBody", QStringLiteral("الحل الصحيح هو: شمس")}, {"userInfo", QVariantMap{{"type", "normal"}}}});
+    app.applicationDidReceiveLocalNotification({{"alertBody", QStringLiteral("الحل الصحيح هو: شمس")},
+                                                {"userInfo", QVariantMap{{"type", "normal"}}}});
     EXPECT_EQ(platform.alerts().title(), QStringLiteral("الحل الصحيح"));
     EXPECT_EQ(platform.alerts().message(), QStringLiteral("الحل الصحيح هو: شمس"));
     EXPECT_EQ(app.applicationIconBadgeNumber(), 0);

@@ -1,0 +1,30 @@
+#!/usr/bin/env bash
+# Builds everything and runs every test: unit, interface, content, service (SQLite, and PostgreSQL when a local
+# server can be started). Warnings are errors here, and the sources must be formatted.
+set -euo pipefail
+root="$(cd "$(dirname "$0")/.." && pwd)"
+build="${TARVOLIN_BUILD_DIR:-$root/build}"
+jobs="${TARVOLIN_JOBS:-$(nproc)}"
+
+echo "== format check"
+mapfile -t sources < <(cd "$root" && git ls-files -co --exclude-standard -- '*.cpp' '*.h' | grep -v '^content/pictures/')
+if [ "${#sources[@]}" -gt 0 ]; then
+  (cd "$root" && clang-format --dry-run -Werror "${sources[@]}")
+fi
+
+echo "== configure and build ($build)"
+cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTARVOLIN_WERROR=ON
+cmake --build "$build" -j "$jobs"
+
+if [ -z "${TARVOLIN_TEST_DATABASE:-}" ] && [ -x "$root/scripts/start-test-postgres.sh" ]; then
+  echo "== starting a local PostgreSQL for the service tests"
+  if url="$("$root/scripts/start-test-postgres.sh")"; then
+    export TARVOLIN_TEST_DATABASE="$url"
+  else
+    echo "PostgreSQL could not be started; the service tests run on SQLite only." >&2
+  fi
+fi
+
+echo "== tests"
+export QT_QPA_PLATFORM=offscreen
+ctest --test-dir "$build" --output-on-failure -j "$jobs"

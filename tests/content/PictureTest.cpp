@@ -1,0 +1,182 @@
+// Drawing scenes, and building the pictures of a pack file.
+
+#include "ContentFixtures.h"
+#include "PictureBuilder.h"
+#include "SceneRenderer.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QImage>
+#include <QSet>
+#include <QTemporaryDir>
+
+namespace tarvolin::levels::test {
+namespace {
+
+Scene sceneOf(const QString& line) {
+    Report report;
+    const std::vector<Scene> scenes = parseScenes(line, QStringLiteral("scenes.txt"), report);
+    EXPECT_TRUE(report.all().empty()) << describe(report.all()).toStdString();
+    return scenes.empty() ? Scene{} : scenes.front();
+}
+
+SymbolFolder fixtureSymbols() {
+    return SymbolFolder(dataFile(QStringLiteral("pictures/svg")));
+}
+
+bool isRed(QRgb c) {
+    return qRed(c) > 180 && qGreen(c) < 90 && qBlue(c) < 110;
+}
+
+bool isYellow(QRgb c) {
+    return qRed(c) > 200 && qGreen(c) > 160 && qBlue(c) < 120;
+}
+
+TEST(SceneDrawing, DrawsTheBackgroundAndTheSymbolsWhereTheSceneSays) {
+    QString error;
+    const QImage picture = renderScene(sceneOf(QStringLiteral("a_1 #204080/#80c0ff a1@0.25,0.25,0.3")),
+                                       fixtureSymbols(), 200, &error);
+    ASSERT_FALSE(picture.isNull()) << error.toStdString();
+    EXPECT_EQ(picture.size(), QSize(200, 200));
+
+    QSet<QRgb> colours;
+    for (int y = 0; y < picture.height(); y += 4) {
+        for (int x = 0; x < picture.width(); x += 4)
+            colours.insert(picture.pixel(x, y));
+    }
+    EXPECT_GT(colours.size(), 50) << "a blank picture";
+
+    EXPECT_TRUE(isRed(picture.pixel(50, 50))) << "the circle's centre";
+    EXPECT_FALSE(isRed(picture.pixel(150, 150)));
+    // The gradient runs from dark at the top to light at the bottom.
+    EXPECT_LT(qBlue(picture.pixel(100, 2)) + qGreen(picture.pixel(100, 2)),
+              qBlue(picture.pixel(100, 197)) + qGreen(picture.pixel(100, 197)));
+    // The shadow falls just below the circle (its edge is at y = 76.7): darker there than at the same
+    // height on the other side, which the symmetric light leaves alike.
+    EXPECT_LT(qGray(picture.pixel(50, 79)) + 10, qGray(picture.pixel(150, 79)));
+    EXPECT_NEAR(qGray(picture.pixel(50, 12)), qGray(picture.pixel(150, 12)), 3);
+}
+
+TEST(SceneDrawing, MirrorsAndSizesSymbols) {
+    // d4 is an L: full along the left, cut away at the top right.
+    QString error;
+    const QImage plain =
+        renderScene(sceneOf(QStringLiteral("a_1 #ffffff d4")), fixtureSymbols(), 180, &error);
+    const QImage mirrored =
+        renderScene(sceneOf(QStringLiteral("a_1 #ffffff ~d4")), fixtureSymbols(), 180, &error);
+    ASSERT_FALSE(plain.isNull());
+    ASSERT_FALSE(mirrored.isNull());
+    // The symbol covers 0.72 of the side around the centre: 25.2 to 154.8 pixels; the SVG's 36 units
+    // map to 129.6 pixels, so its top block (units 4 to 14 high) lies near y = 50.
+    const QPoint topLeft(55, 50);
+    const QPoint topRight(125, 50);
+    EXPECT_TRUE(isYellow(plain.pixel(topLeft)));
+    EXPECT_FALSE(isYellow(plain.pixel(topRight)));
+    EXPECT_FALSE(isYellow(mirrored.pixel(topLeft)));
+    EXPECT_TRUE(isYellow(mirrored.pixel(topRight)));
+    EXPECT_FALSE(isYellow(plain.pixel(10, 10))) << "outside the symbol";
+}
+
+TEST(SceneDrawing, AMissingSymbolGivesNoPicture) {
+    QString error;
+    const QImage picture =
+        renderScene(sceneOf(QStringLiteral("a_1 #ffffff a1 e5")), fixtureSymbols(), 100, &error);
+    EXPECT_TRUE(picture.isNull());
+    EXPECT_TRUE(error.contains(QLatin1String("e5.svg"))) << error.toStdString();
+    EXPECT_FALSE(fixtureSymbols().validate(QStringLiteral("e5")).isEmpty());
+    EXPECT_TRUE(fixtureSymbols().validate(QStringLiteral("a1")).isEmpty());
+}
+
+class PictureBuild : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(m_dir.isValid());
+        m_options.levelsFile = dataFile(QStringLiteral("good.wav"));
+        m_options.scenesFile = m_dir.filePath(QStringLiteral("scenes.txt"));
+        m_options.svgDir = dataFile(QStringLiteral("pictures/svg"));
+        m_options.outDir = m_dir.filePath(QStringLiteral("out"));
+        m_options.qrcFile = m_dir.filePath(QStringLiteral("pictures.qrc"));
+        m_options.size = 64;
+        m_scenes = readAll(dataFile(QStringLiteral("pictures/scenes.txt")));
+        ASSERT_TRUE(writeAll(m_options.scenesFile, m_scenes));
+    }
+
+    BuildSummary build(Report& report) { return buildPictures(m_options, report); }
+
+    QStringList pictures() const {
+        return QDir(m_options.outDir).entryList({QStringLiteral("*.jpg")}, QDir::Files, QDir::Name);
+    }
+
+    QTemporaryDir m_dir;
+    BuildOptions m_options;
+    QString m_scenes;
+};
+
+TEST_F(PictureBuild, DrawsFourJpegsPerLevelAndListsThem) {
+    Report report;
+    const BuildSummary summary = build(report);
+    expectFindings(report, {});
+    EXPECT_EQ(summary.pictures, 100);
+    EXPECT_EQ(summary.rendered, 100);
+    const QStringList files = pictures();
+    ASSERT_EQ(files.size(), 100);
+    EXPECT_EQ(files.front(), QStringLiteral("p01_1.jpg"));
+    EXPECT_EQ(files.back(), QStringLiteral("p25_4.jpg"));
+
+    const QImage picture(QDir(m_options.outDir).filePath(QStringLiteral("p07_2.jpg")), "JPEG");
+    ASSERT_FALSE(picture.isNull());
+    EXPECT_EQ(picture.size(), QSize(64, 64));
+
+    const QString qrc = readAll(m_options.qrcFile);
+    EXPECT_TRUE(qrc.contains(QLatin1String("<qresource prefix=\"/pictures\">")));
+    EXPECT_EQ(qrc.count(QLatin1String("<file alias=\"")), 100);
+    EXPECT_TRUE(qrc.contains(
+        QStringLiteral("<file alias=\"p25_4.jpg\">%1</file>")
+            .arg(
+                QFileInfo(QDir(m_options.outDir).filePath(QStringLiteral("p25_4.jpg"))).absoluteFilePath())));
+}
+
+TEST_F(PictureBuild, RedrawsOnlyWhatChangedAndDropsWhatNoLevelNeeds) {
+    Report report;
+    build(report);
+    EXPECT_EQ(build(report).rendered, 0);
+
+    // One scene changes: only its picture is drawn again.
+    ASSERT_TRUE(
+        writeAll(m_options.scenesFile,
+                 QString(m_scenes).replace(QLatin1String("p03_2 "), QLatin1String("p03_2 #000000 b2 # "))));
+    EXPECT_EQ(build(report).rendered, 1);
+
+    // A bigger size redraws all of them.
+    m_options.size = 72;
+    EXPECT_EQ(build(report).rendered, 100);
+
+    // A level less: its four pictures leave the folder and the listing.
+    QString levels = readAll(dataFile(QStringLiteral("good.wav")));
+    levels.replace(QLatin1String("image=p25"), QLatin1String("image=p24"));
+    m_options.levelsFile = m_dir.filePath(QStringLiteral("ok.wav"));
+    ASSERT_TRUE(writeAll(m_options.levelsFile, levels));
+    const BuildSummary fewer = build(report);
+    EXPECT_EQ(fewer.pictures, 96);
+    EXPECT_EQ(fewer.rendered, 0);
+    EXPECT_EQ(fewer.removed, 4);
+    EXPECT_FALSE(pictures().contains(QStringLiteral("p25_1.jpg")));
+    EXPECT_EQ(readAll(m_options.qrcFile).count(QLatin1String("<file alias=\"")), 96);
+    expectFindings(report, {});
+}
+
+TEST_F(PictureBuild, FailsWhenALevelLacksAPicture) {
+    ASSERT_TRUE(writeAll(m_options.scenesFile,
+                         QString(m_scenes).replace(QLatin1String("p09_4 "), QLatin1String("# "))));
+    Report report;
+    build(report);
+    expectFindings(report, {{0, Severity::Error, "missing picture: no line for p09_4"}});
+
+    ASSERT_TRUE(writeAll(m_options.scenesFile, m_scenes + QStringLiteral("p01_1 #ffffff a1\n")));
+    Report duplicate;
+    build(duplicate);
+    EXPECT_FALSE(duplicate.fitToShip());
+}
+
+} // namespace
+} // namespace tarvolin::levels::test
