@@ -295,6 +295,14 @@ void GameViewController::displayHelpView() {
     showHelpPopuup();
 }
 
+void GameViewController::openCredits() {
+    auto& nav = Platform::shared().navigator();
+    if (auto* credits =
+            nav.instantiateViewControllerWithIdentifier(QStringLiteral("CreditsViewController"))) {
+        nav.presentViewController(credits);
+    }
+}
+
 void GameViewController::dismissHelpAction() {
     if (!m_helpPopupVisible) {
         return;

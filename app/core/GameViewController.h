@@ -75,6 +75,8 @@ public:
     void showHelpPopuup();
     Q_INVOKABLE void dismissHelpAction();
     Q_INVOKABLE void displayHelpView();
+    // The attributions of the pictures and the font, from the help popup.
+    Q_INVOKABLE void openCredits();
     void showFirstPopupMessage();
 
     // Help that acts on the board, without any charge.

@@ -5,6 +5,7 @@ import "components"
 Item {
     id: popup
     signal dismissed()
+    signal creditsRequested()
 
     Rectangle {
         anchors.fill: parent
@@ -75,6 +76,20 @@ Item {
                         wrapMode: Text.WordWrap
                         anchors.verticalCenter: parent.verticalCenter
                     }
+                }
+            }
+            Text {
+                objectName: "creditsLink"
+                width: parent.width
+                text: "حقوق الصور والخط"
+                font.family: Theme.fontFamily
+                font.pixelSize: 13
+                font.underline: true
+                color: Theme.accent
+                horizontalAlignment: Text.AlignHCenter
+                MouseArea {
+                    anchors.fill: parent
+                    onClicked: popup.creditsRequested()
                 }
             }
             Text {

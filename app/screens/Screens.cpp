@@ -6,6 +6,7 @@
 #include "core/LetterLabel.h"
 #include "core/LevelSuccessViewController.h"
 #include "platform/Platform.h"
+#include "screens/CreditsViewController.h"
 
 #include <QQmlApplicationEngine>
 #include <QQmlContext>
@@ -15,6 +16,8 @@ void registerScreens(Navigator& navigator) {
     navigator.registerScreen(QStringLiteral("GameViewController"), [] { return new GameViewController(); });
     navigator.registerScreen(QStringLiteral("LevelSuccessViewController"),
                              [] { return new LevelSuccessViewController(); });
+    navigator.registerScreen(QStringLiteral("CreditsViewController"),
+                             [] { return new CreditsViewController(); });
 }
 
 void registerQmlTypes() {
@@ -23,6 +26,8 @@ void registerQmlTypes() {
     qmlRegisterUncreatableType<GameViewController>(uri, 1, 0, "GameViewController", "made by the navigator");
     qmlRegisterUncreatableType<LevelSuccessViewController>(uri, 1, 0, "LevelSuccessViewController",
                                                            "made by the navigator");
+    qmlRegisterUncreatableType<CreditsViewController>(uri, 1, 0, "CreditsViewController",
+                                                      "made by the navigator");
     qmlRegisterUncreatableType<LetterLabel>(uri, 1, 0, "LetterLabel", "made by the board");
     qmlRegisterUncreatableType<SolutionBlock>(uri, 1, 0, "SolutionBlock", "made by the board");
     qmlRegisterUncreatableType<GameView>(uri, 1, 0, "GameView", "made by the board");

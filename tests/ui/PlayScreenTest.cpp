@@ -43,6 +43,14 @@ private slots:
         QCOMPARE(findItem(window, "levelLabel")->property("text").toString(), QStringLiteral("1"));
         QCOMPARE(visibleTiles(window), 12);
         QCOMPARE(countItems(window, "box"), solution.size());
+        // The popup's link shows the attributions of the pictures and the font, and leads back.
+        click(window, findItem(window, "creditsLink"));
+        QTRY_VERIFY(findItem(window, "creditsText") && findItem(window, "creditsText")->isVisible());
+        QVERIFY(findItem(window, "creditsText")->property("text").toString().contains("CC BY 4.0"));
+        click(window, findItem(window, "closeCredits"));
+        QVERIFY(!Platform::shared().navigator().presentedViewController());
+        QVERIFY(play->helpPopupVisible());
+
         QTest::mouseClick(window, Qt::LeftButton, {}, QPoint(window->width() / 2, 20));
         QVERIFY(!play->helpPopupVisible());
 

@@ -155,5 +155,6 @@ Item {
         visible: controller.helpPopupVisible
         z: 50
         onDismissed: controller.dismissHelpAction()
+        onCreditsRequested: controller.openCredits()
     }
 }
