@@ -3,8 +3,14 @@
 #include "LevelManager.h"
 #include "LevelSuccessViewController.h"
 #include "LevelsInfoReader.h"
+#include "outreach/Outreach.h"
+#include "outreach/SoundFactory.h"
 #include "platform/Platform.h"
+#include "progress/CreditsManager.h"
+#include "progress/RankManager.h"
+#include "progress/ScorePointsManager.h"
 #include "progress/TutorialAlertsManager.h"
+#include "progress/UserStatsManager.h"
 #include "screens/ColorUtil.h"
 #include "screens/Util.h"
 
@@ -19,10 +25,25 @@ GameViewController::~GameViewController() {
     if (timer) {
         timer->invalidate();
     }
+    if (Platform::isInstalled()) {
+        Platform::shared().notificationCenter().removeObserver(this);
+    }
 }
 
 void GameViewController::viewDidLoad() {
+    creditsChangedAction();
+    skipsChangedAction();
     setupGameview();
+    auto& center = Platform::shared().notificationCenter();
+    center.addObserver(this, NotificationCreditsChanged,
+                       [this](const Notification&) { creditsChangedAction(); });
+    center.addObserver(this, NotificationSkipsChanged, [this](const Notification&) { skipsChangedAction(); });
+    center.addObserver(this, NotificationVideoWatched, [this](const Notification&) { videoWatchedAction(); });
+    center.addObserver(this, kNotificationVideoAdLoaded, [this](const Notification&) { videoAdLoaded(); });
+    center.addObserver(this, kNotificationVideoAdFailedToLoad,
+                       [this](const Notification&) { videoAdFailedToLoad(); });
+    startTimer();
+    preloadInterstitialAd();
 }
 
 bool GameViewController::canGoBack() const {
@@ -267,6 +288,7 @@ void GameViewController::checkAnswer() {
         gameSuccess();
     } else if (row.size() == info->solution.size()) {
         setSolutionBarImage(QStringLiteral("bg_solution_wrong"));
+        SoundFactory::sharedInstance().playIncorrect();
         Util::delayCallbackForTotalSeconds(
             [this, alive = std::weak_ptr<int>(m_alive)] {
                 if (!alive.expired()) {
@@ -411,6 +433,84 @@ void GameViewController::reset() {
     stopTimer();
     revealedLettersCount = 0;
     shareLevelRevealCount = 0;
+    m_timeViewsVisible = true;
+    emit timerViewsChanged();
+    // Sharing for a letter is offered in the first twelve rounds only.
+    setHelpViews(false, game && game->gameRound < 12, m_revealViewVisible);
+}
+
+void GameViewController::setHelpViews(bool watchVideo, bool shareReveal, bool revealView) {
+    m_watchVideoButtonVisible = watchVideo;
+    m_shareRevealVisible = shareReveal;
+    m_revealViewVisible = revealView;
+    emit helpViewsChanged();
+}
+
+qint64 GameViewController::nowSeconds() const {
+    return Platform::shared().scheduler().now().toSecsSinceEpoch();
+}
+
+void GameViewController::startTimer() {
+    // The clock of a running level is never shown.
+    m_timeViewsVisible = false;
+    emit timerViewsChanged();
+    if (!Util::isConnected()) {
+        return;
+    }
+    if (timer) {
+        stopTimer();
+    }
+    timePeriod = 100;
+    currentTick = 100.0f;
+    timerAdsCount = 0;
+    timer = Timer::scheduledTimerWithTimeInterval(kTickSeconds, true, [this] { onTimerTick(); });
+    timer->fire();
+}
+
+void GameViewController::onTimerTick() {
+    m_secondsText = QString::number(static_cast<qint64>(currentTick));
+    currentTick = static_cast<float>(static_cast<double>(currentTick) - 0.1);
+    m_timeProgress += -0.1 / static_cast<double>(timePeriod);
+    emit timerViewsChanged();
+
+    // Fifty seconds into a period, now and then, the share view is suggested to a player of a few sessions.
+    if (std::fabs(static_cast<double>(currentTick) - 50.0) < 0.05) {
+        const std::uint32_t r = arc4random();
+        if (r % 5 == 2 && Outreach::sessions && Outreach::sessions->activeSessions() >= 5 &&
+            Outreach::sessions->activeSessions() <= 15) {
+            shareLevelWithFriends(nullptr);
+        }
+    }
+    if (currentTick >= 9.95f && currentTick <= 10.05f) {
+        preloadVideoRewardAd();
+        return;
+    }
+    if (currentTick <= 0.0f) {
+        timePeriod += 30;
+        currentTick = static_cast<float>(timePeriod);
+        m_timeProgress = 1.0;
+        emit timerViewsChanged();
+        const std::uint32_t r = arc4random();
+        AdPacing* ads = Outreach::ads;
+        if (ads && ads->getProperPercentToShowSpecialAdmobAd() > static_cast<qint64>(r % 100) &&
+            !ads->isAddCurrentlyDisplaying() && !Platform::shared().navigator().presentedViewController()) {
+            Util::showMessageWithTitleOnOk(
+                QStringLiteral(
+                    "يبدو أنك تواجه صعوبة في ايجاد الحل .. هل تريد مشاهدة فيديو لكسب ذهب يمكنك من كشف حرف "
+                    "مجانا لمساعدتك ؟"),
+                QStringLiteral("مساعدة"), [this, alive = std::weak_ptr<int>(m_alive)] {
+                    if (alive.expired() || !Outreach::ads) {
+                        return;
+                    }
+                    Outreach::ads->displayAdmobVideoAd();
+                    isTimedAdWasShown = 1;
+                });
+        }
+        timerAdsCount += 1;
+        if (timerAdsCount == 2) {
+            stopTimer();
+        }
+    }
 }
 
 void GameViewController::stopTimer() {
@@ -420,31 +520,399 @@ void GameViewController::stopTimer() {
     }
 }
 
-void GameViewController::onStartNextLevel() {}
+void GameViewController::onStartNextLevel() {
+    preloadInterstitialAd();
+    startTimer();
+}
+
+void GameViewController::preloadInterstitialAd() {
+    AdPacing* ads = Outreach::ads;
+    if (ads && !ads->areInAppsPurchased() && !ads->hasNormalInterstitial() &&
+        ads->isPreviousLoadAdFinished()) {
+        ads->preloadAdmobAdAtTheRightTime();
+    }
+}
+
+void GameViewController::preloadVideoRewardAd() {
+    AdPacing* ads = Outreach::ads;
+    if (ads && !ads->areInAppsPurchased() && !ads->hasRewardedInterstitial() &&
+        ads->isPreviousLoadRewardedVideoFinished()) {
+        ads->preloadAdmobVideoAdAtTheRightTime();
+    }
+}
+
+GamePtr GameViewController::nextGameInRound() const {
+    const GamePtr next = Game::initWithGameLevelAndGameRound(game->gameLevel + 1, game->gameRound);
+    next->setLevelInfo(
+        LevelsInfoReader::sharedInstance().getLevelInfoPackId(next->gameLevel, next->gameRound));
+    return next;
+}
 
 void GameViewController::gameSuccess() {
     if (!game) {
         return;
     }
-    const GamePtr finished = game;
-    if (isPreviousGame) {
-        presentPopupViewControllerWithTypeGameAndPointsAndCredits(1, finished, 0, 0);
+    SoundFactory::sharedInstance().playGameFinish();
+    if (battleGameType >= 1) {
+        // Battles are played from their own screens, which end the level themselves.
         return;
     }
+    const GamePtr finished = game;
     auto& levels = LevelManager::sharedInstance();
+    if (isPreviousGame) {
+        const qint64 n = finished->gameLevel + 25 * finished->gameRound;
+        qint64 points = 0;
+        if (!levels.isLevelRewardedSecondTime(n) && Util::isConnected()) {
+            levels.setLevelRewardedForSecondTime(n);
+            points = 1;
+        }
+        ScorePointsManager::sharedInstance().addPoints(points);
+        presentPopupViewControllerWithTypeGameAndPointsAndCredits(1, finished, points, 0);
+        return;
+    }
+    qint64 credits = 0;
+    qint64 points = 0;
+    if (Util::isConnected()) {
+        // Paid by the rank and round in which the level was played, before the level moves on.
+        auto& ranks = RankManager::sharedInstance();
+        credits = ranks.getLevelCreditsReward();
+        CreditsManager::sharedInstance().addCredits(credits);
+        points = ranks.getLevelPointsReward();
+        ScorePointsManager::sharedInstance().addPoints(points);
+    }
+    UserStatsManager::sharedInstance().incrementCompletedLevelsForCurrentDay();
+    if (Outreach::ads) {
+        Outreach::ads->increaseActionCount();
+    }
     if (finished->gameLevel < 24) {
-        presentPopupViewControllerWithTypeGameAndPointsAndCredits(0, finished, 0, 0);
+        presentPopupViewControllerWithTypeGameAndPointsAndCredits(0, finished, points, credits);
         levels.incrementCurrentLevel();
-        const GamePtr next =
-            Game::initWithGameLevelAndGameRound(finished->gameLevel + 1, finished->gameRound);
-        next->setLevelInfo(
-            LevelsInfoReader::sharedInstance().getLevelInfoPackId(next->gameLevel, next->gameRound));
-        setGame(next);
+        setGame(nextGameInRound());
         setupGameview();
     } else {
-        presentPopupViewControllerWithTypeGameAndPointsAndCredits(3, finished, 0, 0);
+        presentPopupViewControllerWithTypeGameAndPointsAndCredits(3, finished, points, credits);
         levels.incrementCurrentLevel();
     }
+}
+
+// ---- help actions ----
+
+void GameViewController::creditsChangedAction() {
+    m_creditsText = QString::number(CreditsManager::sharedInstance().currentCredits());
+    emit balancesChanged();
+}
+
+void GameViewController::skipsChangedAction() {
+    m_skipsText = QString::number(CreditsManager::sharedInstance().currentSkips());
+    emit balancesChanged();
+}
+
+void GameViewController::handleNoEnoughCredits() {
+    Platform::shared().alerts().showWithTitleMessageCancelButtonTitleOtherButtonTitlesTapBlock(
+        QStringLiteral("لايوجد ذهب"),
+        QStringLiteral("لايوجد ذهب كافي، يمكنك الذهاب الى المتجر وشراء المزيد من الذهب"), QString(),
+        {QStringLiteral("اذهب الى المتجر")}, [this, alive = std::weak_ptr<int>(m_alive)](int) {
+            if (!alive.expired()) {
+                openStore(nullptr);
+            }
+        });
+}
+
+void GameViewController::openStore(QObject*) {
+    SoundFactory::sharedInstance().playMenuTap();
+    if (Outreach::store) {
+        Outreach::store->openInAppStore(this);
+    } else {
+        Outreach::showUnavailable(QStringLiteral("المتجر"));
+    }
+}
+
+void GameViewController::revealLetter(QObject*) {
+    SoundFactory::sharedInstance().playMenuTap();
+    auto& credits = CreditsManager::sharedInstance();
+    if (credits.currentCredits() < kRevealLetterCost) {
+        handleNoEnoughCredits();
+        return;
+    }
+    revealRandomLetter();
+    credits.deductCredits(kRevealLetterCost);
+}
+
+void GameViewController::removeWrongLetters(QObject*) {
+    SoundFactory::sharedInstance().playMenuTap();
+    auto& credits = CreditsManager::sharedInstance();
+    if (credits.currentCredits() < kRemoveLettersCost) {
+        handleNoEnoughCredits();
+        return;
+    }
+    removeWrongLetters();
+    credits.deductCredits(kRemoveLettersCost);
+}
+
+void GameViewController::skipLevel(QObject*) {
+    SoundFactory::sharedInstance().playMenuTap();
+    if (isPreviousGame) {
+        // Said, and the skip still goes on: on a previous level it costs a skip and moves the level on.
+        Util::showMessageWithTitle(QStringLiteral("هذه مرحلة سابقة لذلك لايمكنك التجاوز"),
+                                   QStringLiteral("مرحلة سابقة"));
+    }
+    if (isBonusGame) {
+        Util::showMessageWithTitle(
+            QStringLiteral("هذه مرحلة اختيارية لكسب مزيد من النقطا لذلك لايمكنك التجاوز"),
+            QStringLiteral("مرحلة اختيارية"));
+        return;
+    }
+    if (!game || game->gameLevel >= 24) {
+        Util::showMessageWithTitle(QStringLiteral("لايمكنك تجاوز المرحلة الأخيرة في الجولة"),
+                                   QStringLiteral("المرحلة الأخيرة"));
+        return;
+    }
+    auto& credits = CreditsManager::sharedInstance();
+    if (credits.currentSkips() <= 0) {
+        Util::showMessageWithTitle(QStringLiteral("يمكنك تجريب الخيارات المجانية"),
+                                   QStringLiteral("لقد انتهت التجاوزات لديك"));
+        return;
+    }
+    Util::showMessageWithTitle(QStringLiteral("لقد تجاوزت هذه المرحلة وانتقلت للمرحلة التالية"),
+                               QStringLiteral("تجاوز المرحلة"));
+    credits.deductOneSkip();
+    LevelManager::sharedInstance().incrementCurrentLevel();
+    setGame(nextGameInRound());
+    setupGameview();
+}
+
+void GameViewController::watchVideo(QObject*) {
+    SoundFactory::sharedInstance().playClick1();
+    AdPacing* ads = Outreach::ads;
+    if (!ads) {
+        Outreach::showUnavailable(QStringLiteral("الفيديو المجاني"));
+        return;
+    }
+    if (ads->hasRewardedInterstitial()) {
+        ads->displayAdmobVideoAd();
+        return;
+    }
+    Platform::shared().progressHud().showWithMaskType(ProgressHud::Clear);
+    preloadVideoRewardAd();
+    watchVideoBtnPressed = true;
+}
+
+void GameViewController::videoAdLoaded() {
+    if (!watchVideoBtnPressed) {
+        return;
+    }
+    Platform::shared().progressHud().dismiss();
+    if (Outreach::ads) {
+        Outreach::ads->displayAdmobVideoAd();
+    }
+    watchVideoBtnPressed = false;
+}
+
+void GameViewController::videoAdFailedToLoad() {
+    Platform::shared().progressHud().dismiss();
+    if (watchVideoBtnPressed) {
+        Util::showMessageWithTitle(QStringLiteral("حاول مرة اخرى بعد قليل"), QStringLiteral("لايوجد فيديو"));
+        watchVideoBtnPressed = false;
+    }
+}
+
+void GameViewController::videoWatchedAction() {
+    Sessions* sessions = Outreach::sessions;
+    if (sessions && sessions->videoRewardsCount() >= kVideoRewardsPerSession) {
+        Util::showMessageWithTitle(QStringLiteral("يمكنك المحاولة لاحقا بعد حوالي نصف ساعة أو أقل"),
+                                   QStringLiteral("لم يتبقى لديك جوائز مشاهدة فيديو في هذه الجلسة"));
+        return;
+    }
+    if (videoRewardedCount >= kVideoRewardsPerLevel) {
+        Util::showMessageWithTitle(QStringLiteral("لقد وصلت للعدد المسموح به بالجوائز المجانية"),
+                                   QStringLiteral("لايوجد ذهب"));
+        return;
+    }
+    CreditsManager::sharedInstance().addCredits(kVideoRewardCredits);
+    creditsChangedAction();
+    Util::showMessageWithTitle(QStringLiteral("لقد ربحت %1 قطعة ذهبية").arg(kVideoRewardCredits),
+                               QStringLiteral("قطع ذهب مجانية"));
+    videoRewardedCount += 1;
+    if (sessions) {
+        sessions->setVideoRewardsCount(sessions->videoRewardsCount() + 1);
+    }
+}
+
+void GameViewController::shareLevelWithFriends(QObject*) {
+    SoundFactory::sharedInstance().playMenuTap();
+    if (!Outreach::sharing) {
+        Outreach::showUnavailable(QStringLiteral("مشاركة المرحلة"));
+        return;
+    }
+    m_shareViewVisible = true;
+    shareLevelElapsedTime = nowSeconds();
+    Outreach::sharing->shareContentOnViewControllerOnCompletion(
+        {screenshotTitleText()}, QString(), this,
+        [this, alive = std::weak_ptr<int>(m_alive)](const QString&) {
+            if (!alive.expired()) {
+                dismissShareViewAction();
+            }
+        });
+}
+
+void GameViewController::dismissShareViewAction() {
+    if (!m_shareViewVisible && !m_revealViewVisible) {
+        return;
+    }
+    m_shareViewVisible = false;
+    shareLevelElapsedTime = nowSeconds() - shareLevelElapsedTime;
+    if (shareLevelElapsedTime >= kShareViewSeconds && Outreach::sharing) {
+        Outreach::sharing->incrementLevelsShared();
+    }
+}
+
+void GameViewController::showRevealView(QObject*) {
+    SoundFactory::sharedInstance().playMenuTap();
+    shareLevelElapsedTime = nowSeconds();
+    setHelpViews(m_watchVideoButtonVisible, m_shareRevealVisible, true);
+}
+
+void GameViewController::dismissPopupViewAction() {
+    setHelpViews(m_watchVideoButtonVisible, m_shareRevealVisible, false);
+}
+
+void GameViewController::revealViewGeneralAction(int tag) {
+    dismissPopupViewAction();
+    switch (tag) {
+    case 51:
+        revealLetter(nullptr);
+        break;
+    case 52:
+        removeWrongLetters(nullptr);
+        break;
+    case 53:
+        skipLevel(nullptr);
+        break;
+    case 54:
+        watchVideo(nullptr);
+        break;
+    case 55:
+        shareAppOnWhatsapp();
+        break;
+    default:
+        break;
+    }
+}
+
+void GameViewController::shareAppOnWhatsapp() {
+    Sharing* sharing = Outreach::sharing;
+    if (!sharing) {
+        Outreach::showUnavailable(QStringLiteral("المشاركة"));
+        return;
+    }
+    const QStringList content{
+        QStringLiteral("انا جالس ألعب لعبة طارفولين وبصراحة جدا اللعبة بطلة!! حملها وماتندم"),
+        sharing->appStoreLink()};
+    sharing->shareContentOnViewControllerOnCompletion(
+        content, QString(), this, [this, alive = std::weak_ptr<int>(m_alive)](const QString& activity) {
+            if (alive.expired() || !Outreach::sharing) {
+                return;
+            }
+            const QString name = activity.toLower();
+            if (!name.contains("wb") && !name.contains("whats") && !name.contains("whatsapp")) {
+                return;
+            }
+            if (isLevelShared) {
+                Util::showMessageWithTitle(
+                    QStringLiteral("عذرا لايمكنك مشاركة نفس المرحلة وربح جائزتها اكثر من مرة "),
+                    QStringLiteral("لم تربح"));
+                return;
+            }
+            Outreach::sharing->incrementLevelsShared();
+            if (Outreach::sharing->levelsShared() < kSharedLevelsPaid + 1) {
+                CreditsManager::sharedInstance().addCredits(kShareRewardCredits);
+                creditsChangedAction();
+                Util::showMessageWithTitle(QStringLiteral("لقد ربحت %1 ذهبة").arg(kShareRewardCredits),
+                                           QStringLiteral("ذهب مجاني"));
+            } else {
+                Util::showMessageWithTitle(QStringLiteral("عذرا لم يتبقى لديك أي جوائز مشاركة"),
+                                           QStringLiteral("لايوجد جوائز مشاركة"));
+            }
+            isLevelShared = true;
+        });
+}
+
+void GameViewController::shareAppAndReveal(QObject*) {
+    SoundFactory::sharedInstance().playMenuTap();
+    const auto info = game ? game->levelInfo() : nullptr;
+    const qint64 letters = info ? info->solution.size() : 0;
+    if (shareLevelRevealCount >= 2 || (shareLevelRevealCount == 1 && letters < 6)) {
+        Util::showMessageWithTitle(
+            QStringLiteral("لايمكنك استعمال هذه الميزة لربح المزيد من الذهب حتى تنتقل للمرحلة التالية"),
+            QStringLiteral("عذرا"));
+        return;
+    }
+    if (!Outreach::sharing) {
+        Outreach::showUnavailable(QStringLiteral("المشاركة"));
+        return;
+    }
+    Util::showMessageWithTitleOnDismiss(
+        QStringLiteral(
+            "شارك السؤال واكشف ذهب مجانا واختبر اصدقائك عبر فيسبوك او انستغرام او سناب شات او توتير او "
+            "واتس اب او اي مكان اخر"),
+        QStringLiteral("شارك المرحلة"), [this, letters, alive = std::weak_ptr<int>(m_alive)] {
+            if (alive.expired() || !Outreach::sharing) {
+                return;
+            }
+            Outreach::sharing->shareContentOnViewControllerOnCompletion(
+                {screenshotTitleText()}, QStringLiteral("screen"), this,
+                [this, letters, alive](const QString& activity) {
+                    if (alive.expired()) {
+                        return;
+                    }
+                    static const QStringList kTargets{"facebook", "twitter",  "tweet",   "instagram",
+                                                      "whatsapp", "snapchat", "message", "messenger",
+                                                      "line",     "wechat",   "viber",   "bbm"};
+                    const QString name = activity.toLower();
+                    const bool known = std::any_of(kTargets.begin(), kTargets.end(),
+                                                   [&name](const QString& t) { return name.contains(t); });
+                    if (!known) {
+                        return;
+                    }
+                    revealRandomLetter();
+                    shareLevelRevealCount += 1;
+                    if (shareLevelRevealCount == 2 || (shareLevelRevealCount == 1 && letters <= 5)) {
+                        setHelpViews(m_watchVideoButtonVisible, false, m_revealViewVisible);
+                    }
+                });
+        });
+}
+
+void GameViewController::scheduleSolutionNotification(QObject*) {
+    SoundFactory::sharedInstance().playMenuTap();
+    Reminders* reminders = Outreach::reminders;
+    if (!reminders) {
+        Outreach::showUnavailable(QStringLiteral("تنبيه الحل"));
+        return;
+    }
+    const qint64 minutes = RankManager::sharedInstance().getNotificationWaitTime();
+    const qint64 number = minutes > 59 ? minutes / 60 : minutes;
+    const QString word = minutes > 59 ? QStringLiteral("ساعة") : QStringLiteral("دقيقة");
+    const QString promise = QStringLiteral("سيصلك تنبيه بعد %1 %2 بالحل الصحيح   ").arg(number).arg(word);
+    if (!reminders->areNotificationsAllowed()) {
+        Util::showMessageWithTitleOnDismiss(promise, QStringLiteral("مساعدة"), [] {
+            if (Outreach::reminders) {
+                Outreach::reminders->enableNotificationPermissions();
+            }
+        });
+    }
+    if (reminders->isWaitNotificationIsScheduled()) {
+        Util::showMessageWithTitle(
+            QStringLiteral("لقد ضغطت زر الانتظار من قبل.. لذلك يرجى الانتظار حتى يصلك التنبيه "
+                           "عند انتهاء الوقت المحدد"),
+            QStringLiteral("خطأ"));
+        return;
+    }
+    const auto info = game ? game->levelInfo() : nullptr;
+    reminders->scheduleNotificationWithDelay(
+        QStringLiteral("الحل الصحيح هو: %1").arg(info ? info->fullSolution : QString()), minutes);
+    Util::showMessageWithTitle(promise, QStringLiteral("مساعدة"));
+    reminders->setCurrentWaitMinutes(reminders->currentWaitMinutes() + 5);
 }
 
 void GameViewController::presentPopupViewControllerWithTypeGameAndPointsAndCredits(qint32 type,
@@ -482,7 +950,8 @@ void GameViewController::openCurrentLevel() {
     }
 }
 
-void GameViewController::goBack() {
+void GameViewController::goBack(QObject*) {
+    SoundFactory::sharedInstance().playMenuTap();
     stopTimer();
     Platform::shared().navigator().popViewController();
 }

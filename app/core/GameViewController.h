@@ -28,12 +28,34 @@ class GameViewController : public ViewController, public GameViewDelegate {
     Q_PROPERTY(QRectF workViewFrame READ workViewFrame CONSTANT)
     Q_PROPERTY(QRectF solutionBarFrame READ solutionBarFrame CONSTANT)
     Q_PROPERTY(bool canGoBack READ canGoBack CONSTANT)
+    Q_PROPERTY(QString creditsText READ creditsText NOTIFY balancesChanged)
+    Q_PROPERTY(QString skipsText READ skipsText NOTIFY balancesChanged)
+    Q_PROPERTY(QString revealCostText READ revealCostText CONSTANT)
+    Q_PROPERTY(QString removeCostText READ removeCostText CONSTANT)
+    Q_PROPERTY(QString screenshotTitleText READ screenshotTitleText CONSTANT)
+    Q_PROPERTY(QString secondsText READ secondsText NOTIFY timerViewsChanged)
+    Q_PROPERTY(double timeProgress READ timeProgress NOTIFY timerViewsChanged)
+    Q_PROPERTY(bool timeViewsVisible READ timeViewsVisible NOTIFY timerViewsChanged)
+    Q_PROPERTY(bool watchVideoButtonVisible READ watchVideoButtonVisible NOTIFY helpViewsChanged)
+    Q_PROPERTY(bool shareRevealVisible READ shareRevealVisible NOTIFY helpViewsChanged)
+    Q_PROPERTY(bool revealViewVisible READ revealViewVisible NOTIFY helpViewsChanged)
+    Q_PROPERTY(QRectF revealButtonFrame READ revealButtonFrame CONSTANT)
+    Q_PROPERTY(QRectF removeButtonFrame READ removeButtonFrame CONSTANT)
 public:
     static constexpr double kMoveSeconds = 0.3;
     static constexpr double kWrongFlashSeconds = 0.5;
     static constexpr int kTrayTileCount = 12;
     static inline const QString kFillerString = QStringLiteral("تصخضذأدسش");
     static inline const QString kFirstLevelTutorial = QStringLiteral("FirstLevelTutorial");
+    static constexpr qint64 kRevealLetterCost = 50;
+    static constexpr qint64 kRemoveLettersCost = 100;
+    static constexpr qint64 kVideoRewardCredits = 25;
+    static constexpr qint64 kShareRewardCredits = 50;
+    static constexpr qint64 kVideoRewardsPerLevel = 8;
+    static constexpr qint64 kVideoRewardsPerSession = 9;
+    static constexpr qint64 kSharedLevelsPaid = 10;
+    static constexpr qint64 kShareViewSeconds = 9;
+    static constexpr double kTickSeconds = 0.1;
 
     explicit GameViewController(QObject* parent = nullptr);
     ~GameViewController() override;
@@ -44,9 +66,16 @@ public:
     bool isBonusGame = false;
     qint64 battleGameType = 0;
     std::shared_ptr<Timer> timer;
+    qint64 timePeriod = 0;
+    float currentTick = 0.0f;
+    qint64 timerAdsCount = 0;
+    qint64 isTimedAdWasShown = 0;
     qint64 revealedLettersCount = 0;
     qint64 shareLevelRevealCount = 0;
     qint64 videoRewardedCount = 0;
+    bool watchVideoBtnPressed = false;
+    bool isLevelShared = false;
+    qint64 shareLevelElapsedTime = 0;
 
     // The board.
     QList<LetterLabel*> lettersLabels;
@@ -83,13 +112,38 @@ public:
     void revealRandomLetter();
     void removeWrongLetters();
 
+    // Paid and free help, from the screen's buttons (the sender is not used).
+    Q_INVOKABLE void revealLetter(QObject* sender);
+    Q_INVOKABLE void removeWrongLetters(QObject* sender);
+    Q_INVOKABLE void skipLevel(QObject* sender);
+    Q_INVOKABLE void watchVideo(QObject* sender);
+    Q_INVOKABLE void shareLevelWithFriends(QObject* sender);
+    Q_INVOKABLE void showRevealView(QObject* sender);
+    Q_INVOKABLE void revealViewGeneralAction(int tag);
+    Q_INVOKABLE void dismissPopupViewAction();
+    Q_INVOKABLE void shareAppAndReveal(QObject* sender);
+    Q_INVOKABLE void scheduleSolutionNotification(QObject* sender);
+    Q_INVOKABLE void openStore(QObject* sender);
+    void shareAppOnWhatsapp();
+    void dismissShareViewAction();
+    void handleNoEnoughCredits();
+    void videoWatchedAction();
+    void videoAdLoaded();
+    void videoAdFailedToLoad();
+    void creditsChangedAction();
+    void skipsChangedAction();
+
     void reset();
+    void startTimer();
+    void onTimerTick();
     void stopTimer();
     void onStartNextLevel();
+    void preloadInterstitialAd();
+    void preloadVideoRewardAd();
     void gameSuccess();
     void presentPopupViewControllerWithTypeGameAndPointsAndCredits(qint32 type, const GamePtr& finished,
                                                                    qint64 points, qint64 credits);
-    Q_INVOKABLE void goBack();
+    Q_INVOKABLE void goBack(QObject* sender = nullptr);
     // Opens the level that LevelManager says comes next.
     void openCurrentLevel();
 
@@ -116,23 +170,52 @@ public:
     QRectF workViewFrame() const { return m_layout.workView; }
     QRectF solutionBarFrame() const { return m_layout.solutionBar; }
     bool canGoBack() const;
+    QString creditsText() const { return m_creditsText; }
+    QString skipsText() const { return m_skipsText; }
+    QString revealCostText() const { return QString::number(kRevealLetterCost); }
+    QString removeCostText() const { return QString::number(kRemoveLettersCost); }
+    QString screenshotTitleText() const { return QStringLiteral("لعبة %1").arg(QStringLiteral("طارفولين")); }
+    QString secondsText() const { return m_secondsText; }
+    double timeProgress() const { return m_timeProgress; }
+    bool timeViewsVisible() const { return m_timeViewsVisible; }
+    bool watchVideoButtonVisible() const { return m_watchVideoButtonVisible; }
+    bool shareRevealVisible() const { return m_shareRevealVisible; }
+    bool revealViewVisible() const { return m_revealViewVisible; }
+    QRectF revealButtonFrame() const { return m_layout.revealButton; }
+    QRectF removeButtonFrame() const { return m_layout.removeButton; }
 
 signals:
     void boardChanged();
     void solutionBarImageChanged();
     void helpPopupVisibleChanged();
+    void balancesChanged();
+    void timerViewsChanged();
+    void helpViewsChanged();
 
 private:
     void setSolutionBarImage(const QString& image);
     QRectF boxFrameInWorkView(qint64 box) const;
     LetterLabel* newPlaceholder();
     void dropBoard();
+    void setHelpViews(bool watchVideo, bool shareReveal, bool revealView);
+    qint64 nowSeconds() const;
+    // The level that follows in the same round, with its content.
+    GamePtr nextGameInRound() const;
 
     BoardLayout m_layout;
     QString m_gameNameText;
     QString m_levelText;
     QString m_solutionBarImage = QStringLiteral("bg_solution");
     bool m_helpPopupVisible = false;
+    QString m_creditsText;
+    QString m_skipsText;
+    QString m_secondsText;
+    double m_timeProgress = 1.0;
+    bool m_timeViewsVisible = true;
+    bool m_watchVideoButtonVisible = false;
+    bool m_shareRevealVisible = true;
+    bool m_revealViewVisible = false;
+    bool m_shareViewVisible = false;
     // Everything made for one level hangs here and goes with the next setupGameview.
     QObject* m_workView = nullptr;
     // Guards callbacks that outlive the controller or the board they were made for.

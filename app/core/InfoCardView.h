@@ -27,6 +27,18 @@ class InfoCardView : public QObject {
     Q_PROPERTY(bool hasPin MEMBER hasPin NOTIFY changed)
     Q_PROPERTY(QPointF pin MEMBER pin NOTIFY changed)
     Q_PROPERTY(bool mapAnimated MEMBER mapAnimated NOTIFY changed)
+    Q_PROPERTY(QString countryLabel MEMBER countryLabel NOTIFY changed)
+    Q_PROPERTY(QString establishedLabel MEMBER establishedLabel NOTIFY changed)
+    Q_PROPERTY(QString stadiumLabel MEMBER stadiumLabel NOTIFY changed)
+    Q_PROPERTY(QString titlesLabel MEMBER titlesLabel NOTIFY changed)
+    Q_PROPERTY(QString playersLabel MEMBER playersLabel NOTIFY changed)
+    Q_PROPERTY(QString managerLabel MEMBER managerLabel NOTIFY changed)
+    Q_PROPERTY(QString coachLabel MEMBER coachLabel NOTIFY changed)
+    Q_PROPERTY(QString directorLabel MEMBER directorLabel NOTIFY changed)
+    Q_PROPERTY(QString productionLabel MEMBER productionLabel NOTIFY changed)
+    Q_PROPERTY(QString firstShowLabel MEMBER firstShowLabel NOTIFY changed)
+    Q_PROPERTY(QString actorsLabel MEMBER actorsLabel NOTIFY changed)
+    Q_PROPERTY(QString storyLabel MEMBER storyLabel NOTIFY changed)
 public:
     static InfoCardView* initWithLevel(LevelInfoPtr level, QObject* parent = nullptr);
 

@@ -28,6 +28,9 @@ void Platform::install(Services services) {
     if (!services.device) {
         services.device = std::make_unique<Device>();
     }
+    if (!services.audio) {
+        services.audio = std::make_unique<QtAudio>();
+    }
     Q_ASSERT(services.userDefaults);
     slot().reset(new Platform(std::move(services)));
 }

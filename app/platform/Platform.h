@@ -2,6 +2,7 @@
 
 #include "Alerts.h"
 #include "Animator.h"
+#include "Audio.h"
 #include "Device.h"
 #include "Navigator.h"
 #include "NotificationCenter.h"
@@ -25,6 +26,7 @@ public:
         std::unique_ptr<Reachability> reachability;
         std::unique_ptr<Animator> animator;
         std::unique_ptr<Device> device;
+        std::unique_ptr<Audio> audio;
     };
 
     static void install(Services services);
@@ -39,6 +41,7 @@ public:
     Reachability& reachability() { return *m_services.reachability; }
     Animator& animator() { return *m_services.animator; }
     Device& device() { return *m_services.device; }
+    Audio& audio() { return *m_services.audio; }
     Alerts& alerts() { return m_alerts; }
     ProgressHud& progressHud() { return m_hud; }
     Navigator& navigator() { return *m_navigator; }

@@ -88,7 +88,7 @@ void Timer::fire() {
 
 void Timer::invalidate() {
     m_valid = false;
-    if (m_pending != 0) {
+    if (m_pending != 0 && Platform::isInstalled()) {
         Platform::shared().scheduler().cancel(m_pending);
         m_pending = 0;
     }

@@ -146,6 +146,11 @@ TEST_F(PackCheck, EveryPackHoldsARound) {
 }
 
 TEST_F(PackCheck, TextOutsideThePacksAndUnknownLinesAreReported) {
+    // A last "[pack=" with nothing after it is dropped by the game.
+    m_lines.append(QStringLiteral("[pack=2"));
+    expectFindings(check(QString()), {{78, W, "the game drops it"}});
+    m_lines.removeLast();
+
     insertLine(2, QStringLiteral("level=قطة"));
     expectFindings(check(), {{2, W, "before the first \"[pack=\""}});
     removeLines(2, 1);
@@ -154,6 +159,11 @@ TEST_F(PackCheck, TextOutsideThePacksAndUnknownLinesAreReported) {
     expectFindings(check(), {{decoyLine(2), W, "'other_leters=ثجحخدذرزس' is no field"},
                              {levelLine(2), E, "the tray gets 3 of its 12"}});
     setLine(decoyLine(2), QStringLiteral("other_letters=ثجحخدذرزس"));
+
+    // A comment is no field either, but says so.
+    insertLine(decoyLine(2) + 1, QStringLiteral("# the moon, full and new"));
+    expectFindings(check(), {});
+    removeLines(decoyLine(2) + 1, 1);
 
     insertLine(decoyLine(2) + 1, QStringLiteral("image=p02"));
     expectFindings(check(), {{decoyLine(2) + 1, W,

@@ -1,4 +1,4 @@
-#include "support.hpp"
+#include "support.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,10 @@ namespace {
 
 class AccountsTest : public ::testing::TestWithParam<std::string> {
 protected:
-    void SetUp() override { svc = std::make_unique<TestService>(GetParam()); }
+    void SetUp() override {
+        TARVOLIN_REQUIRE_BACKEND(GetParam());
+        svc = std::make_unique<TestService>(GetParam());
+    }
     Reply login(const std::string& name, const std::string& password) {
         return svc->http().post("/v1/sessions", json::object{{"displayName", name}, {"password", password}});
     }
@@ -21,7 +24,8 @@ protected:
 TEST_P(AccountsTest, SignUpLogInAndLogOut) {
     Account ali = svc->signUp("Ali", "sesame-open");
     EXPECT_EQ(ali.token.size(), 64u); // 256 bits
-    Reply dup = svc->http().post("/v1/accounts", json::object{{"displayName", "ALI"}, {"password", "whatever1"}});
+    Reply dup =
+        svc->http().post("/v1/accounts", json::object{{"displayName", "ALI"}, {"password", "whatever1"}});
     EXPECT_EQ(dup.status, 409u);
     EXPECT_EQ(dup.errorCode(), "name_taken");
 
@@ -43,17 +47,18 @@ TEST_P(AccountsTest, SignUpLogInAndLogOut) {
 
 TEST_P(AccountsTest, EveryRouteButSignUpAndLogInNeedsAValidToken) {
     Account ali = svc->signUp("Ali");
-    for (const auto& [method, path] : std::vector<std::pair<std::string, std::string>>{
-             {"GET", "/v1/players/me"},
-             {"GET", "/v1/players?ids=" + ali.id},
-             {"GET", "/v1/players/" + ali.id + "/photo"},
-             {"GET", "/v1/friends"},
-             {"GET", "/v1/friend-requests"},
-             {"POST", "/v1/friend-requests"},
-             {"POST", "/v1/leaderboard/scores"},
-             {"GET", "/v1/leaderboard"},
-             {"DELETE", "/v1/sessions/current"}}) {
-        for (const std::string& token : {std::string(), std::string(64, 'a'), ali.token + "0", std::string("x")}) {
+    for (const auto& [method, path] :
+         std::vector<std::pair<std::string, std::string>>{{"GET", "/v1/players/me"},
+                                                          {"GET", "/v1/players?ids=" + ali.id},
+                                                          {"GET", "/v1/players/" + ali.id + "/photo"},
+                                                          {"GET", "/v1/friends"},
+                                                          {"GET", "/v1/friend-requests"},
+                                                          {"POST", "/v1/friend-requests"},
+                                                          {"POST", "/v1/leaderboard/scores"},
+                                                          {"GET", "/v1/leaderboard"},
+                                                          {"DELETE", "/v1/sessions/current"}}) {
+        for (const std::string& token :
+             {std::string(), std::string(64, 'a'), ali.token + "0", std::string("x")}) {
             Reply r = svc->http().request(method, path, "{}", token);
             EXPECT_EQ(r.status, 401u) << method << " " << path << " with '" << token << "'";
             EXPECT_EQ(r.errorCode(), "unauthorized");

@@ -1,4 +1,4 @@
-#include "support.hpp"
+#include "support.h"
 
 #include <gtest/gtest.h>
 
@@ -10,14 +10,15 @@ namespace {
 class EventsTest : public ::testing::TestWithParam<std::string> {
 protected:
     void SetUp() override {
+        TARVOLIN_REQUIRE_BACKEND(GetParam());
         svc = std::make_unique<TestService>(GetParam());
         ali = svc->signUp("Ali");
         bader = svc->signUp("Bader");
         chadi = svc->signUp("Chadi");
     }
     std::string ask(const Account& from, const Account& to, const std::string& message) {
-        Reply r = svc->http().post("/v1/friend-requests", json::object{{"playerID", to.id}, {"message", message}},
-                                   from.token);
+        Reply r = svc->http().post("/v1/friend-requests",
+                                   json::object{{"playerID", to.id}, {"message", message}}, from.token);
         EXPECT_EQ(r.status, 201u) << r.body;
         return std::string(r.json.at("request").at("requestID").as_string());
     }
@@ -82,7 +83,8 @@ TEST_P(EventsTest, MissedEventsArriveInOrderAndAcknowledgedOnesNeverAgain) {
 
 TEST_P(EventsTest, AcceptanceReachesTheSenderAndEventsSurviveARestart) {
     std::string id = ask(ali, bader, "hi");
-    ASSERT_EQ(svc->http().post("/v1/friend-requests/" + id + "/accept", json::object{}, bader.token).status, 200u);
+    ASSERT_EQ(svc->http().post("/v1/friend-requests/" + id + "/accept", json::object{}, bader.token).status,
+              200u);
     svc->restart();
     WsClient ws(svc->port(), ali.token);
     auto got = ws.drain();

@@ -1,4 +1,4 @@
-#include "support.hpp"
+#include "support.h"
 
 #include <gtest/gtest.h>
 
@@ -10,14 +10,15 @@ namespace {
 class FriendsTest : public ::testing::TestWithParam<std::string> {
 protected:
     void SetUp() override {
+        TARVOLIN_REQUIRE_BACKEND(GetParam());
         svc = std::make_unique<TestService>(GetParam());
         ali = svc->signUp("Ali");
         bader = svc->signUp("Bader");
         chadi = svc->signUp("Chadi");
     }
     Reply ask(const Account& from, const Account& to, const std::string& message = "hello") {
-        return svc->http().post("/v1/friend-requests", json::object{{"playerID", to.id}, {"message", message}},
-                                from.token);
+        return svc->http().post("/v1/friend-requests",
+                                json::object{{"playerID", to.id}, {"message", message}}, from.token);
     }
     Reply answer(const std::string& requestId, const std::string& what, const Account& by) {
         return svc->http().post("/v1/friend-requests/" + requestId + "/" + what, json::object{}, by.token);
@@ -48,7 +49,11 @@ TEST_P(FriendsTest, RequestListAcceptAndBothSeeTheFriendship) {
     ASSERT_EQ(incoming.json.at("requests").as_array().size(), 1u);
     EXPECT_EQ(incoming.json.at("requests").at(0).at("message"), "نلعب؟");
     EXPECT_EQ(incoming.json.at("requests").at(0).at("from").at("displayName"), "Ali");
-    EXPECT_EQ(svc->http().get("/v1/friend-requests?direction=outgoing", ali.token).json.at("requests").as_array().size(),
+    EXPECT_EQ(svc->http()
+                  .get("/v1/friend-requests?direction=outgoing", ali.token)
+                  .json.at("requests")
+                  .as_array()
+                  .size(),
               1u);
     EXPECT_TRUE(svc->http().get("/v1/friend-requests", ali.token).json.at("requests").as_array().empty());
 
@@ -77,15 +82,17 @@ TEST_P(FriendsTest, OnlyTheReceiverAnswersAndOnlyOnce) {
     EXPECT_EQ(answer(id, "accept", bader).errorCode(), "request_not_pending");
     EXPECT_TRUE(friendNames(bader).empty());
     EXPECT_EQ(answer("Fnothing", "accept", bader).status, 404u);
-    EXPECT_EQ(svc->http().post("/v1/friend-requests/" + id + "/maybe", json::object{}, bader.token).status, 404u);
+    EXPECT_EQ(svc->http().post("/v1/friend-requests/" + id + "/maybe", json::object{}, bader.token).status,
+              404u);
     // After a refusal a new request may go out.
     EXPECT_EQ(ask(ali, bader).status, 201u);
 }
 
 TEST_P(FriendsTest, RefusedRequests) {
     EXPECT_EQ(ask(ali, ali).errorCode(), "cannot_befriend_self");
-    EXPECT_EQ(svc->http().post("/v1/friend-requests", json::object{{"playerID", "Tghost"}}, ali.token).errorCode(),
-              "player_not_found");
+    EXPECT_EQ(
+        svc->http().post("/v1/friend-requests", json::object{{"playerID", "Tghost"}}, ali.token).errorCode(),
+        "player_not_found");
     EXPECT_EQ(ask(ali, bader).status, 201u);
     EXPECT_EQ(ask(ali, bader).errorCode(), "already_requested");
     EXPECT_EQ(ask(bader, ali).errorCode(), "reverse_request_pending");
@@ -94,9 +101,11 @@ TEST_P(FriendsTest, RefusedRequests) {
     EXPECT_EQ(ask(ali, chadi, std::string(201, 'x')).errorCode(), "invalid_message");
     EXPECT_EQ(svc->http().post("/v1/friend-requests", json::object{{"playerID", 12}}, ali.token).errorCode(),
               "invalid_field");
-    EXPECT_EQ(svc->http().post("/v1/friend-requests", json::object{{"playerID", "../x"}}, ali.token).errorCode(),
-              "invalid_field");
-    EXPECT_EQ(svc->http().get("/v1/friend-requests?direction=sideways", ali.token).errorCode(), "invalid_parameter");
+    EXPECT_EQ(
+        svc->http().post("/v1/friend-requests", json::object{{"playerID", "../x"}}, ali.token).errorCode(),
+        "invalid_field");
+    EXPECT_EQ(svc->http().get("/v1/friend-requests?direction=sideways", ali.token).errorCode(),
+              "invalid_parameter");
     // Only the one good request is pending for Bader.
     EXPECT_EQ(svc->http().get("/v1/friend-requests", bader.token).json.at("requests").as_array().size(), 1u);
 }

@@ -1,4 +1,4 @@
-#include "support.hpp"
+#include "support.h"
 
 #include <gtest/gtest.h>
 
@@ -9,14 +9,20 @@ namespace {
 
 class LeaderboardTest : public ::testing::TestWithParam<std::string> {
 protected:
-    void SetUp() override { svc = std::make_unique<TestService>(GetParam()); }
+    void SetUp() override {
+        TARVOLIN_REQUIRE_BACKEND(GetParam());
+        svc = std::make_unique<TestService>(GetParam());
+    }
 
-    Reply load(const Account& a, const std::string& query) { return svc->http().get("/v1/leaderboard?" + query, a.token); }
+    Reply load(const Account& a, const std::string& query) {
+        return svc->http().get("/v1/leaderboard?" + query, a.token);
+    }
 
     static std::vector<std::pair<std::string, std::int64_t>> rows(const Reply& r) {
         std::vector<std::pair<std::string, std::int64_t>> out;
         for (const auto& s : r.json.at("scores").as_array()) {
-            out.emplace_back(std::string(s.at("player").at("displayName").as_string()), s.at("rank").as_int64());
+            out.emplace_back(std::string(s.at("player").at("displayName").as_string()),
+                             s.at("rank").as_int64());
         }
         return out;
     }
@@ -62,7 +68,8 @@ TEST_P(LeaderboardTest, RangesAndTheLocalPlayerOutsideThem) {
     EXPECT_EQ(rows(load(sixth, "from=6&count=100")), (Rows{{"Player5", 6}, {"Player6", 7}}));
     EXPECT_TRUE(rows(load(sixth, "from=8&count=5")).empty());
     EXPECT_EQ(load(sixth, "from=8").json.at("local").at("rank"), 6);
-    for (const char* bad : {"from=0", "from=-1", "count=0", "count=101", "from=x", "from=1.5", "scope=world"}) {
+    for (const char* bad :
+         {"from=0", "from=-1", "count=0", "count=101", "from=x", "from=1.5", "scope=world"}) {
         Reply r = load(sixth, bad);
         EXPECT_EQ(r.status, 400u) << bad;
         EXPECT_EQ(r.errorCode(), "invalid_parameter") << bad;
@@ -103,7 +110,8 @@ TEST_P(LeaderboardTest, FriendsScopeRanksAmongFriendsOnly) {
 }
 
 TEST_P(LeaderboardTest, ScoresOfChosenPlayersKeepTheirGlobalRanks) {
-    Account a = svc->signUp("Amal"), b = svc->signUp("Badr"), c = svc->signUp("Dana"), d = svc->signUp("Eyad");
+    Account a = svc->signUp("Amal"), b = svc->signUp("Badr"), c = svc->signUp("Dana"),
+            d = svc->signUp("Eyad");
     svc->report(a, 4);
     svc->report(b, 3);
     svc->report(c, 2);
@@ -121,8 +129,8 @@ TEST_P(LeaderboardTest, ReportsAreValidatedAndActOnlyForTheTokensPlayer) {
         EXPECT_EQ(r.status, 400u) << body;
     }
     // Naming another player in the body changes nothing: the token decides who reports.
-    Reply r = svc->http().request("POST", "/v1/leaderboard/scores", R"({"value":"-9","playerID":")" + a.id + "\"}",
-                                  b.token);
+    Reply r = svc->http().request("POST", "/v1/leaderboard/scores",
+                                  R"({"value":"-9","playerID":")" + a.id + "\"}", b.token);
     ASSERT_EQ(r.status, 200u);
     EXPECT_EQ(r.json.at("score").at("player").at("playerID"), b.id.c_str());
     Reply board = load(a, "");
@@ -147,7 +155,8 @@ TEST_P(LeaderboardTest, RestartKeepsAccountsFriendsScoresAndTies) {
     // A report after the restart still comes after earlier equals.
     svc->report(c, 70);
     EXPECT_EQ(rows(load(b, "")), (Rows{{"Badr", 1}, {"Amal", 2}, {"Dana", 3}}));
-    Reply in = svc->http().post("/v1/sessions", json::object{{"displayName", "dana"}, {"password", "correct horse"}});
+    Reply in = svc->http().post("/v1/sessions",
+                                json::object{{"displayName", "dana"}, {"password", "correct horse"}});
     EXPECT_EQ(in.status, 200u);
 }
 

@@ -1,4 +1,4 @@
-#include "logic/limits.hpp"
+#include "logic/limits.h"
 
 #include <gtest/gtest.h>
 

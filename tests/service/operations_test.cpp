@@ -1,4 +1,4 @@
-#include "support.hpp"
+#include "support.h"
 
 #include <gtest/gtest.h>
 
@@ -35,7 +35,8 @@ TEST(Operations, HealthMetricsAndTheSettingsRecord) {
     EXPECT_NE(m.find(R"(tarvolin_http_requests_total{route="/v1/players/me",method="GET",status="401"} 2)"),
               std::string::npos)
         << m;
-    EXPECT_NE(m.find(R"(tarvolin_http_request_duration_seconds_count{route="/healthz"} 1)"), std::string::npos);
+    EXPECT_NE(m.find(R"(tarvolin_http_request_duration_seconds_count{route="/healthz"} 1)"),
+              std::string::npos);
     EXPECT_NE(m.find(R"(tarvolin_http_request_duration_seconds_bucket{route="/healthz",le="+Inf"} 1)"),
               std::string::npos);
     EXPECT_NE(m.find("# TYPE tarvolin_http_request_duration_seconds histogram"), std::string::npos);
@@ -56,11 +57,13 @@ TEST(Operations, BadRequestsGetJsonErrorsAndTheConnectionGoesOn) {
 TEST(Operations, ATooLargeBodyIsRefusedAndNothingIsWritten) {
     TestService svc("sqlite");
     std::string name(20'000, 'x');
-    Reply r = svc.http().request("POST", "/v1/accounts", R"({"displayName":")" + name + R"(","password":"12345678"})");
+    Reply r = svc.http().request("POST", "/v1/accounts",
+                                 R"({"displayName":")" + name + R"(","password":"12345678"})");
     EXPECT_EQ(r.status, 413u);
     EXPECT_EQ(r.errorCode(), "body_too_large");
     HttpClient other(svc.port());
-    EXPECT_EQ(other.request("POST", "/v1/sessions", R"({"displayName":"x","password":"12345678"})").status, 401u);
+    EXPECT_EQ(other.request("POST", "/v1/sessions", R"({"displayName":"x","password":"12345678"})").status,
+              401u);
 }
 
 TEST(Operations, GarbageInsteadOfHttpIsAnsweredWithBadRequest) {

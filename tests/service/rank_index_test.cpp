@@ -1,4 +1,4 @@
-#include "logic/rank_index.hpp"
+#include "logic/rank_index.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "support.hpp"
+#include "support.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +14,7 @@ store::Credentials player(const std::string& id, const std::string& name) {
 class StoreTest : public ::testing::TestWithParam<std::string> {
 protected:
     void SetUp() override {
+        TARVOLIN_REQUIRE_BACKEND(GetParam());
         db = std::make_unique<TestDatabase>(GetParam());
         s = db->open();
         ASSERT_TRUE(s->createPlayer(player("A", "ali")));
@@ -24,7 +25,9 @@ protected:
     store::FriendRequest request(const std::string& id, const std::string& from, const std::string& to) {
         return store::FriendRequest{id, from, to, "let us play", "pending", 2000, std::nullopt};
     }
-    store::NewEvent event(const std::string& to) { return store::NewEvent{to, "friend_request", R"({"n":1})"}; }
+    store::NewEvent event(const std::string& to) {
+        return store::NewEvent{to, "friend_request", R"({"n":1})"};
+    }
 
     std::unique_ptr<TestDatabase> db;
     std::unique_ptr<store::Store> s;
@@ -91,7 +94,8 @@ TEST_P(StoreTest, AnsweringARequestIsForItsReceiverAndHappensOnce) {
     EXPECT_EQ(s->friendIds("B"), std::vector<std::string>{"A"});
     EXPECT_EQ(s->pendingEvents("A", 0, 10).size(), 1u);
     EXPECT_TRUE(s->incomingRequests("B").empty());
-    EXPECT_EQ(s->sendFriendRequest(request("r5", "B", "A"), event("A")), store::FriendRequestOutcome::AlreadyFriends);
+    EXPECT_EQ(s->sendFriendRequest(request("r5", "B", "A"), event("A")),
+              store::FriendRequestOutcome::AlreadyFriends);
 }
 
 TEST_P(StoreTest, DeclinedRequestsMakeNoFriendsAndMayBeSentAgain) {

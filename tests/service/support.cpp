@@ -1,4 +1,4 @@
-#include "support.hpp"
+#include "support.h"
 
 #include <boost/asio/connect.hpp>
 #include <boost/asio/ip/tcp.hpp>
@@ -39,14 +39,16 @@ const char* testDatabaseUrl() {
 } // namespace
 
 std::vector<std::string> backends() {
-    std::vector<std::string> out{"sqlite"};
-    if (testDatabaseUrl()) {
-        out.emplace_back("postgresql");
-    }
-    return out;
+    return {"sqlite", "postgresql"};
 }
 
-std::string backendName(const ::testing::TestParamInfo<std::string>& info) { return info.param; }
+bool backendAvailable(const std::string& backend) {
+    return backend == "sqlite" || testDatabaseUrl() != nullptr;
+}
+
+std::string backendName(const ::testing::TestParamInfo<std::string>& info) {
+    return info.param;
+}
 
 TestDatabase::TestDatabase(std::string backend) : backend_(std::move(backend)) {
     if (backend_ == "sqlite") {
@@ -91,7 +93,9 @@ HttpClient::HttpClient(unsigned short port) : port_(port), stream_(io_) {
     stream_.connect(tcp::endpoint(asio::ip::make_address("127.0.0.1"), port_));
 }
 
-bool HttpClient::connected() const { return stream_.socket().is_open(); }
+bool HttpClient::connected() const {
+    return stream_.socket().is_open();
+}
 
 Reply HttpClient::request(const std::string& method, const std::string& target, const std::string& body,
                           const std::string& token) {
@@ -149,13 +153,16 @@ Reply HttpClient::readReply() {
 
 WsClient::WsClient(unsigned short port, const std::string& token) : ws_(io_) {
     beast::get_lowest_layer(ws_).connect(tcp::endpoint(asio::ip::make_address("127.0.0.1"), port));
-    ws_.set_option(beast::websocket::stream_base::decorator(
-        [token](beast::websocket::request_type& req) { req.set(http::field::authorization, "Bearer " + token); }));
+    ws_.set_option(beast::websocket::stream_base::decorator([token](beast::websocket::request_type& req) {
+        req.set(http::field::authorization, "Bearer " + token);
+    }));
     ws_.handshake("127.0.0.1", "/v1/events");
     open_ = true;
 }
 
-WsClient::~WsClient() { close(); }
+WsClient::~WsClient() {
+    close();
+}
 
 std::optional<json::value> WsClient::next() {
     std::optional<json::value> out;
@@ -180,7 +187,9 @@ std::optional<json::value> WsClient::next() {
     return out;
 }
 
-void WsClient::send(const json::value& v) { ws_.write(asio::buffer(json::serialize(v))); }
+void WsClient::send(const json::value& v) {
+    ws_.write(asio::buffer(json::serialize(v)));
+}
 
 std::vector<json::value> WsClient::drain() {
     send(json::object{{"type", "ping"}});
@@ -211,8 +220,10 @@ unsigned wsHandshakeStatus(unsigned short port, const std::string& target, const
     beast::websocket::stream<beast::tcp_stream> ws(io);
     beast::get_lowest_layer(ws).connect(tcp::endpoint(asio::ip::make_address("127.0.0.1"), port));
     if (!authorization.empty()) {
-        ws.set_option(beast::websocket::stream_base::decorator(
-            [authorization](beast::websocket::request_type& req) { req.set(http::field::authorization, authorization); }));
+        ws.set_option(
+            beast::websocket::stream_base::decorator([authorization](beast::websocket::request_type& req) {
+                req.set(http::field::authorization, authorization);
+            }));
     }
     beast::websocket::response_type res;
     beast::error_code ec;
@@ -221,12 +232,17 @@ unsigned wsHandshakeStatus(unsigned short port, const std::string& target, const
 }
 
 TestService::TestService(const std::string& backend, net::ApiConfig config)
-    : db_(backend), config_(std::move(config)), clockRef_(std::make_shared<std::atomic<std::int64_t>>(1'800'000'000'000)),
-      clock_(*clockRef_) {
+    : TestService(std::make_shared<TestDatabase>(backend), std::move(config)) {}
+
+TestService::TestService(std::shared_ptr<TestDatabase> db, net::ApiConfig config)
+    : db_(std::move(db)), config_(std::move(config)),
+      clockRef_(std::make_shared<std::atomic<std::int64_t>>(1'800'000'000'000)), clock_(*clockRef_) {
     start();
 }
 
-TestService::~TestService() { stop(); }
+TestService::~TestService() {
+    stop();
+}
 
 net::ApiConfig TestService::fastConfig() {
     net::ApiConfig c;
@@ -238,9 +254,10 @@ net::ApiConfig TestService::fastConfig() {
 }
 
 void TestService::start() {
-    store_ = db_.open();
+    store_ = db_->open();
     auto clock = clockRef_;
     api_ = std::make_unique<net::Api>(*store_, config_, [clock] { return clock->load(); });
+    api_->watchOtherInstances();
     api_->loadLeaderboard();
     net::ServerConfig sc;
     sc.address = "127.0.0.1";
@@ -280,7 +297,8 @@ Account TestService::signUp(const std::string& name, const std::string& password
 
 json::object TestService::report(const Account& a, std::int64_t value, std::int64_t context) {
     advance(1); // reports come one after the other
-    Reply r = http().post("/v1/leaderboard/scores", json::object{{"value", value}, {"context", context}}, a.token);
+    Reply r =
+        http().post("/v1/leaderboard/scores", json::object{{"value", value}, {"context", context}}, a.token);
     if (r.status != 200) {
         throw std::runtime_error("report failed: " + r.body);
     }
@@ -288,7 +306,8 @@ json::object TestService::report(const Account& a, std::int64_t value, std::int6
 }
 
 void TestService::befriend(const Account& a, const Account& b) {
-    Reply sent = http().post("/v1/friend-requests", json::object{{"playerID", b.id}, {"message", "hi"}}, a.token);
+    Reply sent =
+        http().post("/v1/friend-requests", json::object{{"playerID", b.id}, {"message", "hi"}}, a.token);
     if (sent.status != 201) {
         throw std::runtime_error("friend request failed: " + sent.body);
     }

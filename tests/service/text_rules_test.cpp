@@ -1,4 +1,4 @@
-#include "logic/text_rules.hpp"
+#include "logic/text_rules.h"
 
 #include <gtest/gtest.h>
 

@@ -75,12 +75,20 @@ TestPlatform::TestPlatform(Device::Class device) : m_device(device) {
     install();
 }
 
-TestPlatform::~TestPlatform() {
-    SharedInstances::resetAll();
-    Platform::uninstall();
+namespace {
+// Screens let go of by the navigator are deleted later; they go while the platform they use is still there.
+void flushDeletes() {
     if (QCoreApplication::instance()) {
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
+}
+} // namespace
+
+TestPlatform::~TestPlatform() {
+    flushDeletes();
+    Platform::uninstall();
+    SharedInstances::resetAll();
+    flushDeletes();
 }
 
 void TestPlatform::install() {
@@ -101,10 +109,9 @@ void TestPlatform::install() {
 }
 
 void TestPlatform::restart() {
-    SharedInstances::resetAll();
+    flushDeletes();
     Platform::uninstall();
-    if (QCoreApplication::instance()) {
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
+    SharedInstances::resetAll();
+    flushDeletes();
     install();
 }

@@ -2,10 +2,10 @@
 // and small HTTP and WebSocket clients.
 #pragma once
 
-#include "net/api.hpp"
-#include "net/log.hpp"
-#include "net/server.hpp"
-#include "store/store.hpp"
+#include "net/api.h"
+#include "net/log.h"
+#include "net/server.h"
+#include "store/store.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
@@ -25,8 +25,17 @@
 
 namespace tarvolin::testing {
 
-// "sqlite" always, and "postgresql" when TARVOLIN_TEST_DATABASE is set.
+// "sqlite" and "postgresql"; the second runs only when TARVOLIN_TEST_DATABASE names a database.
 std::vector<std::string> backends();
+bool backendAvailable(const std::string& backend);
+
+// Skips the running test when its backend is not available.
+#define TARVOLIN_REQUIRE_BACKEND(backend)                                                                    \
+    do {                                                                                                     \
+        if (!::tarvolin::testing::backendAvailable(backend)) {                                               \
+            GTEST_SKIP() << "TARVOLIN_TEST_DATABASE is not set";                                             \
+        }                                                                                                    \
+    } while (false)
 
 // A database of its own for one test, removed at the end; open() may be called again to reopen it.
 class TestDatabase {
@@ -58,7 +67,9 @@ public:
     explicit HttpClient(unsigned short port);
     Reply request(const std::string& method, const std::string& target, const std::string& body = {},
                   const std::string& token = {});
-    Reply get(const std::string& target, const std::string& token) { return request("GET", target, {}, token); }
+    Reply get(const std::string& target, const std::string& token) {
+        return request("GET", target, {}, token);
+    }
     Reply post(const std::string& target, const boost::json::value& body, const std::string& token = {}) {
         return request("POST", target, boost::json::serialize(body), token);
     }
@@ -107,6 +118,8 @@ struct Account {
 class TestService {
 public:
     explicit TestService(const std::string& backend, net::ApiConfig config = fastConfig());
+    // A further instance on the database of another.
+    explicit TestService(std::shared_ptr<TestDatabase> db, net::ApiConfig config = fastConfig());
     ~TestService();
 
     static net::ApiConfig fastConfig();
@@ -124,12 +137,13 @@ public:
 
     // Stops everything and starts again on the same database.
     void restart();
+    std::shared_ptr<TestDatabase> database() const { return db_; }
 
 private:
     void start();
     void stop();
 
-    TestDatabase db_;
+    std::shared_ptr<TestDatabase> db_;
     net::ApiConfig config_;
     std::shared_ptr<std::atomic<std::int64_t>> clockRef_;
     std::atomic<std::int64_t>& clock_;

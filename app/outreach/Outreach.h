@@ -1,0 +1,84 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <functional>
+
+class ViewController;
+
+inline const QString kNotificationVideoAdLoaded = QStringLiteral("kNotificationVideoAdLoaded");
+inline const QString kNotificationVideoAdFailedToLoad = QStringLiteral("kNotificationVideoAdFailedToLoad");
+inline const QString NotificationVideoWatched = QStringLiteral("NotificationVideoWatched");
+
+// What the play screen asks of the ad kit.
+class AdPacing {
+public:
+    virtual ~AdPacing() = default;
+    virtual bool areInAppsPurchased() const = 0;
+    virtual bool hasNormalInterstitial() const = 0;
+    virtual bool isPreviousLoadAdFinished() const = 0;
+    virtual void preloadAdmobAdAtTheRightTime() = 0;
+    virtual bool hasRewardedInterstitial() const = 0;
+    virtual bool isPreviousLoadRewardedVideoFinished() const = 0;
+    virtual void preloadAdmobVideoAdAtTheRightTime() = 0;
+    virtual void displayAdmobVideoAd() = 0;
+    virtual qint64 getProperPercentToShowSpecialAdmobAd() const = 0;
+    virtual bool isAddCurrentlyDisplaying() const = 0;
+    virtual void increaseActionCount() = 0;
+};
+
+// Sharing to other apps: the completion names the activity the player chose (empty when cancelled).
+class Sharing {
+public:
+    virtual ~Sharing() = default;
+    virtual void
+    shareContentOnViewControllerOnCompletion(const QStringList& items, const QString& imagePath,
+                                             ViewController* screen,
+                                             std::function<void(const QString& activity)> done) = 0;
+    virtual qint64 levelsShared() const = 0;
+    virtual void incrementLevelsShared() = 0;
+    virtual QString appStoreLink() const = 0;
+};
+
+// Local notifications, for the wait option.
+class Reminders {
+public:
+    virtual ~Reminders() = default;
+    virtual bool areNotificationsAllowed() const = 0;
+    virtual void enableNotificationPermissions() = 0;
+    virtual bool isWaitNotificationIsScheduled() const = 0;
+    virtual void scheduleNotificationWithDelay(const QString& text, qint64 minutes) = 0;
+    virtual qint64 currentWaitMinutes() const = 0;
+    virtual void setCurrentWaitMinutes(qint64 minutes) = 0;
+};
+
+// The session's counts that the play screen reads.
+class Sessions {
+public:
+    virtual ~Sessions() = default;
+    virtual qint64 activeSessions() const = 0;
+    virtual qint64 videoRewardsCount() const = 0;
+    virtual void setVideoRewardsCount(qint64 count) = 0;
+};
+
+// The store screen.
+class Store {
+public:
+    virtual ~Store() = default;
+    virtual void openInAppStore(ViewController* presenting) = 0;
+};
+
+// The managers behind ads, sharing, reminders, sessions and the store register here when they start; while
+// one is missing, the features that need it tell the player they are not available.
+class Outreach {
+public:
+    static AdPacing* ads;
+    static Sharing* sharing;
+    static Reminders* reminders;
+    static Sessions* sessions;
+    static Store* store;
+    static void clear();
+
+    static inline const QString kUnavailableTitle = QStringLiteral("غير متوفر حاليا");
+    static void showUnavailable(const QString& what);
+};
