@@ -1,6 +1,10 @@
 #include "Application.h"
 
+#include "core/LevelManager.h"
 #include "platform/Platform.h"
+#include "screens/LevelSelectorViewController.h"
+#include "screens/MainViewController.h"
+#include "screens/RoundSelectorViewController.h"
 #include "screens/ImageUtil.h"
 #include "screens/Screens.h"
 
@@ -52,7 +56,10 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
     const QCommandLineOption dataDir(
         QStringLiteral("data-dir"),
         QStringLiteral("Keep profiles under DIR instead of the user's data folder."), QStringLiteral("DIR"));
-    parser.addOptions({profile, screenshot, service, device, offline, dataDir});
+    const QCommandLineOption open(QStringLiteral("open"),
+                                  QStringLiteral("Go on from the main screen to SCREEN: rounds, levels or play."),
+                                  QStringLiteral("SCREEN"));
+    parser.addOptions({profile, screenshot, service, device, offline, dataDir, open});
 
     QTextStream err(stderr);
     if (!parser.parse(arguments)) {
@@ -82,6 +89,12 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
     options->service = parser.value(service);
     options->offline = parser.isSet(offline);
     options->profileRoot = parser.value(dataDir);
+    options->open = parser.value(open);
+    if (!options->open.isEmpty() && !QStringList{"rounds", "levels", "play"}.contains(options->open)) {
+        err << "Unknown screen \"" << options->open << "\": use rounds, levels or play.\n";
+        *exitCode = 2;
+        return false;
+    }
     if (parser.isSet(device)) {
         Device::Class cls;
         if (!Device::parse(parser.value(device), &cls)) {
@@ -171,6 +184,9 @@ bool Application::start() {
 
     m_delegate.applicationDidFinishLaunchingWithOptions({});
 
+    if (!m_options.open.isEmpty()) {
+        openScreen(m_options.open);
+    }
     m_engine = createGameEngine();
     if (!m_engine) {
         qCritical("The game's window could not be created.");
@@ -187,6 +203,26 @@ bool Application::start() {
         scheduleScreenshot();
     }
     return true;
+}
+
+void Application::openScreen(const QString& which) {
+    auto& nav = Platform::shared().navigator();
+    auto* main = qobject_cast<MainViewController*>(nav.topViewController());
+    if (!main) {
+        return;
+    }
+    main->startAction();
+    auto* rounds = qobject_cast<RoundSelectorViewController*>(nav.topViewController());
+    if (which == QLatin1String("rounds") || !rounds) {
+        return;
+    }
+    const qint64 level = LevelManager::sharedInstance().currentLevel();
+    rounds->tableViewDidSelectRowAtIndexPath(static_cast<int>(std::min(level / 25, rounds->tableViewNumberOfRowsInSection() - 1)));
+    auto* levels = qobject_cast<LevelSelectorViewController*>(nav.topViewController());
+    if (which == QLatin1String("levels") || !levels) {
+        return;
+    }
+    levels->collectionViewDidSelectItemAtIndexPath(static_cast<int>(level % 25));
 }
 
 QQuickWindow* Application::window() const {

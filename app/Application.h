@@ -19,6 +19,7 @@ public:
         QString service;
         QString device;
         bool offline = false;
+        QString open; // rounds, levels or play: the screen to go to from the main screen
     };
 
     // Parses the command line; on --help or a bad option prints and returns false with the exit code set.
@@ -39,6 +40,8 @@ public:
 
 private:
     void scheduleScreenshot();
+    // Goes from the main screen to the rounds, the current round's levels or the current level, as taps would.
+    void openScreen(const QString& which);
 
     Options m_options;
     AppDelegate m_delegate;

@@ -1,13 +1,11 @@
 #include "AppDelegate.h"
 
-#include "GameViewController.h"
-#include "LevelManager.h"
 #include "platform/Platform.h"
 #include "screens/Util.h"
 
 ViewController* AppDelegate::instantiateInitialViewController() {
     return Platform::shared().navigator().instantiateViewControllerWithIdentifier(
-        QStringLiteral("GameViewController"));
+        QStringLiteral("MainViewController"));
 }
 
 bool AppDelegate::applicationDidFinishLaunchingWithOptions(const QVariantMap& /*launchOptions*/) {
@@ -15,14 +13,7 @@ bool AppDelegate::applicationDidFinishLaunchingWithOptions(const QVariantMap& /*
 
     // The first screen exists before anything below runs.
     if (auto* root = instantiateInitialViewController()) {
-        if (auto* play = qobject_cast<GameViewController*>(root)) {
-            // Restores the player's position: the level that comes next.
-            LevelManager::sharedInstance();
-            platform.navigator().setRootViewController(play);
-            play->openCurrentLevel();
-        } else {
-            platform.navigator().setRootViewController(root);
-        }
+        platform.navigator().setRootViewController(root);
     }
 
     platform.reachability().startNotifier();

@@ -11,7 +11,7 @@ public:
     static inline const QString kLaunchOptionsLocalNotificationKey =
         QStringLiteral("UIApplicationLaunchOptionsLocalNotificationKey");
 
-    // The first screen: the play screen of the player's current level.
+    // The first screen: the main screen.
     static ViewController* instantiateInitialViewController();
 
     bool applicationDidFinishLaunchingWithOptions(const QVariantMap& launchOptions);

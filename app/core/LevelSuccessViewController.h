@@ -25,7 +25,19 @@ public:
     qint64 credits = 0;
     QPointer<GameViewController> playScreen;
 
-    Q_INVOKABLE void nextAction();
+    Q_PROPERTY(QString creditsText READ creditsText CONSTANT)
+    Q_PROPERTY(QString pointsText READ pointsText CONSTANT)
+    Q_PROPERTY(QString totalPointsText READ totalPointsText CONSTANT)
+public:
+    // The next button: on to the next level (type 0), or back to the levels of the round.
+    Q_INVOKABLE void nextLevelAction();
+    // The menu button: back to the round selector, whatever the type.
+    Q_INVOKABLE void goHomeAction();
+    void goBackToLevelsSelectorViewController();
+
+    QString creditsText() const { return QString::number(credits); }
+    QString pointsText() const { return QString::number(rewardedPoints); }
+    QString totalPointsText() const;
 
     int typeValue() const { return type; }
     QString solutionText() const;

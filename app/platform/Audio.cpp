@@ -1,6 +1,8 @@
 #include "Audio.h"
 
+#include <QAudioDevice>
 #include <QFile>
+#include <QMediaDevices>
 #include <QSoundEffect>
 #include <QUrl>
 
@@ -24,8 +26,31 @@ public:
 private:
     QSoundEffect m_effect;
 };
+// Without an audio output every effect stays silent, and says so once instead of at each load.
+class SilentPlayer : public AudioPlayer {
+public:
+    void prepareToPlay() override {}
+    void setNumberOfLoops(int) override {}
+    void setVolume(float volume) override { m_volume = volume; }
+    float volume() const override { return m_volume; }
+    void play() override {}
+    bool isPlaying() const override { return false; }
+
+private:
+    float m_volume = 1.0f;
+};
 } // namespace
 
 std::unique_ptr<AudioPlayer> QtAudio::createPlayer(const QString& path) {
+    static const bool hasOutput = [] {
+        const bool found = !QMediaDevices::defaultAudioOutput().isNull();
+        if (!found) {
+            qInfo("No audio output was found: the game plays without sound.");
+        }
+        return found;
+    }();
+    if (!hasOutput) {
+        return std::make_unique<SilentPlayer>();
+    }
     return std::make_unique<SoundEffectPlayer>(path);
 }

@@ -60,6 +60,12 @@ void Navigator::popToRootViewController() {
     }
 }
 
+void Navigator::popToViewControllerAtIndex(int index) {
+    while (index >= 0 && static_cast<int>(m_stack.size()) > index + 1) {
+        popViewController();
+    }
+}
+
 void Navigator::presentViewController(ViewController* controller) {
     m_presented.push_back(controller);
     controller->viewDidLoad();

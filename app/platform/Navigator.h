@@ -29,6 +29,8 @@ public:
     // Pops the top screen (never the root); false when only the root is left.
     Q_INVOKABLE bool popViewController();
     void popToRootViewController();
+    // Pops until the screen at `index` of the stack is on top; nothing when the stack is not that deep.
+    void popToViewControllerAtIndex(int index);
     void presentViewController(ViewController* controller);
     // Dismisses the topmost presented controller.
     Q_INVOKABLE void dismissViewController();

@@ -2,8 +2,8 @@ import QtQuick
 import "components"
 
 // The info card of a level's answer: a title band, a world map framed on the card's region (with a pin on a
-// city), the rows of facts that have a value, the price comparison and the numbered facts. Laid out from the
-// start edge, so that the window's layout mirroring puts it right to left.
+// city), the rows that have a value, the price comparison and the numbered facts. Laid out from the start
+// edge, so that the window's layout mirroring puts it right to left.
 Item {
     id: view
     property QtObject card
@@ -12,19 +12,20 @@ Item {
     implicitWidth: 375
     implicitHeight: 667
 
-    readonly property color seaColor: "#a7d3ee"
-    readonly property color captionColor: "#8a6a2a"
-    readonly property color rowTint: "#f6ead0"
     readonly property bool hasMap: card !== null && card.mapSpan.x > 0 && card.mapSpan.y > 0
 
-    // A caption and its value; hidden while the value is empty.
+    // A caption and its value, with an optional coloured badge after the value; no height while the value is
+    // empty.
     component InfoRow: Item {
         id: row
         property string caption
         property string value
-        visible: value !== ""
+        property string badgeText
+        property color badgeColor: Theme.ink
+        readonly property bool shown: value !== ""
+        visible: shown
         width: parent ? parent.width : 0
-        height: visible ? Math.max(captionText.implicitHeight, valueText.implicitHeight) + 16 : 0
+        height: shown ? Math.max(captionText.implicitHeight, values.height) + 16 : 0
 
         Text {
             id: captionText
@@ -36,21 +37,45 @@ Item {
             font.family: Theme.fontFamily
             font.pixelSize: 13
             font.bold: true
-            color: view.captionColor
+            color: "#8a6a2a"
             horizontalAlignment: Text.AlignLeft
         }
-        Text {
-            id: valueText
+        Flow {
+            id: values
             anchors.left: captionText.right
             anchors.right: parent.right
             anchors.rightMargin: 14
             anchors.verticalCenter: parent.verticalCenter
-            text: row.value
-            font.family: Theme.fontFamily
-            font.pixelSize: 14
-            color: Theme.ink
-            wrapMode: Text.Wrap
-            horizontalAlignment: Text.AlignLeft
+            spacing: 10
+            Text {
+                objectName: row.objectName + "Value"
+                width: Math.min(implicitWidth, values.width)
+                text: row.value
+                font.family: Theme.fontFamily
+                font.pixelSize: 14
+                color: Theme.ink
+                wrapMode: Text.Wrap
+                horizontalAlignment: Text.AlignLeft
+            }
+            Rectangle {
+                visible: row.badgeText !== ""
+                width: badge.implicitWidth + 18
+                height: badge.implicitHeight + 4
+                radius: height / 2
+                color: Qt.rgba(row.badgeColor.r, row.badgeColor.g, row.badgeColor.b, 0.12)
+                border.color: row.badgeColor
+                border.width: 1
+                Text {
+                    id: badge
+                    objectName: row.objectName + "Badge"
+                    anchors.centerIn: parent
+                    text: row.badgeText
+                    font.family: Theme.fontFamily
+                    font.pixelSize: 13
+                    font.bold: true
+                    color: row.badgeColor
+                }
+            }
         }
         Rectangle {
             anchors.left: parent.left
@@ -60,6 +85,118 @@ Item {
             anchors.rightMargin: 12
             height: 1
             color: "#e6d5ae"
+        }
+    }
+
+    // A pin whose point is the item's origin; the mark stands above it and can drop in from higher up.
+    component Pin: Item {
+        id: pin
+        property real lift: 0
+        function drop() { dropAnimation.restart() }
+
+        Rectangle {
+            x: -9
+            y: -3
+            width: 18
+            height: 6
+            radius: 3
+            color: "#000000"
+            opacity: 0.3 * (1 + pin.lift / 80)
+        }
+        // A circle and one square quarter, turned so that the square corner points down.
+        Item {
+            readonly property real size: 24
+            width: size
+            height: size
+            x: -size / 2
+            y: -size / 2 - size / Math.SQRT2 + pin.lift
+            rotation: 45
+            Rectangle {
+                anchors.fill: parent
+                radius: width / 2
+                color: Theme.red
+                border.color: "#ffffff"
+                border.width: 2
+            }
+            Rectangle {
+                x: parent.width / 2
+                y: parent.height / 2
+                width: parent.width / 2
+                height: parent.height / 2
+                color: Theme.red
+            }
+            Rectangle {
+                anchors.centerIn: parent
+                width: 9
+                height: 9
+                radius: 4.5
+                color: "#ffffff"
+            }
+        }
+        NumberAnimation {
+            id: dropAnimation
+            target: pin
+            property: "lift"
+            from: -70
+            to: 0
+            duration: 700
+            easing.type: Easing.OutBounce
+        }
+    }
+
+    // The world picture framed on a region: `span` (latitude, longitude degrees) around `center` fills the
+    // item, never closer than `narrowestWindow` degrees nor farther than the whole world, and the window stays
+    // inside the world. xOf() and yOf() place a longitude and a latitude in the item.
+    component WorldMap: Item {
+        id: map
+        property point center
+        property point span: Qt.point(180, 360)
+        // A window narrower than this would show a blank patch of land or sea.
+        property real narrowestWindow: 4
+        clip: true
+
+        readonly property real wanted: Math.min(width / span.y, height / span.x)
+        readonly property real closest: Math.min(width, height) / narrowestWindow
+        readonly property real farthest: Math.max(width / 360, height / 180)
+        // A whole, even number of pixels for the width of the world.
+        readonly property int worldWidth: 2 * Math.ceil(180 * Math.max(farthest, Math.min(wanted, closest)))
+        readonly property real pixelsPerDegree: worldWidth / 360
+        // The window's top-left corner in the world picture.
+        readonly property int originX: Math.round(Math.max(0, Math.min(worldWidth - width,
+                                                                      (center.y + 180) * pixelsPerDegree - width / 2)))
+        readonly property int originY: Math.round(Math.max(0, Math.min(worldWidth / 2 - height,
+                                                                      (90 - center.x) * pixelsPerDegree - height / 2)))
+        readonly property rect window: Qt.rect(originX, originY, width, height)
+
+        function xOf(lon) { return (lon + 180) * pixelsPerDegree - originX }
+        function yOf(lat) { return (90 - lat) * pixelsPerDegree - originY }
+
+        // Only the window is drawn, once its numbers have settled: the whole world at this scale would not fit
+        // in memory.
+        onWindowChanged: Qt.callLater(drawWorld)
+        onWorldWidthChanged: Qt.callLater(drawWorld)
+        function drawWorld() {
+            world.source = ""
+            if (width < 1 || height < 1) {
+                return
+            }
+            world.sourceSize = Qt.size(worldWidth, worldWidth / 2)
+            world.sourceClipRect = window
+            world.source = Theme.image("worldmap")
+        }
+
+        // The map's sea, shown until the picture is drawn.
+        Rectangle {
+            anchors.fill: parent
+            color: "#a7d3ee"
+        }
+        Image {
+            id: world
+            objectName: "worldMap"
+            width: map.width
+            height: map.height
+            asynchronous: true
+            smooth: true
         }
     }
 
@@ -121,7 +258,7 @@ Item {
                 Text {
                     objectName: "cardTitle"
                     width: parent.width
-                    text: view.card && view.card.countryLabel !== "" ? view.card.countryLabel : "بطاقة المعلومات"
+                    text: card && card.countryLabel !== "" ? card.countryLabel : "بطاقة المعلومات"
                     font.family: Theme.fontFamily
                     font.pixelSize: 20
                     font.bold: true
@@ -131,7 +268,7 @@ Item {
                 }
                 Text {
                     width: parent.width
-                    visible: view.card !== null && view.card.countryLabel !== ""
+                    visible: card !== null && card.countryLabel !== ""
                     text: "بطاقة المعلومات"
                     font.family: Theme.fontFamily
                     font.pixelSize: 12
@@ -189,118 +326,29 @@ Item {
                 width: scroller.width - 32
                 spacing: 14
 
-                // The map: the card's region fills the frame.
                 Item {
                     id: mapFrame
                     objectName: "mapFrame"
                     visible: view.hasMap
                     width: parent.width
-                    height: visible ? Math.round(width * 0.58) : 0
+                    height: view.hasMap ? Math.round(width * 0.58) : 0
 
-                    Item {
+                    WorldMap {
                         id: map
                         objectName: "mapView"
                         anchors.fill: parent
-                        clip: true
+                        visible: view.hasMap
+                        center: view.hasMap ? view.card.mapCenter : Qt.point(0, 0)
+                        span: view.hasMap ? view.card.mapSpan : Qt.point(180, 360)
 
-                        // A window narrower than this many degrees would show a blank patch of land or sea.
-                        readonly property real narrowestWindow: 4
-                        readonly property real latSpan: view.hasMap ? view.card.mapSpan.x : 180
-                        readonly property real lonSpan: view.hasMap ? view.card.mapSpan.y : 360
-                        readonly property real wanted: Math.min(width / lonSpan, height / latSpan)
-                        readonly property real closest: Math.min(width, height) / narrowestWindow
-                        readonly property real farthest: Math.max(width / 360, height / 180)
-                        // Pixels a degree, a whole number of pixels for the width of the world.
-                        readonly property int worldWidth:
-                            2 * Math.ceil(180 * Math.max(farthest, Math.min(wanted, closest)))
-                        readonly property real pixelsPerDegree: worldWidth / 360
-                        readonly property real centerLat: view.hasMap ? view.card.mapCenter.x : 0
-                        readonly property real centerLon: view.hasMap ? view.card.mapCenter.y : 0
-                        // The window's top-left corner in the world picture, kept inside the world.
-                        readonly property int originX: Math.round(Math.max(0, Math.min(worldWidth - width,
-                                                                  (centerLon + 180) * pixelsPerDegree - width / 2)))
-                        readonly property int originY: Math.round(Math.max(0, Math.min(worldWidth / 2 - height,
-                                                                  (90 - centerLat) * pixelsPerDegree - height / 2)))
-
-                        function xOf(lon) { return (lon + 180) * pixelsPerDegree - originX }
-                        function yOf(lat) { return (90 - lat) * pixelsPerDegree - originY }
-
-                        Rectangle {
-                            anchors.fill: parent
-                            color: view.seaColor
-                        }
-                        Image {
-                            id: world
-                            objectName: "worldMap"
-                            width: map.width
-                            height: map.height
-                            source: view.hasMap && map.width > 0 && map.height > 0 ? Theme.image("worldmap") : ""
-                            sourceSize: Qt.size(map.worldWidth, map.worldWidth / 2)
-                            sourceClipRect: Qt.rect(map.originX, map.originY, map.width, map.height)
-                            smooth: true
-                        }
-
-                        // The pin's point is the item's origin; the mark stands above it.
-                        Item {
+                        Pin {
                             id: pin
                             objectName: "mapPin"
                             visible: view.hasMap && view.card.hasPin
                             x: view.hasMap ? map.xOf(view.card.pin.y) : 0
                             y: view.hasMap ? map.yOf(view.card.pin.x) : 0
-                            property real lift: 0
-
-                            Rectangle {
-                                x: -9
-                                y: -3
-                                width: 18
-                                height: 6
-                                radius: 3
-                                color: "#000000"
-                                opacity: 0.3 * (1 + pin.lift / 80)
-                            }
-                            Item {
-                                id: mark
-                                readonly property real size: 24
-                                width: size
-                                height: size
-                                x: -size / 2
-                                y: -size / 2 - size / Math.SQRT2 + pin.lift
-                                rotation: 45
-                                Rectangle {
-                                    anchors.fill: parent
-                                    radius: width / 2
-                                    color: Theme.red
-                                    border.color: "#ffffff"
-                                    border.width: 2
-                                }
-                                // Fills the corner that turns into the point, over the circle's border.
-                                Rectangle {
-                                    x: parent.width / 2
-                                    y: parent.height / 2
-                                    width: parent.width / 2
-                                    height: parent.height / 2
-                                    color: Theme.red
-                                }
-                                Rectangle {
-                                    anchors.centerIn: parent
-                                    width: 9
-                                    height: 9
-                                    radius: 4.5
-                                    color: "#ffffff"
-                                }
-                            }
-                            NumberAnimation {
-                                id: dropAnimation
-                                target: pin
-                                property: "lift"
-                                from: -70
-                                to: 0
-                                duration: 700
-                                easing.type: Easing.OutBounce
-                            }
                         }
                     }
-
                     // Rounds the frame's corners: a paper-coloured ring whose inner edge is the frame.
                     Rectangle {
                         anchors.fill: parent
@@ -320,90 +368,39 @@ Item {
                 }
 
                 Rectangle {
-                    id: rowsBox
                     width: parent.width
                     height: rows.height
                     visible: rows.height > 0
                     radius: 14
-                    color: view.rowTint
+                    color: "#f6ead0"
 
                     Column {
                         id: rows
                         width: parent.width
 
-                        InfoRow { caption: "القارة"; value: view.card ? view.card.continentLabel : "" }
-                        InfoRow { caption: "المساحة"; value: view.card ? view.card.areaLabel : "" }
-                        InfoRow { caption: "عدد السكان"; value: view.card ? view.card.populationLabel : "" }
-                        InfoRow { caption: "الناتج المحلي"; value: view.card ? view.card.gdpLabel : "" }
-                        InfoRow { caption: "التأسيس"; value: view.card ? view.card.establishedLabel : "" }
-                        InfoRow { caption: "الملعب"; value: view.card ? view.card.stadiumLabel : "" }
-                        InfoRow { caption: "البطولات"; value: view.card ? view.card.titlesLabel : "" }
-                        InfoRow { caption: "اللاعبون"; value: view.card ? view.card.playersLabel : "" }
-                        InfoRow { caption: "المدير"; value: view.card ? view.card.managerLabel : "" }
-                        InfoRow { caption: "المدرب"; value: view.card ? view.card.coachLabel : "" }
-                        InfoRow { caption: "المخرج"; value: view.card ? view.card.directorLabel : "" }
-                        InfoRow { caption: "الإنتاج"; value: view.card ? view.card.productionLabel : "" }
-                        InfoRow { caption: "العرض الأول"; value: view.card ? view.card.firstShowLabel : "" }
-                        InfoRow { caption: "الممثلون"; value: view.card ? view.card.actorsLabel : "" }
-                        InfoRow { caption: "القصة"; value: view.card ? view.card.storyLabel : "" }
-                        InfoRow { caption: "الوقت الآن"; value: view.card ? view.card.currentTimeLabel : "" }
-                        InfoRow { caption: "الوقت هناك"; value: view.card ? view.card.cityTimeLabel : "" }
-
-                        // The price level, and how it compares in its own colour.
-                        Item {
-                            id: priceRow
+                        InfoRow { caption: "القارة"; value: card ? card.continentLabel : "" }
+                        InfoRow { caption: "المساحة"; value: card ? card.areaLabel : "" }
+                        InfoRow { caption: "عدد السكان"; value: card ? card.populationLabel : "" }
+                        InfoRow { caption: "الناتج المحلي"; value: card ? card.gdpLabel : "" }
+                        InfoRow { caption: "التأسيس"; value: card ? card.establishedLabel : "" }
+                        InfoRow { caption: "الملعب"; value: card ? card.stadiumLabel : "" }
+                        InfoRow { caption: "البطولات"; value: card ? card.titlesLabel : "" }
+                        InfoRow { caption: "اللاعبون"; value: card ? card.playersLabel : "" }
+                        InfoRow { caption: "المدير"; value: card ? card.managerLabel : "" }
+                        InfoRow { caption: "المدرب"; value: card ? card.coachLabel : "" }
+                        InfoRow { caption: "المخرج"; value: card ? card.directorLabel : "" }
+                        InfoRow { caption: "الإنتاج"; value: card ? card.productionLabel : "" }
+                        InfoRow { caption: "العرض الأول"; value: card ? card.firstShowLabel : "" }
+                        InfoRow { caption: "الممثلون"; value: card ? card.actorsLabel : "" }
+                        InfoRow { caption: "القصة"; value: card ? card.storyLabel : "" }
+                        InfoRow { caption: "الوقت الآن"; value: card ? card.currentTimeLabel : "" }
+                        InfoRow { caption: "الوقت هناك"; value: card ? card.cityTimeLabel : "" }
+                        InfoRow {
                             objectName: "priceRow"
-                            visible: view.card !== null && view.card.priceLabel !== ""
-                            width: parent.width
-                            height: visible ? Math.max(priceCaption.implicitHeight, priceValues.height) + 16 : 0
-
-                            Text {
-                                id: priceCaption
-                                anchors.left: parent.left
-                                anchors.leftMargin: 14
-                                anchors.verticalCenter: parent.verticalCenter
-                                width: 92
-                                text: "الأسعار"
-                                font.family: Theme.fontFamily
-                                font.pixelSize: 13
-                                font.bold: true
-                                color: view.captionColor
-                                horizontalAlignment: Text.AlignLeft
-                            }
-                            Flow {
-                                id: priceValues
-                                anchors.left: priceCaption.right
-                                anchors.right: parent.right
-                                anchors.rightMargin: 14
-                                anchors.verticalCenter: parent.verticalCenter
-                                spacing: 10
-                                Text {
-                                    objectName: "priceLabel"
-                                    text: view.card ? view.card.priceLabel : ""
-                                    font.family: Theme.fontFamily
-                                    font.pixelSize: 14
-                                    color: Theme.ink
-                                }
-                                Rectangle {
-                                    visible: cheaper.text !== ""
-                                    width: cheaper.implicitWidth + 18
-                                    height: cheaper.implicitHeight + 4
-                                    radius: height / 2
-                                    color: Qt.rgba(cheaper.color.r, cheaper.color.g, cheaper.color.b, 0.12)
-                                    border.color: cheaper.color
-                                    border.width: 1
-                                    Text {
-                                        id: cheaper
-                                        objectName: "cheaperPercent"
-                                        anchors.centerIn: parent
-                                        text: view.card ? view.card.cheaperPercentLabel : ""
-                                        font.family: Theme.fontFamily
-                                        font.pixelSize: 13
-                                        font.bold: true
-                                        color: view.card ? view.card.cheaperPercentColor : Theme.ink
-                                    }
-                                }
-                            }
+                            caption: "الأسعار"
+                            value: card ? card.priceLabel : ""
+                            badgeText: card ? card.cheaperPercentLabel : ""
+                            badgeColor: card ? card.cheaperPercentColor : Theme.ink
                         }
                     }
                 }
@@ -423,7 +420,7 @@ Item {
                     spacing: 10
                     Repeater {
                         id: factsRepeater
-                        model: view.card ? view.card.factTexts : []
+                        model: card ? card.factTexts : []
                         delegate: Item {
                             width: parent.width
                             height: Math.max(badge.height, factText.implicitHeight)
@@ -467,9 +464,25 @@ Item {
         }
     }
 
+    // Fades the foot of the list while more of it lies below.
+    Rectangle {
+        anchors.left: sheet.left
+        anchors.right: sheet.right
+        anchors.bottom: sheet.bottom
+        anchors.leftMargin: sheet.border.width
+        anchors.rightMargin: sheet.border.width
+        anchors.bottomMargin: 16
+        height: 28
+        visible: scroller.contentY + scroller.height < scroller.contentHeight - 1
+        gradient: Gradient {
+            GradientStop { position: 0.0; color: Qt.rgba(Theme.paper.r, Theme.paper.g, Theme.paper.b, 0) }
+            GradientStop { position: 1.0; color: Theme.paper }
+        }
+    }
+
     function dropPin() {
-        if (view.hasMap && view.card.hasPin && view.card.mapAnimated) {
-            dropAnimation.restart()
+        if (hasMap && card.hasPin && card.mapAnimated) {
+            pin.drop()
         }
     }
     onCardChanged: dropPin()

@@ -7,12 +7,20 @@
 #include "core/LevelSuccessViewController.h"
 #include "platform/Platform.h"
 #include "screens/CreditsViewController.h"
+#include "screens/LevelSelectorViewController.h"
+#include "screens/MainViewController.h"
+#include "screens/RoundSelectorViewController.h"
 
 #include <QQmlApplicationEngine>
 #include <QQmlContext>
 #include <QQmlEngine>
 
 void registerScreens(Navigator& navigator) {
+    navigator.registerScreen(QStringLiteral("MainViewController"), [] { return new MainViewController(); });
+    navigator.registerScreen(QStringLiteral("RoundSelectorViewController"),
+                             [] { return new RoundSelectorViewController(); });
+    navigator.registerScreen(QStringLiteral("LevelSelectorViewController"),
+                             [] { return new LevelSelectorViewController(); });
     navigator.registerScreen(QStringLiteral("GameViewController"), [] { return new GameViewController(); });
     navigator.registerScreen(QStringLiteral("LevelSuccessViewController"),
                              [] { return new LevelSuccessViewController(); });
@@ -26,6 +34,11 @@ void registerQmlTypes() {
     qmlRegisterUncreatableType<GameViewController>(uri, 1, 0, "GameViewController", "made by the navigator");
     qmlRegisterUncreatableType<LevelSuccessViewController>(uri, 1, 0, "LevelSuccessViewController",
                                                            "made by the navigator");
+    qmlRegisterUncreatableType<MainViewController>(uri, 1, 0, "MainViewController", "made by the navigator");
+    qmlRegisterUncreatableType<RoundSelectorViewController>(uri, 1, 0, "RoundSelectorViewController",
+                                                            "made by the navigator");
+    qmlRegisterUncreatableType<LevelSelectorViewController>(uri, 1, 0, "LevelSelectorViewController",
+                                                            "made by the navigator");
     qmlRegisterUncreatableType<CreditsViewController>(uri, 1, 0, "CreditsViewController",
                                                       "made by the navigator");
     qmlRegisterUncreatableType<LetterLabel>(uri, 1, 0, "LetterLabel", "made by the board");

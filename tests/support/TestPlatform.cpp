@@ -1,5 +1,6 @@
 #include "TestPlatform.h"
 
+#include "outreach/Outreach.h"
 #include "platform/SharedInstances.h"
 
 #include <QCoreApplication>
@@ -85,6 +86,7 @@ void flushDeletes() {
 } // namespace
 
 TestPlatform::~TestPlatform() {
+    Outreach::clear();
     flushDeletes();
     Platform::uninstall();
     SharedInstances::resetAll();
@@ -100,6 +102,9 @@ void TestPlatform::install() {
     m_scheduler = scheduler.get();
     m_animator = animator.get();
     m_random = random.get();
+    auto audio = std::make_unique<RecordingAudio>();
+    m_audio = audio.get();
+    services.audio = std::move(audio);
     services.scheduler = std::move(scheduler);
     services.animator = std::move(animator);
     services.random = std::move(random);

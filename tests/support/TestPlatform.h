@@ -3,10 +3,14 @@
 #include "platform/Platform.h"
 
 #include <QTemporaryDir>
+#include <ostream>
 #include <deque>
 #include <map>
 #include <memory>
 #include <vector>
+
+// Readable strings in test failures.
+inline void PrintTo(const QString& s, std::ostream* os) { *os << '"' << s.toStdString() << '"'; }
 
 // A clock that moves only when told; due callbacks run in order of their time.
 class ManualScheduler : public Scheduler {
@@ -56,6 +60,51 @@ private:
     int m_draws = 0;
 };
 
+// Sound players that only count their plays.
+class RecordingPlayer : public AudioPlayer {
+public:
+    explicit RecordingPlayer(QString path) : path(std::move(path)) {}
+    void prepareToPlay() override {}
+    void setNumberOfLoops(int loops) override { this->loops = loops; }
+    void setVolume(float v) override { m_volume = v; }
+    float volume() const override { return m_volume; }
+    void play() override { ++plays; }
+    bool isPlaying() const override { return playing; }
+
+    QString path;
+    int plays = 0;
+    int loops = -1;
+    bool playing = false;
+
+private:
+    float m_volume = 1.0f;
+};
+
+class RecordingAudio : public Audio {
+public:
+    std::unique_ptr<AudioPlayer> createPlayer(const QString& path) override {
+        auto p = std::make_unique<RecordingPlayer>(path);
+        players.push_back(p.get());
+        return p;
+    }
+    RecordingPlayer* player(const QString& stem) const {
+        for (auto* p : players) {
+            if (p->path.endsWith("/" + stem + ".wav")) {
+                return p;
+            }
+        }
+        return nullptr;
+    }
+    int totalPlays() const {
+        int n = 0;
+        for (auto* p : players) {
+            n += p->plays;
+        }
+        return n;
+    }
+    std::vector<RecordingPlayer*> players;
+};
+
 // Installs a fresh platform with test doubles and a settings file in a temporary folder; drops every shared
 // instance when it goes.
 class TestPlatform {
@@ -69,6 +118,7 @@ public:
     ManualScheduler& scheduler() { return *m_scheduler; }
     ManualAnimator& animator() { return *m_animator; }
     ScriptedRandom& random() { return *m_random; }
+    RecordingAudio& audio() { return *m_audio; }
     Reachability& reachability() { return Platform::shared().reachability(); }
     Alerts& alerts() { return Platform::shared().alerts(); }
     UserDefaults& defaults() { return Platform::shared().userDefaults(); }
@@ -83,4 +133,5 @@ private:
     ManualScheduler* m_scheduler = nullptr;
     ManualAnimator* m_animator = nullptr;
     ScriptedRandom* m_random = nullptr;
+    RecordingAudio* m_audio = nullptr;
 };

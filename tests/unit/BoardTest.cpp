@@ -223,7 +223,7 @@ TEST_F(Board, SolvedLevelMovesOnAndBuildsTheNextBehindThePopup) {
     EXPECT_EQ(vc->levelText(), "5");
     EXPECT_EQ(vc->game->levelInfo()->imageName, "p0l4");
     EXPECT_EQ(vc->solutionBlocks.size(), 3);
-    popup()->nextAction();
+    popup()->nextLevelAction();
     EXPECT_EQ(Platform::shared().navigator().presentedViewController(), nullptr);
     EXPECT_EQ(vc->game->gameLevel, 4);
 }
@@ -238,7 +238,7 @@ TEST_F(Board, LastLevelOfARoundAndPreviousLevels) {
     EXPECT_EQ(popup()->type, 3);
     EXPECT_EQ(LevelManager::sharedInstance().currentLevel(), 25);
     EXPECT_EQ(last->game->gameLevel, 24);
-    popup()->nextAction();
+    popup()->nextLevelAction();
     // On to the first level of the next round.
     EXPECT_EQ(last->game->gameRound, 1);
     EXPECT_EQ(last->game->gameLevel, 0);

@@ -7,6 +7,7 @@
 #include "core/LevelManager.h"
 #include "core/LevelsInfoReader.h"
 #include "screens/ColorUtil.h"
+#include "screens/MainViewController.h"
 #include "screens/Screens.h"
 
 #include <QDir>
@@ -137,24 +138,23 @@ protected:
         f.write(text.toUtf8());
     }
     void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
-    GameViewController* playScreen() {
-        return qobject_cast<GameViewController*>(Platform::shared().navigator().rootViewController());
-    }
     TestPlatform platform;
 };
 
-TEST_F(Launch, OpensTheSavedLevelAndClearsTheBadge) {
+TEST_F(Launch, OpensTheMainScreenAtTheSavedPositionAndClearsTheBadge) {
     platform.defaults().setIntegerForKey(27, "currentLevel");
     AppDelegate app;
     app.setApplicationIconBadgeNumber(4);
     EXPECT_TRUE(app.applicationDidFinishLaunchingWithOptions({}));
-    ASSERT_NE(playScreen(), nullptr);
-    EXPECT_EQ(playScreen()->game->gameRound, 1);
-    EXPECT_EQ(playScreen()->game->gameLevel, 2);
-    EXPECT_EQ(playScreen()->levelText(), "3");
+    auto* main = qobject_cast<MainViewController*>(Platform::shared().navigator().rootViewController());
+    ASSERT_NE(main, nullptr);
+    EXPECT_EQ(main->currentLevelLabel(), "28");
+    EXPECT_EQ(main->currentRoundLabel(), "2");
     EXPECT_EQ(app.applicationIconBadgeNumber(), 0);
     EXPECT_FALSE(platform.alerts().isVisible());
     EXPECT_FALSE(app.isPenaltyMessageShown);
+    // The level list is read only when the rounds are first shown.
+    EXPECT_FALSE(LevelsInfoReader::sharedInstance().isPacksDataLoaded());
 
     app.setApplicationIconBadgeNumber(2);
     app.applicationWillEnterForeground();
@@ -172,13 +172,13 @@ TEST_F(Launch, WithoutAConnectionTheDailyPrizeMessageShowsOnce) {
     EXPECT_EQ(platform.alerts().count(), 1);
 }
 
-TEST_F(Launch, BeyondTheLastPackTheGameSaysSo) {
+TEST_F(Launch, APlayScreenBeyondTheLastPackSaysSo) {
     platform.defaults().setIntegerForKey(50, "currentLevel");
-    AppDelegate app;
-    app.applicationDidFinishLaunchingWithOptions({});
-    ASSERT_NE(playScreen(), nullptr);
-    EXPECT_EQ(playScreen()->game->levelInfo(), nullptr);
-    EXPECT_TRUE(playScreen()->solutionBlocks.isEmpty());
+    auto* play = new GameViewController();
+    Platform::shared().navigator().setRootViewController(play);
+    play->openCurrentLevel();
+    EXPECT_EQ(play->game->levelInfo(), nullptr);
+    EXPECT_TRUE(play->solutionBlocks.isEmpty());
     EXPECT_EQ(platform.alerts().count(), 1);
 }
 

@@ -16,7 +16,7 @@ Item {
         }
     }
 
-    // Top bar: back, the game's name and the level's number, help.
+    // Top bar: back, the level's number, gold and skips.
     Rectangle {
         id: topBar
         x: controller.topBarFrame.x
@@ -31,23 +31,37 @@ Item {
             anchors.bottom: parent.bottom
             height: Math.min(parent.height, device.isPad ? 72 : 52)
 
-            Text {
-                anchors.centerIn: parent
-                text: controller.gameNameText
-                font.family: Theme.fontFamily
-                font.pixelSize: device.isPad ? 28 : 21
-                font.bold: true
-                color: "#ffffff"
+            Rectangle {
+                objectName: "backButton"
+                visible: controller.canGoBack
+                anchors.left: parent.left
+                anchors.leftMargin: 10
+                anchors.verticalCenter: parent.verticalCenter
+                width: parent.height * 0.7
+                height: width
+                radius: width / 2
+                color: "#22ffffff"
+                border.color: "#55ffffff"
+                Text {
+                    anchors.centerIn: parent
+                    text: "→"
+                    font.pixelSize: parent.height * 0.55
+                    font.bold: true
+                    color: "#ffffff"
+                }
+                MouseArea {
+                    anchors.fill: parent
+                    onClicked: controller.goBack(null)
+                }
             }
             Rectangle {
                 objectName: "levelBadge"
-                anchors.left: parent.left
-                anchors.leftMargin: 12
+                anchors.horizontalCenter: parent.horizontalCenter
                 anchors.verticalCenter: parent.verticalCenter
-                height: parent.height * 0.66
-                width: levelRow.implicitWidth + 22
+                height: parent.height * 0.7
+                width: levelRow.implicitWidth + 24
                 radius: height / 2
-                color: "#00000055"
+                color: "#55000000"
                 border.color: Theme.gold
                 border.width: 1.5
                 Row {
@@ -57,7 +71,7 @@ Item {
                     Text {
                         text: "المرحلة"
                         font.family: Theme.fontFamily
-                        font.pixelSize: device.isPad ? 17 : 13
+                        font.pixelSize: device.isPad ? 18 : 14
                         color: "#e8e2ff"
                         anchors.verticalCenter: parent.verticalCenter
                     }
@@ -65,33 +79,36 @@ Item {
                         objectName: "levelLabel"
                         text: controller.levelText
                         font.family: Theme.fontFamily
-                        font.pixelSize: device.isPad ? 22 : 17
+                        font.pixelSize: device.isPad ? 24 : 18
                         font.bold: true
                         color: Theme.gold
                         anchors.verticalCenter: parent.verticalCenter
                     }
                 }
             }
-            Rectangle {
-                objectName: "helpButton"
+            Row {
                 anchors.right: parent.right
-                anchors.rightMargin: 12
+                anchors.rightMargin: 10
                 anchors.verticalCenter: parent.verticalCenter
-                width: parent.height * 0.66
-                height: width
-                radius: width / 2
-                color: Theme.gold
-                Text {
-                    anchors.centerIn: parent
-                    text: "؟"
-                    font.family: Theme.fontFamily
-                    font.pixelSize: parent.height * 0.6
-                    font.bold: true
-                    color: Theme.ink
+                spacing: 6
+                Pill {
+                    objectName: "creditsPill"
+                    height: topBar.height > 60 && !device.isPad ? 34 : (device.isPad ? 40 : 32)
+                    fontSize: device.isPad ? 18 : 14
+                    glyph: "$"
+                    text: controller.creditsText
+                    MouseArea {
+                        anchors.fill: parent
+                        onClicked: controller.openStore(null)
+                    }
                 }
-                MouseArea {
-                    anchors.fill: parent
-                    onClicked: controller.displayHelpView()
+                Pill {
+                    objectName: "skipsPill"
+                    height: topBar.height > 60 && !device.isPad ? 34 : (device.isPad ? 40 : 32)
+                    fontSize: device.isPad ? 18 : 14
+                    disc: "#7fd3ff"
+                    glyph: "»"
+                    text: controller.skipsText
                 }
             }
         }
@@ -140,6 +157,50 @@ Item {
                 sourceSize.height: 160
             }
         }
+        // The help row, read right to left: a letter, the removal of wrong letters, a skip, and all help.
+        Row {
+            id: helpRow
+            x: controller.removeButtonFrame.x
+            y: controller.revealButtonFrame.y
+            width: controller.revealButtonFrame.x + controller.revealButtonFrame.width - controller.removeButtonFrame.x
+            height: controller.revealButtonFrame.height
+            spacing: 6
+            readonly property real unit: (width - 3 * spacing) / 10
+            HelpButton {
+                objectName: "revealButton"
+                width: helpRow.unit * 3
+                height: helpRow.height
+                text: "حرف"
+                cost: controller.revealCostText
+                onClicked: controller.revealLetter(null)
+            }
+            HelpButton {
+                objectName: "removeWrongButton"
+                width: helpRow.unit * 3
+                height: helpRow.height
+                text: "حذف"
+                cost: controller.removeCostText
+                onClicked: controller.removeWrongLetters(null)
+            }
+            HelpButton {
+                objectName: "skipButton"
+                width: helpRow.unit * 2.4
+                height: helpRow.height
+                text: "تجاوز"
+                cost: controller.skipsText
+                costGlyph: "»"
+                costDisc: "#7fd3ff"
+                onClicked: controller.skipLevel(null)
+            }
+            HelpButton {
+                objectName: "moreHelpButton"
+                width: helpRow.unit * 1.6
+                height: helpRow.height
+                text: "؟"
+                fontScale: 1.6
+                onClicked: controller.showRevealView(null)
+            }
+        }
         Repeater {
             model: controller.tiles
             delegate: LetterTile {
@@ -148,6 +209,13 @@ Item {
                 onTapped: controller.tapTile(index)
             }
         }
+    }
+
+    RevealView {
+        anchors.fill: parent
+        visible: controller.revealViewVisible
+        z: 40
+        controller: screen.controller
     }
 
     HelpPopup {

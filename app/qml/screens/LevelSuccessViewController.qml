@@ -68,6 +68,31 @@ Item {
                     color: "#ffffff"
                 }
             }
+            Row {
+                anchors.horizontalCenter: parent.horizontalCenter
+                spacing: 12
+                Pill {
+                    objectName: "creditsWon"
+                    text: "+" + controller.creditsText
+                    glyph: "$"
+                    color: "#3b2f73"
+                }
+                Pill {
+                    objectName: "pointsWon"
+                    text: "+" + controller.pointsText
+                    disc: "#9be28f"
+                    glyph: "★"
+                    color: "#3b2f73"
+                }
+            }
+            Text {
+                width: parent.width
+                text: "مجموع نقاطك: " + controller.totalPointsText
+                font.family: Theme.fontFamily
+                font.pixelSize: 14
+                color: "#8a7a5a"
+                horizontalAlignment: Text.AlignHCenter
+            }
             GameButton {
                 objectName: "nextButton"
                 anchors.horizontalCenter: parent.horizontalCenter
@@ -75,7 +100,17 @@ Item {
                 height: 52
                 fontSize: 19
                 text: controller.nextButtonText
-                onClicked: controller.nextAction()
+                onClicked: controller.nextLevelAction()
+            }
+            GameButton {
+                objectName: "menuButton"
+                anchors.horizontalCenter: parent.horizontalCenter
+                width: parent.width * 0.5
+                height: 42
+                fontSize: 15
+                primary: false
+                text: "القائمة"
+                onClicked: controller.goHomeAction()
             }
         }
     }

@@ -1,0 +1,111 @@
+import QtQuick
+import ".."
+import "../components"
+
+// The levels of one round: solved, the next one, and locked.
+Item {
+    id: screen
+    property QtObject controller
+    anchors.fill: parent
+    readonly property real u: Math.min(width / 375, height / 667)
+
+    Rectangle {
+        anchors.fill: parent
+        gradient: Gradient {
+            GradientStop { position: 0.0; color: Theme.backgroundTop }
+            GradientStop { position: 1.0; color: Theme.backgroundBottom }
+        }
+    }
+    TopBar {
+        id: bar
+        width: parent.width
+        color: controller.topbarColor
+        title: "الجولة " + controller.currentRoundLabel
+        onBack: controller.goBack()
+    }
+    Grid {
+        id: grid
+        anchors.top: bar.bottom
+        anchors.topMargin: 26 * screen.u
+        anchors.horizontalCenter: parent.horizontalCenter
+        columns: 5
+        spacing: 12 * screen.u
+        Repeater {
+            model: controller.cells
+            delegate: Item {
+                id: cell
+                objectName: "level" + index
+                width: 58 * screen.u
+                height: width
+                readonly property int state: modelData.state
+                Rectangle {
+                    anchors.fill: parent
+                    anchors.topMargin: 4
+                    radius: 14 * screen.u
+                    color: cell.state === 0 ? "#0d5e0d" : (cell.state === 1 ? "#a2720a" : "#2a2450")
+                }
+                Rectangle {
+                    id: face
+                    anchors.fill: parent
+                    anchors.bottomMargin: 4
+                    radius: 14 * screen.u
+                    color: cell.state === 0 ? Theme.green : (cell.state === 1 ? Theme.gold : "#3d356e")
+                    Text {
+                        visible: cell.state !== 2
+                        anchors.centerIn: parent
+                        text: modelData.number
+                        font.family: Theme.fontFamily
+                        font.pixelSize: 22 * screen.u
+                        font.bold: true
+                        color: cell.state === 1 ? Theme.ink : "#ffffff"
+                    }
+                    Lock {
+                        visible: cell.state === 2
+                        anchors.centerIn: parent
+                        width: 18 * screen.u
+                        height: 22 * screen.u
+                    }
+                    SequentialAnimation on scale {
+                        running: cell.state === 1
+                        loops: Animation.Infinite
+                        NumberAnimation { from: 1.0; to: 0.9; duration: 700; easing.type: Easing.InQuad }
+                        NumberAnimation { from: 0.9; to: 1.0; duration: 700; easing.type: Easing.OutQuad }
+                    }
+                }
+                MouseArea {
+                    anchors.fill: parent
+                    onClicked: controller.collectionViewDidSelectItemAtIndexPath(index)
+                }
+            }
+        }
+    }
+    Row {
+        anchors.top: grid.bottom
+        anchors.topMargin: 28 * screen.u
+        anchors.horizontalCenter: parent.horizontalCenter
+        spacing: 18 * screen.u
+        Repeater {
+            model: [
+                { "c": Theme.green, "t": "مرحلة محلولة" },
+                { "c": Theme.gold, "t": "المرحلة التالية" },
+                { "c": "#3d356e", "t": "مقفلة" }
+            ]
+            delegate: Row {
+                spacing: 6
+                Rectangle {
+                    width: 14 * screen.u
+                    height: width
+                    radius: 4
+                    color: modelData.c
+                    anchors.verticalCenter: parent.verticalCenter
+                }
+                Text {
+                    text: modelData.t
+                    font.family: Theme.fontFamily
+                    font.pixelSize: 12 * screen.u
+                    color: "#d9d2f5"
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,183 @@
+import QtQuick
+import ".."
+import "../components"
+
+// The main screen: where the player stands, and the way to play.
+Item {
+    id: screen
+    property QtObject controller
+    anchors.fill: parent
+    readonly property real u: Math.min(width / 375, height / 667)
+
+    Rectangle {
+        anchors.fill: parent
+        gradient: Gradient {
+            GradientStop { position: 0.0; color: Theme.backgroundTop }
+            GradientStop { position: 1.0; color: Theme.backgroundBottom }
+        }
+    }
+
+    Column {
+        anchors.horizontalCenter: parent.horizontalCenter
+        y: (device.deviceClass === 1 ? 70 : 28) * screen.u
+        width: parent.width - 40 * screen.u
+        spacing: 16 * screen.u
+
+        Row {
+            anchors.left: parent.left
+            spacing: 8
+            Pill {
+                objectName: "creditsPill"
+                text: controller.creditsLabel
+                glyph: "$"
+                fontSize: 15 * screen.u
+                height: 34 * screen.u
+            }
+            Pill {
+                objectName: "skipsPill"
+                text: controller.skipsLabel
+                disc: "#7fd3ff"
+                glyph: "»"
+                fontSize: 15 * screen.u
+                height: 34 * screen.u
+            }
+        }
+
+        Text {
+            anchors.horizontalCenter: parent.horizontalCenter
+            text: "طارفولين"
+            font.family: Theme.fontFamily
+            font.pixelSize: 46 * screen.u
+            font.bold: true
+            color: Theme.gold
+            style: Text.Raised
+            styleColor: "#7a4f00"
+        }
+        Text {
+            anchors.horizontalCenter: parent.horizontalCenter
+            text: "أربع صور .. كلمة واحدة"
+            font.family: Theme.fontFamily
+            font.pixelSize: 15 * screen.u
+            color: "#d9d2f5"
+        }
+
+        // The rank card.
+        Rectangle {
+            width: parent.width
+            height: 150 * screen.u
+            radius: 20 * screen.u
+            color: "#14ffffff"
+            border.color: "#30ffffff"
+            Image {
+                id: badge
+                objectName: "badgeImage"
+                anchors.right: parent.right
+                anchors.rightMargin: 16 * screen.u
+                anchors.verticalCenter: parent.verticalCenter
+                width: 112 * screen.u
+                height: width
+                source: "qrc:/images/badges/" + controller.currentBadgeImage
+                sourceSize.width: 192
+                sourceSize.height: 192
+                smooth: true
+                mipmap: true
+            }
+            Column {
+                anchors.right: badge.left
+                anchors.rightMargin: 14 * screen.u
+                anchors.left: parent.left
+                anchors.leftMargin: 14 * screen.u
+                anchors.verticalCenter: parent.verticalCenter
+                spacing: 6 * screen.u
+                Text {
+                    text: "رتبتك"
+                    font.family: Theme.fontFamily
+                    font.pixelSize: 13 * screen.u
+                    color: "#bdb4e0"
+                }
+                Text {
+                    objectName: "rankName"
+                    text: controller.currentBadgeLabel
+                    font.family: Theme.fontFamily
+                    font.pixelSize: 24 * screen.u
+                    font.bold: true
+                    color: "#ffffff"
+                }
+                Text {
+                    width: parent.width
+                    text: controller.currentBadgeDesc
+                    font.family: Theme.fontFamily
+                    font.pixelSize: 12 * screen.u
+                    color: "#d9d2f5"
+                    wrapMode: Text.WordWrap
+                }
+            }
+        }
+
+        // Level, round and points.
+        Row {
+            anchors.horizontalCenter: parent.horizontalCenter
+            spacing: 10 * screen.u
+            Repeater {
+                model: [
+                    { "caption": "المرحلة", "value": controller.currentLevelLabel, "name": "levelValue" },
+                    { "caption": "الجولة", "value": controller.currentRoundLabel, "name": "roundValue" },
+                    { "caption": "النقاط", "value": controller.totalPointsLabel, "name": "pointsValue" }
+                ]
+                delegate: Rectangle {
+                    width: 103 * screen.u
+                    height: 74 * screen.u
+                    radius: 16 * screen.u
+                    color: "#44000000"
+                    border.color: "#26ffffff"
+                    Column {
+                        anchors.centerIn: parent
+                        spacing: 2
+                        Text {
+                            objectName: modelData.name
+                            anchors.horizontalCenter: parent.horizontalCenter
+                            text: modelData.value
+                            font.family: Theme.fontFamily
+                            font.pixelSize: 24 * screen.u
+                            font.bold: true
+                            color: Theme.gold
+                        }
+                        Text {
+                            anchors.horizontalCenter: parent.horizontalCenter
+                            text: modelData.caption
+                            font.family: Theme.fontFamily
+                            font.pixelSize: 12 * screen.u
+                            color: "#d9d2f5"
+                        }
+                    }
+                }
+            }
+        }
+    }
+
+    Column {
+        anchors.horizontalCenter: parent.horizontalCenter
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: (device.deviceClass === 1 ? 60 : 34) * screen.u
+        spacing: 14 * screen.u
+        GameButton {
+            objectName: "startButton"
+            anchors.horizontalCenter: parent.horizontalCenter
+            width: 250 * screen.u
+            height: 64 * screen.u
+            fontSize: 24 * screen.u
+            text: "ابدأ اللعب"
+            onClicked: controller.startAction()
+        }
+        GameButton {
+            objectName: "storeButton"
+            anchors.horizontalCenter: parent.horizontalCenter
+            width: 170 * screen.u
+            height: 44 * screen.u
+            fontSize: 16 * screen.u
+            primary: false
+            text: "المتجر"
+            onClicked: controller.openStore()
+        }
+    }
+}

@@ -1,0 +1,169 @@
+import QtQuick
+import ".."
+import "../components"
+
+// The rounds: finished, current and locked, each with its rank.
+Item {
+    id: screen
+    property QtObject controller
+    anchors.fill: parent
+    readonly property real u: Math.min(width / 375, height / 667)
+
+    Rectangle {
+        anchors.fill: parent
+        gradient: Gradient {
+            GradientStop { position: 0.0; color: Theme.backgroundTop }
+            GradientStop { position: 1.0; color: Theme.backgroundBottom }
+        }
+    }
+    TopBar {
+        id: bar
+        width: parent.width
+        color: controller.topbarColor
+        title: controller.titleLabel
+        onBack: controller.goBack()
+    }
+    ListView {
+        id: list
+        objectName: "roundsList"
+        anchors.top: bar.bottom
+        anchors.bottom: parent.bottom
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.margins: 12 * screen.u
+        spacing: 10 * screen.u
+        clip: true
+        model: controller.rows
+        Connections {
+            target: controller
+            function onRowsChanged() {
+                if (controller.currentGroup < list.count)
+                    list.positionViewAtIndex(controller.currentGroup, ListView.Center)
+            }
+        }
+        Component.onCompleted: if (controller.currentGroup < count) positionViewAtIndex(controller.currentGroup, ListView.Center)
+
+        delegate: Rectangle {
+            objectName: "round" + index
+            width: list.width
+            height: 92 * screen.u
+            radius: 18 * screen.u
+            readonly property bool locked: modelData.state === 2
+            readonly property bool current: modelData.state === 1
+            color: locked ? "#0cffffff" : (current ? "#fff1c9" : "#fff8ea")
+            border.color: current ? Theme.gold : "transparent"
+            border.width: 3
+
+            Image {
+                id: rowBadge
+                anchors.right: parent.right
+                anchors.rightMargin: 10 * screen.u
+                anchors.verticalCenter: parent.verticalCenter
+                width: 64 * screen.u
+                height: width
+                source: "qrc:/images/badges/" + (locked ? modelData.lockedBadge : modelData.badge)
+                sourceSize.width: 128
+                sourceSize.height: 128
+                opacity: locked ? 0.7 : 1.0
+                mipmap: true
+            }
+            Column {
+                anchors.right: rowBadge.left
+                anchors.rightMargin: 10 * screen.u
+                anchors.left: side.right
+                anchors.leftMargin: 8 * screen.u
+                anchors.verticalCenter: parent.verticalCenter
+                spacing: 4 * screen.u
+                Row {
+                    spacing: 8
+                    Text {
+                        text: "الجولة " + modelData.number
+                        font.family: Theme.fontFamily
+                        font.pixelSize: 17 * screen.u
+                        font.bold: true
+                        color: locked ? "#b7b0d6" : Theme.ink
+                    }
+                    Text {
+                        text: "· " + modelData.name
+                        font.family: Theme.fontFamily
+                        font.pixelSize: 15 * screen.u
+                        color: locked ? "#948dba" : "#6b4e16"
+                        anchors.baseline: parent.children[0].baseline
+                    }
+                }
+                Text {
+                    width: parent.width
+                    text: modelData.desc
+                    font.family: Theme.fontFamily
+                    font.pixelSize: 11 * screen.u
+                    color: locked ? "#8f87ad" : "#8a7a5a"
+                    elide: Text.ElideRight
+                    maximumLineCount: 1
+                }
+                Row {
+                    visible: !locked
+                    spacing: 8
+                    Rectangle {
+                        width: 120 * screen.u
+                        height: 9 * screen.u
+                        radius: height / 2
+                        color: "#e3d8bd"
+                        anchors.verticalCenter: parent.verticalCenter
+                        Rectangle {
+                            width: parent.width * modelData.progress
+                            height: parent.height
+                            radius: height / 2
+                            color: modelData.state === 0 ? Theme.green : Theme.gold
+                        }
+                    }
+                    Text {
+                        objectName: "percent" + index
+                        text: modelData.percent
+                        font.family: Theme.fontFamily
+                        font.pixelSize: 12 * screen.u
+                        font.bold: true
+                        color: Theme.ink
+                    }
+                }
+            }
+            // The leaderboard place held in that round, or the lock.
+            Item {
+                id: side
+                anchors.left: parent.left
+                anchors.leftMargin: 12 * screen.u
+                anchors.verticalCenter: parent.verticalCenter
+                width: 62 * screen.u
+                height: parent.height - 20
+                Lock {
+                    visible: locked
+                    anchors.centerIn: parent
+                    width: 24 * screen.u
+                    height: 28 * screen.u
+                }
+                Column {
+                    visible: !locked
+                    anchors.centerIn: parent
+                    Text {
+                        anchors.horizontalCenter: parent.horizontalCenter
+                        text: "ترتيبك"
+                        font.family: Theme.fontFamily
+                        font.pixelSize: 10 * screen.u
+                        color: "#8a7a5a"
+                    }
+                    Text {
+                        anchors.horizontalCenter: parent.horizontalCenter
+                        text: modelData.leaderboard
+                        font.family: Theme.fontFamily
+                        font.pixelSize: 14 * screen.u
+                        font.bold: true
+                        color: Theme.accent
+                    }
+                }
+            }
+            MouseArea {
+                anchors.fill: parent
+                onClicked: controller.tableViewDidSelectRowAtIndexPath(index)
+            }
+        }
+    }
+}

@@ -1,0 +1,71 @@
+#include "LevelSelectorViewController.h"
+
+#include "Util.h"
+#include "core/Game.h"
+#include "core/GameViewController.h"
+#include "core/LevelManager.h"
+#include "core/LevelsInfoReader.h"
+#include "outreach/SoundFactory.h"
+#include "platform/Platform.h"
+
+LevelSelectorViewController::LevelSelectorViewController(QObject* parent)
+    : ViewController(QStringLiteral("LevelSelectorViewController"), parent) {}
+
+QColor LevelSelectorViewController::topbarColor() const { return Game::getGameTopbarColor(); }
+
+void LevelSelectorViewController::viewDidLoad() { currentLevel = LevelManager::sharedInstance().currentLevel(); }
+
+void LevelSelectorViewController::viewWillAppear() {
+    currentLevel = LevelManager::sharedInstance().currentLevel();
+    m_cells.clear();
+    for (qint64 r = 0; r < collectionViewNumberOfItemsInSection(); ++r) {
+        m_cells.append(collectionViewCellForItemAtIndexPath(r));
+    }
+    emit cellsChanged();
+}
+
+qint64 LevelSelectorViewController::collectionViewNumberOfItemsInSection() const {
+    const auto* packs = LevelsInfoReader::sharedInstance().packsData();
+    if (!packs || round < 0 || round >= packs->size()) {
+        return 0;
+    }
+    return packs->at(round).size();
+}
+
+QVariantMap LevelSelectorViewController::collectionViewCellForItemAtIndexPath(qint64 row) const {
+    const qint64 g = round * 25 + row;
+    const QString image = g < currentLevel ? QStringLiteral("level1.png")
+                          : g == currentLevel ? QStringLiteral("level2.png")
+                                              : QStringLiteral("level3.png");
+    const int state = g < currentLevel ? 0 : (g == currentLevel ? 1 : 2);
+    return {{"number", QString::number(row + 1)}, {"image", image}, {"state", state}};
+}
+
+void LevelSelectorViewController::collectionViewDidSelectItemAtIndexPath(int row) {
+    SoundFactory::sharedInstance().playMenuTap();
+    if (row < 0 || row >= collectionViewNumberOfItemsInSection()) {
+        return;
+    }
+    const GamePtr game = Game::initWithGameLevelAndGameRound(row, round);
+    game->setLevelInfo(LevelsInfoReader::sharedInstance().getLevelInfoPackId(row, round));
+    const qint64 g = round * 25 + row;
+    if (g > currentLevel) {
+        Util::showMessageWithTitle(QStringLiteral("أكمل جميع المراحل السابقة لفك قفل هذه المرحلة"),
+                                   QStringLiteral("المرحلة مقفلة"));
+        return;
+    }
+    auto& nav = Platform::shared().navigator();
+    auto* play = qobject_cast<GameViewController*>(
+        nav.instantiateViewControllerWithIdentifier(QStringLiteral("GameViewController")));
+    if (!play) {
+        return;
+    }
+    play->setGame(game);
+    play->isPreviousGame = g < currentLevel;
+    nav.pushViewController(play);
+}
+
+void LevelSelectorViewController::goBack() {
+    SoundFactory::sharedInstance().playMenuTap();
+    Platform::shared().navigator().popViewController();
+}

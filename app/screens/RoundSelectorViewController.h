@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/ViewController.h"
+
+#include <QVariantList>
+
+// The rounds as a table of groups, each tied to a rank of the ladder: finished, current or locked by the
+// player's level.
+class RoundSelectorViewController : public ViewController {
+    Q_OBJECT
+    Q_PROPERTY(QVariantList rows READ rows NOTIFY rowsChanged)
+    Q_PROPERTY(int currentGroup READ currentGroupValue NOTIFY rowsChanged)
+    Q_PROPERTY(QString titleLabel READ titleLabel CONSTANT)
+    Q_PROPERTY(QColor topbarColor READ topbarColor CONSTANT)
+public:
+    enum State { Finished = 0, Current = 1, Locked = 2 };
+
+    explicit RoundSelectorViewController(QObject* parent = nullptr);
+
+    qint64 currentGroup = 0;
+
+    void viewDidLoad() override;
+    void viewWillAppear() override;
+
+    qint64 tableViewNumberOfRowsInSection() const;
+    // One row: number, name, desc, state, image, progress (0 to 1), percent text, leaderboard text.
+    QVariantMap tableViewCellForRowAtIndexPath(qint64 row) const;
+    Q_INVOKABLE void tableViewDidSelectRowAtIndexPath(int row);
+    Q_INVOKABLE void goBack();
+
+    QVariantList rows() const { return m_rows; }
+    int currentGroupValue() const { return static_cast<int>(currentGroup); }
+    QString titleLabel() const { return QStringLiteral("طارفولين"); }
+    QColor topbarColor() const;
+
+signals:
+    void rowsChanged();
+
+private:
+    QVariantList m_rows;
+};

@@ -1,0 +1,226 @@
+// Balances, statistics counters, the rank ladder and its amounts, settings and sound.
+#include "TestPlatform.h"
+#include "core/LevelManager.h"
+#include "outreach/SoundFactory.h"
+#include "progress/CreditsManager.h"
+#include "progress/RankManager.h"
+#include "progress/ScorePointsManager.h"
+#include "progress/SettingsManager.h"
+#include "progress/UserStatsManager.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(Balances, FirstStartGrantsOnceAndEveryChangeIsKept) {
+    TestPlatform platform;
+    int creditChanges = 0, skipChanges = 0, pointChanges = 0;
+    auto& center = Platform::shared().notificationCenter();
+    center.addObserver(&creditChanges, NotificationCreditsChanged, [&](const Notification&) { ++creditChanges; });
+    center.addObserver(&skipChanges, NotificationSkipsChanged, [&](const Notification&) { ++skipChanges; });
+    center.addObserver(&pointChanges, PointsChangedNotification, [&](const Notification&) { ++pointChanges; });
+
+    auto& credits = CreditsManager::sharedInstance();
+    EXPECT_EQ(credits.currentCredits(), 150);
+    EXPECT_EQ(credits.currentSkips(), 1);
+    EXPECT_EQ(ScorePointsManager::sharedInstance().totalPoints(), 0);
+    EXPECT_TRUE(platform.defaults().boolForKey("initialized"));
+    EXPECT_EQ(creditChanges, 0); // the grant announces nothing
+
+    credits.deductCredits(150);
+    EXPECT_EQ(creditChanges, 1);
+    platform.restart();
+    // Spent gold stays spent: no second grant.
+    EXPECT_EQ(CreditsManager::sharedInstance().currentCredits(), 0);
+    EXPECT_EQ(UserStatsManager::sharedInstance().creditsUsed(), 150);
+}
+
+TEST(Balances, DeductionsClampAndStatisticsCountWhatWasAsked) {
+    TestPlatform platform;
+    auto& credits = CreditsManager::sharedInstance();
+    auto& stats = UserStatsManager::sharedInstance();
+    credits.setCreditsTo(3);
+    credits.deductCredits(5);
+    EXPECT_EQ(credits.currentCredits(), 0);
+    EXPECT_EQ(stats.creditsUsed(), 5);
+    credits.deductCredits(5);
+    EXPECT_EQ(credits.currentCredits(), 0);
+    EXPECT_EQ(stats.creditsUsed(), 10);
+    credits.setCreditsTo(-4);
+    credits.deductCredits(1);
+    EXPECT_EQ(credits.currentCredits(), -4);
+
+    credits.deductOneSkip();
+    credits.deductOneSkip();
+    EXPECT_EQ(credits.currentSkips(), 0);
+    EXPECT_EQ(stats.skipsUsed(), 2);
+    credits.addSkips(3);
+    EXPECT_EQ(credits.currentSkips(), 3);
+
+    auto& points = ScorePointsManager::sharedInstance();
+    points.addPoints(1);
+    points.addPoints(-2);
+    EXPECT_EQ(points.totalPoints(), 0);
+    points.addPoints(2);
+    EXPECT_EQ(points.totalPoints(), 2);
+
+    platform.restart();
+    EXPECT_EQ(CreditsManager::sharedInstance().currentSkips(), 3);
+    EXPECT_EQ(ScorePointsManager::sharedInstance().totalPoints(), 2);
+    EXPECT_EQ(UserStatsManager::sharedInstance().skipsUsed(), 2);
+}
+
+TEST(Statistics, LevelsPerDayAndAnUnreadableSeries) {
+    TestPlatform platform;
+    auto& stats = UserStatsManager::sharedInstance();
+    stats.incrementCompletedLevelsForCurrentDay();
+    stats.incrementCompletedLevelsForCurrentDay();
+    ASSERT_EQ(stats.dailyCompletedLevels().size(), 1);
+    EXPECT_EQ(stats.dailyCompletedLevels().last().value, 2);
+    platform.scheduler().advance(24 * 3600);
+    stats.incrementCompletedLevelsForCurrentDay();
+    EXPECT_EQ(stats.dailyCompletedLevels().size(), 2);
+    EXPECT_EQ(stats.getCompletedLevelsForLastDays(3), (QList<qint64>{0, 2, 1}));
+    EXPECT_EQ(stats.getMaxCompletedLevelsInSingleDay(), 2);
+    EXPECT_TRUE(stats.getCompletedLevelsForLastDays(0).isEmpty());
+
+    platform.restart();
+    EXPECT_EQ(UserStatsManager::sharedInstance().dailyCompletedLevels().size(), 2);
+
+    platform.defaults().setStringForKey("[{\"day\":1}", "dailyLevels");
+    platform.restart();
+    EXPECT_TRUE(UserStatsManager::sharedInstance().dailyCompletedLevels().isEmpty());
+}
+
+TEST(Ladder, RanksByRoundAndPastTheEnd) {
+    TestPlatform platform;
+    auto& ranks = RankManager::sharedInstance();
+    ASSERT_EQ(ranks.rankList.size(), 41);
+    EXPECT_EQ(ranks.getRankIndexForRound(0), 0);
+    EXPECT_EQ(ranks.getRankForRound(0).id, 1);
+    EXPECT_EQ(ranks.getRankForRound(0).name, QStringLiteral("مبتديء"));
+    EXPECT_EQ(ranks.getRankForRound(0).desc, QStringLiteral("فقط 85% يستطيعون انهاء هذه المجموعة"));
+    EXPECT_EQ(ranks.getRankForRound(5).name, QStringLiteral("ممتاز"));
+    EXPECT_EQ(ranks.getRankIndexForRound(39), 39);
+    EXPECT_EQ(ranks.getRankIndexForRound(40), 40);
+    EXPECT_EQ(ranks.getRankIndexForRound(45), 40);
+    EXPECT_EQ(ranks.getRankForRound(45).name, QStringLiteral("ختمت اللعبة"));
+    EXPECT_EQ(ranks.getRankForRound(45).getBadge(), QStringLiteral("badge41.png"));
+    EXPECT_TRUE(ranks.isFirstRoundInNewRank(0));
+    EXPECT_TRUE(ranks.isFirstRoundInNewRank(40));
+    EXPECT_FALSE(ranks.isFirstRoundInNewRank(41));
+    EXPECT_TRUE(ranks.getCurrentRank().reward.isEmpty());
+}
+
+TEST(Ladder, AmountsFollowTheRoundBeingPlayed) {
+    TestPlatform platform;
+    auto& ranks = RankManager::sharedInstance();
+    auto& levels = LevelManager::sharedInstance();
+    auto atRound = [&](qint64 round) { levels.saveCurrentLevelTo(round * 25 + 3); };
+    atRound(0);
+    EXPECT_EQ(ranks.getNotificationWaitTime(), 5);
+    EXPECT_EQ(ranks.getLevelCreditsReward(), 5);
+    EXPECT_EQ(ranks.getBonusLevelPointsReward(), 10);
+    EXPECT_EQ(ranks.getRoundCreditsReward(), 100);
+    atRound(1);
+    EXPECT_EQ(ranks.getNotificationWaitTime(), 60);
+    atRound(5);
+    EXPECT_EQ(ranks.getLevelPointsReward(), 1);
+    atRound(6);
+    EXPECT_EQ(ranks.getLevelPointsReward(), 2);
+    atRound(10);
+    EXPECT_EQ(ranks.getNotificationWaitTime(), 330);
+    atRound(11);
+    EXPECT_EQ(ranks.getLevelPointsReward(), 2);
+    atRound(12);
+    EXPECT_EQ(ranks.getLevelPointsReward(), 3);
+    EXPECT_EQ(ranks.getDailyBonusReward(), 25);
+    EXPECT_EQ(ranks.getBattleLossPoints(), -2);
+    EXPECT_EQ(ranks.getDailyNotificationReward(), 0);
+
+    // The base amounts, for a product without rewards of its own.
+    BaseRankManager base;
+    base.rankList = ranks.rankList;
+    EXPECT_EQ(base.getLevelCreditsReward(), 0);
+    EXPECT_EQ(base.getNotificationWaitTime(), 60 * 13);
+    atRound(0);
+    EXPECT_EQ(base.getNotificationWaitTime(), 10);
+}
+
+TEST(Ladder, PlacePerRoundIsRememberedWhenAScoreArrives) {
+    TestPlatform platform;
+    auto& ranks = RankManager::sharedInstance();
+    EXPECT_EQ(ranks.packsLastGcRanks, QList<qint64>(50, 0));
+    EXPECT_FALSE(platform.defaults().hasKey("groupsGcRanks"));
+    LevelManager::sharedInstance().saveCurrentLevelTo(60);
+    qint64 place = 312;
+    ranks.setPlayerRankSource([&place] { return place; });
+    Platform::shared().notificationCenter().postNotificationName("scoreLoadedNotification");
+    EXPECT_EQ(ranks.packsLastGcRanks.at(2), 312);
+
+    platform.restart();
+    auto& again = RankManager::sharedInstance();
+    ASSERT_EQ(again.packsLastGcRanks.size(), 50);
+    EXPECT_EQ(again.packsLastGcRanks.at(2), 312);
+    EXPECT_EQ(again.packsLastGcRanks.at(1), 0);
+
+    platform.defaults().setStringForKey("garbage", "groupsGcRanks");
+    platform.restart();
+    EXPECT_EQ(RankManager::sharedInstance().packsLastGcRanks, QList<qint64>(50, 0));
+}
+
+TEST(Settings, SoundDefaultsAreWrittenOnFirstUse) {
+    TestPlatform platform;
+    auto& settings = SettingsManager::sharedInstance();
+    EXPECT_TRUE(settings.isSoundOn());
+    EXPECT_FLOAT_EQ(settings.soundVolume(), 0.25f);
+    EXPECT_EQ(settings.notificationsPerDay(), 0.0f);
+    EXPECT_TRUE(platform.defaults().boolForKey("sound"));
+    EXPECT_TRUE(platform.defaults().boolForKey("bgmusic"));
+    EXPECT_FALSE(platform.defaults().hasKey("dailyNotificationsNum"));
+    settings.toggleSoundOnOff();
+    settings.changeSoundVolume(0.4f);
+    platform.restart();
+    EXPECT_FALSE(SettingsManager::sharedInstance().isSoundOn());
+    EXPECT_FLOAT_EQ(SettingsManager::sharedInstance().soundVolume(), 0.4f);
+}
+
+TEST(Sound, VolumesGateAndNoRestart) {
+    TestPlatform platform;
+    auto& sounds = SoundFactory::sharedInstance();
+    auto& audio = platform.audio();
+    EXPECT_FLOAT_EQ(audio.player("tap5")->volume(), 0.15f);
+    EXPECT_FLOAT_EQ(audio.player("iap")->volume(), 0.075f);
+    EXPECT_FLOAT_EQ(audio.player("cheer1")->volume(), 0.025f);
+    EXPECT_FLOAT_EQ(audio.player("tap2")->volume(), 0.25f);
+    EXPECT_EQ(audio.player("tap2")->loops, 0);
+    EXPECT_EQ(audio.players.size(), 28u);
+
+    sounds.playMenuTap();
+    sounds.playTap2();
+    sounds.playMusicNote(7);
+    EXPECT_EQ(audio.player("tap5")->plays, 1);
+    EXPECT_EQ(audio.player("n7")->plays, 1);
+    sounds.playSuccess();
+    sounds.playFail();
+    sounds.playLetterTap();
+    sounds.playMusicNote(0);
+    sounds.playMusicNote(8);
+    EXPECT_EQ(audio.totalPlays(), 3);
+
+    // An effect still sounding is not started again.
+    audio.player("tap2")->playing = true;
+    sounds.playTap2();
+    EXPECT_EQ(audio.player("tap2")->plays, 1);
+
+    SettingsManager::sharedInstance().toggleSoundOnOff();
+    sounds.playMenuTap();
+    sounds.playGameFinish();
+    EXPECT_EQ(audio.totalPlays(), 3);
+
+    // A volume change reaches the effects at the next start only.
+    SettingsManager::sharedInstance().changeSoundVolume(0.5f);
+    EXPECT_FLOAT_EQ(audio.player("tap5")->volume(), 0.15f);
+}
+
+} // namespace

@@ -1,0 +1,442 @@
+// The play screen's life: the hidden level timer and its offers, the payment of a solved level, and every help
+// action with its price, limits and words.
+#include "TestPlatform.h"
+#include "core/GameViewController.h"
+#include "core/LevelManager.h"
+#include "core/LevelSuccessViewController.h"
+#include "core/LevelsInfoReader.h"
+#include "outreach/Outreach.h"
+#include "progress/CreditsManager.h"
+#include "progress/RankManager.h"
+#include "progress/ScorePointsManager.h"
+#include "progress/UserStatsManager.h"
+#include "screens/Screens.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <gtest/gtest.h>
+
+namespace {
+
+struct FakeAds : AdPacing {
+    bool areInAppsPurchased() const override { return false; }
+    bool hasNormalInterstitial() const override { return false; }
+    bool isPreviousLoadAdFinished() const override { return true; }
+    void preloadAdmobAdAtTheRightTime() override { ++interstitialLoads; }
+    bool hasRewardedInterstitial() const override { return videoLoaded; }
+    bool isPreviousLoadRewardedVideoFinished() const override { return true; }
+    void preloadAdmobVideoAdAtTheRightTime() override { ++videoLoads; }
+    void displayAdmobVideoAd() override { ++videosShown; }
+    qint64 getProperPercentToShowSpecialAdmobAd() const override { return percent; }
+    bool isAddCurrentlyDisplaying() const override { return displaying; }
+    void increaseActionCount() override { ++actions; }
+    int interstitialLoads = 0, videoLoads = 0, videosShown = 0, actions = 0;
+    qint64 percent = 0;
+    bool displaying = false, videoLoaded = false;
+};
+
+struct FakeSharing : Sharing {
+    void shareContentOnViewControllerOnCompletion(const QStringList& items, const QString&, ViewController*,
+                                                  std::function<void(const QString&)> done) override {
+        shared.append(items);
+        pending = std::move(done);
+    }
+    qint64 levelsShared() const override { return count; }
+    void incrementLevelsShared() override { ++count; }
+    QString appStoreLink() const override { return "https://example.invalid/tarvolin"; }
+    void finish(const QString& activity) {
+        auto done = std::move(pending);
+        pending = nullptr;
+        if (done) {
+            done(activity);
+        }
+    }
+    QList<QStringList> shared;
+    std::function<void(const QString&)> pending;
+    qint64 count = 0;
+};
+
+struct FakeReminders : Reminders {
+    bool areNotificationsAllowed() const override { return allowed; }
+    void enableNotificationPermissions() override { ++permissionAsked; }
+    bool isWaitNotificationIsScheduled() const override { return !scheduled.isEmpty(); }
+    void scheduleNotificationWithDelay(const QString& text, qint64 minutes) override {
+        scheduled = text;
+        delay = minutes;
+    }
+    qint64 currentWaitMinutes() const override { return wait; }
+    void setCurrentWaitMinutes(qint64 m) override { wait = m; }
+    bool allowed = true;
+    int permissionAsked = 0;
+    QString scheduled;
+    qint64 delay = 0, wait = 0;
+};
+
+struct FakeSessions : Sessions {
+    qint64 activeSessions() const override { return active; }
+    qint64 videoRewardsCount() const override { return videos; }
+    void setVideoRewardsCount(qint64 c) override { videos = c; }
+    qint64 active = 1, videos = 0;
+};
+
+class Play : public ::testing::Test {
+protected:
+    void SetUp() override {
+        registerScreens(Platform::shared().navigator());
+        LevelsInfoReader::setResourceRoot(platform.folder());
+        QString text;
+        for (int p = 0; p < 14; ++p) {
+            text += QStringLiteral("[pack=%1]\n").arg(p + 1);
+            for (int i = 0; i < 25; ++i) {
+                text += QStringLiteral("level=سمكة\nimage=p%1l%2\nother_letters=ابتثجحخد\n").arg(p).arg(i);
+            }
+        }
+        QFile f(QDir(platform.folder()).filePath("ok.wav"));
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write(text.toUtf8());
+        LevelsInfoReader::sharedInstance().loadAllPacksLevelsWithEnc("ok", false);
+        Outreach::ads = &ads;
+        Outreach::sharing = &sharing;
+        Outreach::reminders = &reminders;
+        Outreach::sessions = &sessions;
+    }
+    void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
+
+    GameViewController* open(qint64 level, qint64 round, bool previous = false) {
+        auto game = Game::initWithGameLevelAndGameRound(level, round);
+        game->setLevelInfo(LevelsInfoReader::sharedInstance().getLevelInfoPackId(level, round));
+        for (int i = 0; i < 12; ++i) {
+            platform.random().queue({0});
+        }
+        auto* vc = new GameViewController();
+        vc->setGame(game);
+        vc->isPreviousGame = previous;
+        Platform::shared().navigator().setRootViewController(vc);
+        // The screen it replaces goes now, as the event loop would take it.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        return vc;
+    }
+    void solve(GameViewController* vc) {
+        const QString solution = vc->game->levelInfo()->solution;
+        QList<LetterLabel*> used;
+        for (const QChar c : solution) {
+            for (LetterLabel* t : std::as_const(vc->lettersLabels)) {
+                if (t->text() == QString(c) && !used.contains(t)) {
+                    used.append(t);
+                    vc->tapTile(static_cast<int>(vc->lettersLabels.indexOf(t)));
+                    break;
+                }
+            }
+        }
+        platform.animator().completeAll();
+    }
+    LevelSuccessViewController* popup() {
+        return qobject_cast<LevelSuccessViewController*>(Platform::shared().navigator().presentedViewController());
+    }
+    QStringList titles() {
+        QStringList t;
+        while (platform.alerts().isVisible()) {
+            t << platform.alerts().title();
+            platform.alerts().press(0);
+        }
+        return t;
+    }
+
+    TestPlatform platform;
+    FakeAds ads;
+    FakeSharing sharing;
+    FakeReminders reminders;
+    FakeSessions sessions;
+};
+
+TEST_F(Play, TimerOffersAtOneHundredAndTwoHundredThirtySecondsThenStops) {
+    ads.percent = 100;
+    auto* vc = open(3, 0);
+    ASSERT_TRUE(vc->timer);
+    EXPECT_FALSE(vc->timeViewsVisible());
+    EXPECT_EQ(vc->secondsText(), "100");
+    platform.scheduler().advance(99.85);
+    EXPECT_FALSE(platform.alerts().isVisible());
+    // The rewarded video is prepared ten seconds before the period ends.
+    EXPECT_EQ(ads.videoLoads, 1);
+    platform.scheduler().advance(0.2);
+    ASSERT_TRUE(platform.alerts().isVisible());
+    EXPECT_EQ(platform.alerts().title(), "مساعدة");
+    EXPECT_EQ(vc->timePeriod, 130);
+    EXPECT_TRUE(platform.alerts().pressTitled("موافق"));
+    EXPECT_EQ(ads.videosShown, 1);
+    EXPECT_EQ(vc->isTimedAdWasShown, 1);
+    platform.scheduler().advance(129.8);
+    EXPECT_FALSE(platform.alerts().isVisible());
+    platform.scheduler().advance(0.3);
+    ASSERT_TRUE(platform.alerts().isVisible());
+    platform.alerts().pressTitled("الغاء");
+    EXPECT_EQ(ads.videosShown, 1);
+    EXPECT_FALSE(vc->timer);
+    const QString frozen = vc->secondsText();
+    platform.scheduler().advance(500);
+    EXPECT_EQ(vc->secondsText(), frozen);
+    EXPECT_FALSE(platform.alerts().isVisible());
+}
+
+TEST_F(Play, NoOfferWithoutAChanceOrWhileSomethingIsOnScreen) {
+    ads.percent = 0;
+    auto* vc = open(3, 0);
+    platform.scheduler().advance(231);
+    EXPECT_FALSE(platform.alerts().isVisible());
+    EXPECT_FALSE(vc->timer);
+
+    ads.percent = 100;
+    ads.displaying = true;
+    auto* second = open(4, 0);
+    platform.scheduler().advance(231);
+    EXPECT_FALSE(platform.alerts().isVisible());
+    EXPECT_FALSE(second->timer);
+}
+
+TEST_F(Play, ShareSuggestionFiftySecondsInForPlayersOfAFewSessions) {
+    sessions.active = 5;
+    open(3, 0);
+    platform.random().queue({7}); // 7 % 5 == 2
+    platform.scheduler().advance(50.05);
+    EXPECT_EQ(sharing.shared.size(), 1);
+
+    sessions.active = 16;
+    open(4, 0);
+    platform.random().queue({7});
+    platform.scheduler().advance(50.05);
+    EXPECT_EQ(sharing.shared.size(), 1);
+}
+
+TEST_F(Play, OfflineNoTimerAndASolvedLevelPaysNothing) {
+    platform.reachability().setForcedOffline(true);
+    LevelManager::sharedInstance().saveCurrentLevelTo(3);
+    auto* vc = open(3, 0);
+    EXPECT_FALSE(vc->timer);
+    solve(vc);
+    ASSERT_NE(popup(), nullptr);
+    EXPECT_EQ(popup()->credits, 0);
+    EXPECT_EQ(popup()->rewardedPoints, 0);
+    EXPECT_EQ(CreditsManager::sharedInstance().currentCredits(), 150);
+    EXPECT_EQ(ScorePointsManager::sharedInstance().totalPoints(), 0);
+    EXPECT_EQ(LevelManager::sharedInstance().currentLevel(), 4);
+    EXPECT_EQ(UserStatsManager::sharedInstance().dailyCompletedLevels().last().value, 1);
+}
+
+TEST_F(Play, ASolvedLevelPaysByTheRoundItWasPlayedIn) {
+    LevelManager::sharedInstance().saveCurrentLevelTo(11 * 25 + 23);
+    auto* vc = open(23, 11);
+    solve(vc);
+    ASSERT_NE(popup(), nullptr);
+    EXPECT_EQ(popup()->type, 0);
+    EXPECT_EQ(popup()->credits, 5);
+    EXPECT_EQ(popup()->rewardedPoints, 2);
+    EXPECT_EQ(CreditsManager::sharedInstance().currentCredits(), 155);
+    EXPECT_EQ(ads.actions, 1);
+    EXPECT_EQ(vc->game->gameLevel, 24);
+    // The next level's timer starts only when the player goes on.
+    EXPECT_FALSE(vc->timer);
+    popup()->nextLevelAction();
+    EXPECT_TRUE(vc->timer);
+
+    solve(vc);
+    ASSERT_NE(popup(), nullptr);
+    EXPECT_EQ(popup()->type, 3);
+    // The last level of round 11 still pays round 11's points, though the player is now in round 12.
+    EXPECT_EQ(popup()->rewardedPoints, 2);
+    EXPECT_EQ(LevelManager::sharedInstance().currentLevel(), 12 * 25);
+    EXPECT_EQ(vc->game->gameLevel, 24);
+}
+
+TEST_F(Play, APreviousLevelPaysOnePointOnceAndOnlyOnline) {
+    LevelManager::sharedInstance().saveCurrentLevelTo(40);
+    platform.reachability().setForcedOffline(true);
+    solve(open(5, 0, true));
+    EXPECT_EQ(popup()->type, 1);
+    EXPECT_EQ(ScorePointsManager::sharedInstance().totalPoints(), 0);
+    EXPECT_FALSE(LevelManager::sharedInstance().isLevelRewardedSecondTime(5));
+
+    platform.reachability().setForcedOffline(false);
+    solve(open(5, 0, true));
+    EXPECT_EQ(popup()->rewardedPoints, 1);
+    EXPECT_EQ(ScorePointsManager::sharedInstance().totalPoints(), 1);
+    solve(open(5, 0, true));
+    EXPECT_EQ(popup()->rewardedPoints, 0);
+    EXPECT_EQ(ScorePointsManager::sharedInstance().totalPoints(), 1);
+    EXPECT_EQ(LevelManager::sharedInstance().currentLevel(), 40);
+}
+
+TEST_F(Play, PaidLetterAndRemovalWithTheirPrices) {
+    auto* vc = open(3, 0);
+    CreditsManager::sharedInstance().setCreditsTo(49);
+    vc->revealLetter(nullptr);
+    EXPECT_EQ(platform.alerts().title(), "لايوجد ذهب");
+    EXPECT_EQ(platform.alerts().buttons(), QStringList{"اذهب الى المتجر"});
+    platform.alerts().press(0);
+    // No store yet: the player is told so.
+    EXPECT_EQ(platform.alerts().title(), Outreach::kUnavailableTitle);
+    platform.alerts().press(0);
+    EXPECT_EQ(platform.animator().pending(), 0);
+
+    CreditsManager::sharedInstance().setCreditsTo(50);
+    vc->revealLetter(nullptr);
+    EXPECT_EQ(CreditsManager::sharedInstance().currentCredits(), 0);
+    EXPECT_EQ(vc->creditsText(), "0");
+    platform.animator().completeAll();
+    EXPECT_EQ(vc->currentAnswer().size(), 1);
+
+    CreditsManager::sharedInstance().setCreditsTo(200);
+    vc->removeWrongLetters(nullptr);
+    vc->removeWrongLetters(nullptr);
+    EXPECT_EQ(CreditsManager::sharedInstance().currentCredits(), 0);
+    int onScreen = 0;
+    for (auto* t : std::as_const(vc->lettersLabels)) {
+        onScreen += t->isOnScreen() ? 1 : 0;
+    }
+    EXPECT_EQ(onScreen, 4);
+}
+
+TEST_F(Play, SkipsWithTheirMessagesInOrder) {
+    LevelManager::sharedInstance().saveCurrentLevelTo(24);
+    auto* last = open(24, 0);
+    last->skipLevel(nullptr);
+    EXPECT_EQ(titles(), QStringList{"المرحلة الأخيرة"});
+    EXPECT_EQ(CreditsManager::sharedInstance().currentSkips(), 1);
+
+    // A previous level: told so, and the skip still happens.
+    LevelManager::sharedInstance().saveCurrentLevelTo(30);
+    auto* previous = open(3, 0, true);
+    previous->skipLevel(nullptr);
+    EXPECT_EQ(titles(), (QStringList{"مرحلة سابقة", "تجاوز المرحلة"}));
+    EXPECT_EQ(CreditsManager::sharedInstance().currentSkips(), 0);
+    EXPECT_EQ(LevelManager::sharedInstance().currentLevel(), 31);
+    EXPECT_EQ(previous->game->gameLevel, 4);
+    // No timer after a skip.
+    EXPECT_FALSE(previous->timer);
+
+    previous->skipLevel(nullptr);
+    EXPECT_EQ(titles(), (QStringList{"مرحلة سابقة", "لقد انتهت التجاوزات لديك"}));
+    EXPECT_EQ(LevelManager::sharedInstance().currentLevel(), 31);
+}
+
+TEST_F(Play, VideoRewardsPerLevelAndPerSession) {
+    auto* vc = open(3, 0);
+    vc->watchVideo(nullptr);
+    EXPECT_TRUE(Platform::shared().progressHud().isVisible());
+    EXPECT_TRUE(vc->watchVideoBtnPressed);
+    Platform::shared().notificationCenter().postNotificationName(kNotificationVideoAdLoaded);
+    EXPECT_FALSE(Platform::shared().progressHud().isVisible());
+    EXPECT_EQ(ads.videosShown, 1);
+
+    for (int i = 0; i < 8; ++i) {
+        Platform::shared().notificationCenter().postNotificationName(NotificationVideoWatched);
+        EXPECT_EQ(platform.alerts().title(), "قطع ذهب مجانية");
+        platform.alerts().press(0);
+    }
+    EXPECT_EQ(CreditsManager::sharedInstance().currentCredits(), 150 + 8 * 25);
+    Platform::shared().notificationCenter().postNotificationName(NotificationVideoWatched);
+    EXPECT_EQ(titles(), QStringList{"لايوجد ذهب"});
+    EXPECT_EQ(sessions.videos, 8);
+
+    auto* next = open(4, 0);
+    Platform::shared().notificationCenter().postNotificationName(NotificationVideoWatched);
+    EXPECT_EQ(titles(), QStringList{"قطع ذهب مجانية"});
+    Platform::shared().notificationCenter().postNotificationName(NotificationVideoWatched);
+    EXPECT_EQ(titles(), QStringList{"لم يتبقى لديك جوائز مشاهدة فيديو في هذه الجلسة"});
+    EXPECT_EQ(next->videoRewardedCount, 1);
+
+    // A video that does not come: said only when the player asked for one.
+    Platform::shared().notificationCenter().postNotificationName(kNotificationVideoAdFailedToLoad);
+    EXPECT_FALSE(platform.alerts().isVisible());
+    next->watchVideo(nullptr);
+    Platform::shared().notificationCenter().postNotificationName(kNotificationVideoAdFailedToLoad);
+    EXPECT_EQ(titles(), QStringList{"لايوجد فيديو"});
+}
+
+TEST_F(Play, SharingToAChatAppPaysTenTimesInAGame) {
+    auto* vc = open(3, 0);
+    sharing.count = 9;
+    vc->revealViewGeneralAction(55);
+    sharing.finish("net.whatsapp.WhatsApp.ShareExtension");
+    EXPECT_EQ(titles(), QStringList{"ذهب مجاني"});
+    EXPECT_EQ(CreditsManager::sharedInstance().currentCredits(), 200);
+    // The same screen again: no second prize.
+    vc->revealViewGeneralAction(55);
+    sharing.finish("whatsapp");
+    EXPECT_EQ(titles(), QStringList{"لم تربح"});
+    // Another target, or a cancelled share: nothing at all.
+    vc->isLevelShared = false;
+    vc->revealViewGeneralAction(55);
+    sharing.finish("com.apple.UIKit.activity.Mail");
+    EXPECT_FALSE(platform.alerts().isVisible());
+    vc->revealViewGeneralAction(55);
+    sharing.finish("whatsapp");
+    EXPECT_EQ(titles(), QStringList{"لايوجد جوائز مشاركة"});
+    EXPECT_EQ(sharing.count, 11);
+    EXPECT_TRUE(vc->isLevelShared);
+}
+
+TEST_F(Play, SharingForALetterOnceOrTwiceByTheAnswersLength) {
+    // "سمكة" has four letters: one letter by sharing.
+    auto* vc = open(3, 0);
+    EXPECT_TRUE(vc->shareRevealVisible());
+    vc->shareAppAndReveal(nullptr);
+    EXPECT_EQ(platform.alerts().title(), "شارك المرحلة");
+    platform.alerts().press(0);
+    sharing.finish("com.facebook.Facebook.ShareExtension");
+    platform.animator().completeAll();
+    EXPECT_EQ(vc->currentAnswer().size(), 1);
+    EXPECT_FALSE(vc->shareRevealVisible());
+    vc->shareAppAndReveal(nullptr);
+    EXPECT_EQ(titles(), QStringList{"عذرا"});
+
+    // A share to an unknown target gives nothing.
+    auto* other = open(4, 0);
+    other->shareAppAndReveal(nullptr);
+    platform.alerts().press(0);
+    sharing.finish("com.example.unknown");
+    EXPECT_EQ(platform.animator().pending(), 0);
+    EXPECT_EQ(other->shareLevelRevealCount, 0);
+
+    // From round 12 on the option is not offered.
+    EXPECT_FALSE(open(3, 12)->shareRevealVisible());
+}
+
+TEST_F(Play, WaitForTheAnswerByAReminder) {
+    reminders.allowed = false;
+    auto* vc = open(3, 0);
+    vc->scheduleSolutionNotification(nullptr);
+    ASSERT_EQ(platform.alerts().count(), 2);
+    EXPECT_EQ(platform.alerts().message(), "سيصلك تنبيه بعد 5 دقيقة بالحل الصحيح   ");
+    EXPECT_EQ(reminders.scheduled, "الحل الصحيح هو: سمكة");
+    EXPECT_EQ(reminders.delay, 5);
+    EXPECT_EQ(reminders.wait, 5);
+    platform.alerts().press(0);
+    EXPECT_EQ(reminders.permissionAsked, 1);
+    platform.alerts().press(0);
+
+    vc->scheduleSolutionNotification(nullptr);
+    EXPECT_EQ(titles(), (QStringList{"مساعدة", "خطأ"}));
+
+    // In round 2 the wait is 90 minutes, told in hours.
+    reminders.scheduled.clear();
+    reminders.allowed = true;
+    LevelManager::sharedInstance().saveCurrentLevelTo(2 * 25);
+    open(0, 2)->scheduleSolutionNotification(nullptr);
+    EXPECT_EQ(platform.alerts().message(), "سيصلك تنبيه بعد 1 ساعة بالحل الصحيح   ");
+    EXPECT_EQ(reminders.delay, 90);
+}
+
+TEST_F(Play, FeaturesWithoutTheirServiceSaySo) {
+    Outreach::clear();
+    auto* vc = open(3, 0);
+    vc->watchVideo(nullptr);
+    vc->shareLevelWithFriends(nullptr);
+    vc->scheduleSolutionNotification(nullptr);
+    vc->openStore(nullptr);
+    EXPECT_EQ(titles(), QStringList(4, Outreach::kUnavailableTitle));
+    EXPECT_FALSE(Platform::shared().progressHud().isVisible());
+}
+
+} // namespace
