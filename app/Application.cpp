@@ -2,10 +2,10 @@
 
 #include "core/LevelManager.h"
 #include "platform/Platform.h"
+#include "screens/ImageUtil.h"
 #include "screens/LevelSelectorViewController.h"
 #include "screens/MainViewController.h"
 #include "screens/RoundSelectorViewController.h"
-#include "screens/ImageUtil.h"
 #include "screens/Screens.h"
 
 #include <QCommandLineParser>
@@ -56,9 +56,10 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
     const QCommandLineOption dataDir(
         QStringLiteral("data-dir"),
         QStringLiteral("Keep profiles under DIR instead of the user's data folder."), QStringLiteral("DIR"));
-    const QCommandLineOption open(QStringLiteral("open"),
-                                  QStringLiteral("Go on from the main screen to SCREEN: rounds, levels or play."),
-                                  QStringLiteral("SCREEN"));
+    const QCommandLineOption open(
+        QStringLiteral("open"),
+        QStringLiteral("Go on from the main screen to SCREEN: rounds, levels or play."),
+        QStringLiteral("SCREEN"));
     parser.addOptions({profile, screenshot, service, device, offline, dataDir, open});
 
     QTextStream err(stderr);
@@ -217,7 +218,8 @@ void Application::openScreen(const QString& which) {
         return;
     }
     const qint64 level = LevelManager::sharedInstance().currentLevel();
-    rounds->tableViewDidSelectRowAtIndexPath(static_cast<int>(std::min(level / 25, rounds->tableViewNumberOfRowsInSection() - 1)));
+    rounds->tableViewDidSelectRowAtIndexPath(
+        static_cast<int>(std::min(level / 25, rounds->tableViewNumberOfRowsInSection() - 1)));
     auto* levels = qobject_cast<LevelSelectorViewController*>(nav.topViewController());
     if (which == QLatin1String("levels") || !levels) {
         return;

@@ -40,7 +40,8 @@ public:
 
 private:
     void scheduleScreenshot();
-    // Goes from the main screen to the rounds, the current round's levels or the current level, as taps would.
+    // Goes from the main screen to the rounds, the current round's levels or the current level, as taps
+    // would.
     void openScreen(const QString& which);
 
     Options m_options;

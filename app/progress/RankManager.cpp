@@ -105,9 +105,10 @@ void RankManager::initData() {
 
     packsLastGcRanks.clear();
     const QVariant stored = Platform::shared().userDefaults().objectForKey(kSlotsKey);
-    // The list comes back from the settings file as a list of texts (or of values); anything else is unreadable.
-    bool readable = stored.isValid() && (stored.typeId() == QMetaType::QStringList ||
-                                         stored.typeId() == QMetaType::QVariantList);
+    // The list comes back from the settings file as a list of texts (or of values); anything else is
+    // unreadable.
+    bool readable = stored.isValid() &&
+                    (stored.typeId() == QMetaType::QStringList || stored.typeId() == QMetaType::QVariantList);
     if (readable) {
         for (const QVariant& v : stored.toList()) {
             bool ok = false;

@@ -11,9 +11,13 @@
 LevelSelectorViewController::LevelSelectorViewController(QObject* parent)
     : ViewController(QStringLiteral("LevelSelectorViewController"), parent) {}
 
-QColor LevelSelectorViewController::topbarColor() const { return Game::getGameTopbarColor(); }
+QColor LevelSelectorViewController::topbarColor() const {
+    return Game::getGameTopbarColor();
+}
 
-void LevelSelectorViewController::viewDidLoad() { currentLevel = LevelManager::sharedInstance().currentLevel(); }
+void LevelSelectorViewController::viewDidLoad() {
+    currentLevel = LevelManager::sharedInstance().currentLevel();
+}
 
 void LevelSelectorViewController::viewWillAppear() {
     currentLevel = LevelManager::sharedInstance().currentLevel();
@@ -34,7 +38,7 @@ qint64 LevelSelectorViewController::collectionViewNumberOfItemsInSection() const
 
 QVariantMap LevelSelectorViewController::collectionViewCellForItemAtIndexPath(qint64 row) const {
     const qint64 g = round * 25 + row;
-    const QString image = g < currentLevel ? QStringLiteral("level1.png")
+    const QString image = g < currentLevel    ? QStringLiteral("level1.png")
                           : g == currentLevel ? QStringLiteral("level2.png")
                                               : QStringLiteral("level3.png");
     const int state = g < currentLevel ? 0 : (g == currentLevel ? 1 : 2);

@@ -20,8 +20,10 @@ MainViewController::~MainViewController() {
 
 void MainViewController::viewDidLoad() {
     auto& center = Platform::shared().notificationCenter();
-    center.addObserver(this, NotificationCreditsChanged, [this](const Notification&) { creditsSkipsChanged(); });
-    center.addObserver(this, NotificationSkipsChanged, [this](const Notification&) { creditsSkipsChanged(); });
+    center.addObserver(this, NotificationCreditsChanged,
+                       [this](const Notification&) { creditsSkipsChanged(); });
+    center.addObserver(this, NotificationSkipsChanged,
+                       [this](const Notification&) { creditsSkipsChanged(); });
     center.addObserver(this, PointsChangedNotification, [this](const Notification&) { pointsChanged(); });
 }
 
@@ -60,7 +62,8 @@ void MainViewController::pointsChanged() {
 void MainViewController::startAction() {
     SoundFactory::sharedInstance().playMenuTap();
     auto& nav = Platform::shared().navigator();
-    if (auto* rounds = nav.instantiateViewControllerWithIdentifier(QStringLiteral("RoundSelectorViewController"))) {
+    if (auto* rounds =
+            nav.instantiateViewControllerWithIdentifier(QStringLiteral("RoundSelectorViewController"))) {
         nav.pushViewController(rounds);
     }
 }

@@ -14,7 +14,9 @@
 RoundSelectorViewController::RoundSelectorViewController(QObject* parent)
     : ViewController(QStringLiteral("RoundSelectorViewController"), parent) {}
 
-QColor RoundSelectorViewController::topbarColor() const { return Game::getGameTopbarColor(); }
+QColor RoundSelectorViewController::topbarColor() const {
+    return Game::getGameTopbarColor();
+}
 
 void RoundSelectorViewController::viewDidLoad() {
     // The whole game's level list is read here, the first time the rounds are shown.
@@ -43,12 +45,17 @@ QVariantMap RoundSelectorViewController::tableViewCellForRowAtIndexPath(qint64 r
     const qint64 place = row < ranks.packsLastGcRanks.size() ? ranks.packsLastGcRanks.at(row) : 0;
     const QString leaderboard = place == 0 ? QStringLiteral("---") : Util::formatLongNumber(place);
 
-    QVariantMap cell{{"number", QString::number(row + 1)}, {"name", rank.name}, {"desc", rank.desc},
+    QVariantMap cell{{"number", QString::number(row + 1)},
+                     {"name", rank.name},
+                     {"desc", rank.desc},
                      {"badge", rank.getBadge()},
                      // The locked look of the same rank, numbered from 0 as the ladder's rows are.
                      {"lockedBadge", QStringLiteral("gbadge%1.png").arg(rank.id - 1)}};
     if (row < currentGroup) {
-        cell.insert({{"state", Finished}, {"image", "group1.png"}, {"progress", 1.0}, {"percent", "100%"},
+        cell.insert({{"state", Finished},
+                     {"image", "group1.png"},
+                     {"progress", 1.0},
+                     {"percent", "100%"},
                      {"leaderboard", leaderboard}});
     } else if (row == currentGroup) {
         cell.insert({{"state", Current},
@@ -57,7 +64,10 @@ QVariantMap RoundSelectorViewController::tableViewCellForRowAtIndexPath(qint64 r
                      {"percent", QStringLiteral("%1 %").arg(static_cast<qint64>(progress * 100))},
                      {"leaderboard", leaderboard}});
     } else {
-        cell.insert({{"state", Locked}, {"image", "group2.png"}, {"progress", 0.0}, {"percent", ""},
+        cell.insert({{"state", Locked},
+                     {"image", "group2.png"},
+                     {"progress", 0.0},
+                     {"percent", ""},
                      {"leaderboard", "---"}});
     }
     return cell;

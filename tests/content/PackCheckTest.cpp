@@ -125,6 +125,8 @@ TEST_F(PackCheck, SeparatorsInsideAValueSplitWhereTheGameSplits) {
 TEST_F(PackCheck, TheTrayNeedsTwelveLettersOfItsOwn) {
     setLine(decoyLine(1), QStringLiteral("other_letters=ابت"));
     expectFindings(check(), {{decoyLine(1), E, "add 6 decoys, or the game fills in 'تصخضذأ'"}});
+    setLine(decoyLine(1), QStringLiteral("other_letters=ابتثجحخد"));
+    expectFindings(check(), {{decoyLine(1), E, "the tray gets 11 of its 12"}});
 
     setLine(decoyLine(1), QStringLiteral("other_letters=ابتثجحخدذمنو"));
     expectFindings(check(), {{decoyLine(1), W, "longer than the tray by 3: 'منو' never shows"}});

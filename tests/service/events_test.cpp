@@ -121,7 +121,7 @@ TEST_P(EventsTest, ASocketCountsAsOpenInTheMetrics) {
         EXPECT_EQ(open(), 1);
     }
     // The server notices the close on its own strand; ask until it has.
-    for (int i = 0; i < 200 && open() != 0; ++i) {
+    for (int i = 0; i < 1000 && open() != 0; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     EXPECT_EQ(open(), 0);

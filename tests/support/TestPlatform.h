@@ -3,14 +3,16 @@
 #include "platform/Platform.h"
 
 #include <QTemporaryDir>
-#include <ostream>
 #include <deque>
 #include <map>
 #include <memory>
+#include <ostream>
 #include <vector>
 
 // Readable strings in test failures.
-inline void PrintTo(const QString& s, std::ostream* os) { *os << '"' << s.toStdString() << '"'; }
+inline void PrintTo(const QString& s, std::ostream* os) {
+    *os << '"' << s.toStdString() << '"';
+}
 
 // A clock that moves only when told; due callbacks run in order of their time.
 class ManualScheduler : public Scheduler {

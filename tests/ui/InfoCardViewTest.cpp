@@ -10,7 +10,8 @@
 #include <QQuickWindow>
 #include <QSGRendererInterface>
 #include <QtTest>
-#include <cmath>
+#include <algorithm>
+#include <cstdlib>
 #include <memory>
 
 namespace {
@@ -112,6 +113,7 @@ struct Shown {
     }
     QColor pixel(QPointF scenePoint) const { return image.pixelColor(scenePoint.toPoint()); }
 };
+
 } // namespace
 
 class InfoCardViewTest : public QObject {

@@ -1,10 +1,13 @@
-// The play screen as the player sees it, under the offscreen platform: the first level of the shipped pack is
-// solved by taps on the rendered tiles, through the help popup and the first level's gift.
+// The game as the player sees it, under the offscreen platform: from the main screen through the rounds and
+// the levels to the first level of the shipped pack, solved by taps on the rendered tiles through the help
+// popup and the first level's gift, and on to the next level.
 #include "Application.h"
 #include "TestPlatform.h"
 #include "core/AppDelegate.h"
 #include "core/GameViewController.h"
 #include "core/LevelManager.h"
+#include "screens/MainViewController.h"
+#include "screens/RoundSelectorViewController.h"
 #include "screens/Screens.h"
 
 #include <QQmlApplicationEngine>
@@ -22,7 +25,7 @@ private slots:
         Application::registerResources();
     }
 
-    void solvesTheFirstLevelByTaps() {
+    void fromTheMainScreenToASolvedFirstLevel() {
         TestPlatform platform;
         registerScreens(Platform::shared().navigator());
         AppDelegate app;
@@ -33,8 +36,22 @@ private slots:
         QVERIFY(window);
         QVERIFY(QTest::qWaitForWindowExposed(window));
 
-        auto* play = qobject_cast<GameViewController*>(Platform::shared().navigator().rootViewController());
-        QVERIFY(play);
+        // Main screen, rounds, the first round's levels, the first level: each by a tap on what is drawn.
+        auto& nav = Platform::shared().navigator();
+        QVERIFY(qobject_cast<MainViewController*>(nav.topViewController()));
+        QCOMPARE(findItem(window, "levelValue")->property("text").toString(), QStringLiteral("1"));
+        click(window, findItem(window, "startButton"));
+        QTRY_VERIFY(findItem(window, "round0") && findItem(window, "round0")->isVisible());
+        QVERIFY(qobject_cast<RoundSelectorViewController*>(nav.topViewController()));
+        click(window, findItem(window, "round1"));
+        QCOMPARE(alerts().title(), QStringLiteral("المجموعة مقفلة"));
+        click(window, findItem(window, "alertButton0"));
+        click(window, findItem(window, "round0"));
+        QTRY_VERIFY(findItem(window, "level0") && findItem(window, "level0")->isVisible());
+        click(window, findItem(window, "level0"));
+        QTRY_VERIFY(qobject_cast<GameViewController*>(nav.topViewController()));
+        auto* play = qobject_cast<GameViewController*>(nav.topViewController());
+        QTRY_VERIFY(findItem(window, "tile0") && findItem(window, "tile0")->isVisible());
         const QString solution = play->game->levelInfo()->solution;
         QVERIFY(solution.size() >= 3);
 
@@ -96,12 +113,16 @@ private slots:
         QCOMPARE(LevelManager::sharedInstance().currentLevel(), 1);
         click(window, findItem(window, "nextButton"));
         QTRY_COMPARE(findItem(window, "levelLabel")->property("text").toString(), QStringLiteral("2"));
+        // Solved online: five gold for the level.
+        QCOMPARE(findItem(window, "creditsPill")->property("text").toString(), QStringLiteral("155"));
+        QVERIFY(play->timer);
         QVERIFY(!Platform::shared().navigator().presentedViewController());
         QVERIFY(!play->helpPopupVisible());
         engine.reset();
     }
 
 private:
+    static Alerts& alerts() { return Platform::shared().alerts(); }
     // Every item of the visual tree, depth first.
     static QList<QQuickItem*> allItems(QQuickItem* root) {
         QList<QQuickItem*> items{root};

@@ -16,9 +16,11 @@ TEST(Balances, FirstStartGrantsOnceAndEveryChangeIsKept) {
     TestPlatform platform;
     int creditChanges = 0, skipChanges = 0, pointChanges = 0;
     auto& center = Platform::shared().notificationCenter();
-    center.addObserver(&creditChanges, NotificationCreditsChanged, [&](const Notification&) { ++creditChanges; });
+    center.addObserver(&creditChanges, NotificationCreditsChanged,
+                       [&](const Notification&) { ++creditChanges; });
     center.addObserver(&skipChanges, NotificationSkipsChanged, [&](const Notification&) { ++skipChanges; });
-    center.addObserver(&pointChanges, PointsChangedNotification, [&](const Notification&) { ++pointChanges; });
+    center.addObserver(&pointChanges, PointsChangedNotification,
+                       [&](const Notification&) { ++pointChanges; });
 
     auto& credits = CreditsManager::sharedInstance();
     EXPECT_EQ(credits.currentCredits(), 150);

@@ -1,5 +1,5 @@
-// The play screen's life: the hidden level timer and its offers, the payment of a solved level, and every help
-// action with its price, limits and words.
+// The play screen's life: the hidden level timer and its offers, the payment of a solved level, and every
+// help action with its price, limits and words.
 #include "TestPlatform.h"
 #include "core/GameViewController.h"
 #include "core/LevelManager.h"
@@ -132,7 +132,8 @@ protected:
         platform.animator().completeAll();
     }
     LevelSuccessViewController* popup() {
-        return qobject_cast<LevelSuccessViewController*>(Platform::shared().navigator().presentedViewController());
+        return qobject_cast<LevelSuccessViewController*>(
+            Platform::shared().navigator().presentedViewController());
     }
     QStringList titles() {
         QStringList t;

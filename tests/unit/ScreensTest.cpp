@@ -1,0 +1,195 @@
+// The main screen and the two selectors: what they show for the player's level, and where a tap leads.
+#include "screens/Screens.h"
+#include "TestPlatform.h"
+#include "core/GameViewController.h"
+#include "core/LevelManager.h"
+#include "core/LevelsInfoReader.h"
+#include "progress/CreditsManager.h"
+#include "progress/RankManager.h"
+#include "progress/ScorePointsManager.h"
+#include "screens/LevelSelectorViewController.h"
+#include "screens/MainViewController.h"
+#include "screens/RoundSelectorViewController.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <gtest/gtest.h>
+
+namespace {
+
+class Screens : public ::testing::Test {
+protected:
+    void SetUp() override {
+        registerScreens(Platform::shared().navigator());
+        LevelsInfoReader::setResourceRoot(platform.folder());
+        QString text;
+        for (int p = 0; p < 3; ++p) {
+            text += QStringLiteral("[pack=%1]\n").arg(p + 1);
+            for (int i = 0; i < 25; ++i) {
+                text += QStringLiteral("level=قلم\nimage=p%1l%2\nother_letters=ابتثجحخدذ\n").arg(p).arg(i);
+            }
+        }
+        QFile f(QDir(platform.folder()).filePath("ok.wav"));
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write(text.toUtf8());
+    }
+    void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
+
+    MainViewController* main() {
+        auto* m = new MainViewController();
+        Platform::shared().navigator().setRootViewController(m);
+        return m;
+    }
+    RoundSelectorViewController* rounds() {
+        main()->startAction();
+        return qobject_cast<RoundSelectorViewController*>(Platform::shared().navigator().topViewController());
+    }
+    LevelSelectorViewController* levels(int round) {
+        rounds()->tableViewDidSelectRowAtIndexPath(round);
+        return qobject_cast<LevelSelectorViewController*>(Platform::shared().navigator().topViewController());
+    }
+    void at(qint64 level) { LevelManager::sharedInstance().saveCurrentLevelTo(level); }
+
+    TestPlatform platform;
+};
+
+TEST_F(Screens, MainScreenShowsWhereThePlayerStands) {
+    at(1);
+    auto* m = main();
+    EXPECT_EQ(m->creditsLabel(), "150");
+    EXPECT_EQ(m->skipsLabel(), "1");
+    EXPECT_EQ(m->currentLevelLabel(), "2");
+    EXPECT_EQ(m->currentRoundLabel(), "1");
+    EXPECT_EQ(m->currentBadgeLabel(), QStringLiteral("مبتديء"));
+    EXPECT_EQ(m->currentBadgeImage(), "badge1.png");
+    EXPECT_FALSE(m->battleButtonVisible());
+
+    // Live changes reach the labels; points after a live change are grouped by thousands.
+    CreditsManager::sharedInstance().addCredits(5);
+    EXPECT_EQ(m->creditsLabel(), "155");
+    ScorePointsManager::sharedInstance().addPoints(1234);
+    EXPECT_EQ(m->totalPointsLabel(), "1,234");
+    m->viewWillAppear();
+    EXPECT_EQ(m->totalPointsLabel(), "1234");
+
+    at(2);
+    m->viewWillAppear();
+    EXPECT_TRUE(m->battleButtonVisible());
+    at(0);
+    m->viewWillAppear();
+    EXPECT_TRUE(m->battleButtonVisible());
+    at(130);
+    m->viewWillAppear();
+    EXPECT_EQ(m->currentBadgeLabel(), QStringLiteral("ممتاز"));
+    EXPECT_EQ(m->currentBadgeImage(), "badge6.png");
+}
+
+TEST_F(Screens, RoundsFinishedCurrentAndLocked) {
+    at(0);
+    auto* r = rounds();
+    ASSERT_NE(r, nullptr);
+    EXPECT_TRUE(LevelsInfoReader::sharedInstance().isPacksDataLoaded());
+    ASSERT_EQ(r->rows().size(), 3);
+    QVariantMap row0 = r->rows().at(0).toMap();
+    EXPECT_EQ(row0["state"].toInt(), RoundSelectorViewController::Current);
+    EXPECT_EQ(row0["percent"].toString(), "0 %");
+    EXPECT_EQ(row0["name"].toString(), QStringLiteral("مبتديء"));
+    EXPECT_EQ(r->rows().at(1).toMap()["state"].toInt(), RoundSelectorViewController::Locked);
+    EXPECT_EQ(r->rows().at(1).toMap()["leaderboard"].toString(), "---");
+    EXPECT_EQ(r->rows().at(1).toMap()["lockedBadge"].toString(), "gbadge1.png");
+
+    at(24);
+    r->viewWillAppear();
+    EXPECT_EQ(r->rows().at(0).toMap()["percent"].toString(), "96 %");
+
+    at(25);
+    RankManager::sharedInstance().packsLastGcRanks[0] = 12345;
+    r->viewWillAppear();
+    row0 = r->rows().at(0).toMap();
+    EXPECT_EQ(row0["state"].toInt(), RoundSelectorViewController::Finished);
+    EXPECT_EQ(row0["percent"].toString(), "100%");
+    EXPECT_EQ(row0["leaderboard"].toString(), "12,345");
+    EXPECT_EQ(r->rows().at(1).toMap()["state"].toInt(), RoundSelectorViewController::Current);
+    EXPECT_EQ(r->rows().at(1).toMap()["progress"].toDouble(), 0.0);
+
+    // A locked round is refused with its message.
+    r->tableViewDidSelectRowAtIndexPath(2);
+    EXPECT_EQ(platform.alerts().title(), QStringLiteral("المجموعة مقفلة"));
+    EXPECT_EQ(Platform::shared().navigator().topViewController(), r);
+}
+
+TEST_F(Screens, AtTheEndOfTheGameEveryRoundIsFinishedAndEveryLevelAReplay) {
+    at(75);
+    auto* r = rounds();
+    for (const QVariant& row : r->rows()) {
+        EXPECT_EQ(row.toMap()["state"].toInt(), RoundSelectorViewController::Finished);
+    }
+    EXPECT_EQ(r->currentGroup, 3);
+    r->tableViewDidSelectRowAtIndexPath(2);
+    auto* l = qobject_cast<LevelSelectorViewController*>(Platform::shared().navigator().topViewController());
+    ASSERT_NE(l, nullptr);
+    for (const QVariant& cell : l->cells()) {
+        EXPECT_EQ(cell.toMap()["image"].toString(), "level1.png");
+    }
+    l->collectionViewDidSelectItemAtIndexPath(24);
+    auto* play = qobject_cast<GameViewController*>(Platform::shared().navigator().topViewController());
+    ASSERT_NE(play, nullptr);
+    EXPECT_TRUE(play->isPreviousGame);
+}
+
+TEST_F(Screens, LevelsSolvedNextAndLocked) {
+    at(27);
+    auto* l = levels(1);
+    ASSERT_NE(l, nullptr);
+    EXPECT_EQ(l->currentRoundLabel(), "2");
+    ASSERT_EQ(l->cells().size(), 25);
+    EXPECT_EQ(l->cells().at(1).toMap()["image"].toString(), "level1.png");
+    EXPECT_EQ(l->cells().at(2).toMap()["image"].toString(), "level2.png");
+    EXPECT_EQ(l->cells().at(3).toMap()["image"].toString(), "level3.png");
+
+    l->collectionViewDidSelectItemAtIndexPath(3);
+    EXPECT_EQ(platform.alerts().title(), QStringLiteral("المرحلة مقفلة"));
+    EXPECT_EQ(Platform::shared().navigator().topViewController(), l);
+
+    l->collectionViewDidSelectItemAtIndexPath(2);
+    auto* play = qobject_cast<GameViewController*>(Platform::shared().navigator().topViewController());
+    ASSERT_NE(play, nullptr);
+    EXPECT_FALSE(play->isPreviousGame);
+    EXPECT_EQ(play->game->gameRound, 1);
+    EXPECT_EQ(play->game->gameLevel, 2);
+    EXPECT_EQ(play->game->levelInfo(), LevelsInfoReader::sharedInstance().getLevelInfoPackId(2, 1));
+    EXPECT_EQ(Platform::shared().navigator().depth(), 4);
+
+    // Back from play, the grid is drawn anew for the level reached meanwhile.
+    LevelManager::sharedInstance().incrementCurrentLevel();
+    play->goBack(nullptr);
+    EXPECT_EQ(l->cells().at(2).toMap()["image"].toString(), "level1.png");
+    EXPECT_EQ(l->cells().at(3).toMap()["image"].toString(), "level2.png");
+
+    l->collectionViewDidSelectItemAtIndexPath(0);
+    play = qobject_cast<GameViewController*>(Platform::shared().navigator().topViewController());
+    ASSERT_NE(play, nullptr);
+    EXPECT_TRUE(play->isPreviousGame);
+}
+
+TEST_F(Screens, AfterALevelTheMenuLeadsBackToTheRounds) {
+    at(0);
+    auto* l = levels(0);
+    l->collectionViewDidSelectItemAtIndexPath(0);
+    auto* play = qobject_cast<GameViewController*>(Platform::shared().navigator().topViewController());
+    ASSERT_NE(play, nullptr);
+    play->dismissHelpAction();
+    play->gameSuccess();
+    auto& nav = Platform::shared().navigator();
+    auto* popup = nav.presentedViewController();
+    ASSERT_NE(popup, nullptr);
+    QMetaObject::invokeMethod(popup, "goHomeAction");
+    EXPECT_EQ(nav.presentedViewController(), nullptr);
+    EXPECT_EQ(nav.depth(), 2);
+    EXPECT_NE(qobject_cast<RoundSelectorViewController*>(nav.topViewController()), nullptr);
+    // The level stays counted: the next opening goes on from the next one.
+    EXPECT_EQ(LevelManager::sharedInstance().currentLevel(), 1);
+}
+
+} // namespace
