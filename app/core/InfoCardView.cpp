@@ -26,6 +26,7 @@ bool InfoCardView::coordinates(QPointF* latLon) const {
 
 void InfoCardView::setupViewWithId(qint64 cardId) {
     m_cardId = cardId;
+    hasPin = false;
     const LevelInfo empty;
     const LevelInfo& l = level ? *level : empty;
 
