@@ -8,7 +8,7 @@ packages=(
   build-essential cmake ninja-build pkg-config git clang-format curl ca-certificates
   # the game: Qt 6.4 Quick, multimedia, SVG
   qt6-base-dev qt6-base-dev-tools qt6-declarative-dev qt6-declarative-dev-tools
-  qt6-multimedia-dev qt6-svg-dev libqt6svg6 qt6-image-formats-plugins
+  qt6-multimedia-dev qt6-svg-dev libqt6svg6 qt6-image-formats-plugins qt6-websockets-dev
   qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-layouts
   qml6-module-qtquick-window qml6-module-qtquick-templates qml6-module-qtqml-workerscript
   qml6-module-qtquick-particles qml6-module-qtquick-shapes qml6-module-qtmultimedia

@@ -1,10 +1,24 @@
 #include "LevelSuccessViewController.h"
 
 #include "GameViewController.h"
+#include "RoundFinishViewController.h"
+#include "multiplayer/GameCenterManager.h"
 #include "outreach/SoundFactory.h"
 #include "platform/Platform.h"
+#include "platform/gamekit/GKLocalPlayer.h"
+#include "progress/CreditsManager.h"
 #include "progress/ScorePointsManager.h"
+#include "progress/UserStatsManager.h"
 #include "screens/Util.h"
+
+LevelSuccessViewController::LevelSuccessViewController(QObject* parent)
+    : ViewController(QStringLiteral("LevelSuccessViewController"), parent) {}
+
+LevelSuccessViewController::~LevelSuccessViewController() {
+    if (Platform::isInstalled()) {
+        Platform::shared().notificationCenter().removeObserver(this);
+    }
+}
 
 QString LevelSuccessViewController::solutionText() const {
     const auto info = game ? game->levelInfo() : nullptr;
@@ -16,11 +30,88 @@ QString LevelSuccessViewController::titleText() const {
 }
 
 QString LevelSuccessViewController::nextButtonText() const {
-    return type == 0 ? QStringLiteral("المرحلة التالية") : QStringLiteral("المراحل");
+    switch (type) {
+    case 0:
+        return QStringLiteral("المرحلة التالية");
+    case 3:
+        return QStringLiteral("جائزة الجولة");
+    default:
+        return QStringLiteral("المراحل");
+    }
 }
 
-QString LevelSuccessViewController::totalPointsText() const {
-    return QString::number(ScorePointsManager::sharedInstance().totalPoints());
+void LevelSuccessViewController::viewDidLoad() {
+    isFreeOptionRewarded = false;
+    auto& center = Platform::shared().notificationCenter();
+    center.addObserver(this, NotificationCreditsChanged, [this](const Notification&) { creditsChanged(); });
+    center.addObserver(this, scoreLoadedNotification, [this](const Notification&) { scoreLoaded(); });
+
+    auto& gc = GameCenterManager::sharedInstance();
+    gc.setPlayerRankBeforeReportingLastScore(gc.playerRank);
+    gc.reportScoreWithContextWithCompletionHandler(ScorePointsManager::sharedInstance().totalPoints(), 0, [] {
+        auto& manager = GameCenterManager::sharedInstance();
+        manager.reloadPlayerScoreWithCompletionHandler([] {
+            UserStatsManager::sharedInstance().updateGamecenterRankForCurrentDay(
+                GameCenterManager::sharedInstance().playerRank);
+        });
+    });
+
+    m_currentCredits = QString::number(CreditsManager::sharedInstance().currentCredits());
+    m_totalPoints = QString::number(ScorePointsManager::sharedInstance().totalPoints());
+    m_lastRank = Util::formatLongNumber(gc.playerRankBeforeReportingLastScore);
+    if (GKLocalPlayer::localPlayer().isAuthenticated() && Util::isConnected()) {
+        m_rankIsChanged = QStringLiteral("جاري حساب ترتيبك الجديد...");
+    } else {
+        m_rankIsChanged = QStringLiteral("انت غير متصل بالجيم سنتر.");
+        m_buttonsEnabled = true;
+    }
+    // A slow game service never traps the player.
+    Util::delayCallbackForTotalSeconds(
+        [this, alive = std::weak_ptr<int>(m_alive)] {
+            if (!alive.expired()) {
+                enableButtons();
+            }
+        },
+        kSafetySeconds);
+    m_emitterRuns += 1;
+    emit labelsChanged();
+}
+
+void LevelSuccessViewController::enableButtons() {
+    m_buttonsEnabled = true;
+    emit labelsChanged();
+}
+
+void LevelSuccessViewController::creditsChanged() {
+    if (type == 0 || type == 1) {
+        m_currentCredits = QString::number(CreditsManager::sharedInstance().currentCredits());
+        emit labelsChanged();
+    }
+}
+
+void LevelSuccessViewController::scoreLoaded() {
+    m_buttonsEnabled = true;
+    const auto& gc = GameCenterManager::sharedInstance();
+    m_currentRank = Util::formatLongNumber(gc.playerRank);
+    const qint64 change = gc.playerRankBeforeReportingLastScore - gc.playerRank;
+    if (change < 1) {
+        m_rankIsChanged = QStringLiteral("ترتيبك لم يتغير");
+        m_rankRose = false;
+    } else {
+        m_rankIsChanged = QStringLiteral("** مبروك لقد ارتفع ترتيبك **");
+        m_rankChange = QStringLiteral("+%1").arg(Util::formatLongNumber(change));
+        m_rankRose = true;
+    }
+    emit labelsChanged();
+}
+
+void LevelSuccessViewController::openLeaderboardAction() {
+    SoundFactory::sharedInstance().playMenuTap();
+    auto& nav = Platform::shared().navigator();
+    if (auto* board =
+            nav.instantiateViewControllerWithIdentifier(QStringLiteral("LeaderboardViewController"))) {
+        nav.presentViewController(board);
+    }
 }
 
 void LevelSuccessViewController::nextLevelAction() {
@@ -30,7 +121,7 @@ void LevelSuccessViewController::nextLevelAction() {
     auto& nav = Platform::shared().navigator();
     nav.dismissViewController();
     if (finishedType == 0) {
-        // The next level was built behind the popup; its timer starts now.
+        // The next level was built behind this screen; its timer starts now.
         if (auto* top = qobject_cast<GameViewController*>(Util::getTopNavViewController())) {
             top->onStartNextLevel();
         } else if (screen) {
@@ -38,13 +129,24 @@ void LevelSuccessViewController::nextLevelAction() {
         }
         return;
     }
+    if (finishedType == 3) {
+        if (auto* finish =
+                nav.instantiateViewControllerWithIdentifier(QStringLiteral("RoundFinishViewController"))) {
+            nav.presentViewController(finish);
+        }
+    }
     goBackToLevelsSelectorViewController();
 }
 
 void LevelSuccessViewController::goHomeAction() {
     SoundFactory::sharedInstance().playMenuTap();
+    QPointer<GameViewController> screen = playScreen;
     Platform::shared().navigator().dismissViewController();
-    goBackToLevelsSelectorViewController();
+    if (Platform::shared().navigator().depth() > 1) {
+        Platform::shared().navigator().popToViewControllerAtIndex(1);
+    } else if (screen) {
+        screen->openCurrentLevel();
+    }
 }
 
 void LevelSuccessViewController::goBackToLevelsSelectorViewController() {

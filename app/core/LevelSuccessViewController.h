@@ -1,46 +1,82 @@
 #pragma once
 
 #include "Game.h"
+#include "platform/Scheduler.h"
 #include "platform/ViewController.h"
 
 #include <QPointer>
 
 class GameViewController;
 
-// The popup over the play screen after a solved level. Type 0: a new level with a next one in the round;
-// type 1: a previous level played again; type 3: the last level of a round.
+// The screen after a solved level: the answer and the rewards, the score reported to the leaderboard and how
+// the player's place moved, and the way on. Type 0: a level inside a round; 1 (and 2): a previous level
+// played again; 3: the round is done.
 class LevelSuccessViewController : public ViewController {
     Q_OBJECT
     Q_PROPERTY(int type READ typeValue CONSTANT)
     Q_PROPERTY(QString solutionText READ solutionText CONSTANT)
     Q_PROPERTY(QString titleText READ titleText CONSTANT)
     Q_PROPERTY(QString nextButtonText READ nextButtonText CONSTANT)
+    Q_PROPERTY(QString creditsText READ creditsText CONSTANT)
+    Q_PROPERTY(QString pointsText READ pointsText CONSTANT)
+    Q_PROPERTY(QString totalPointsText READ totalPointsText NOTIFY labelsChanged)
+    Q_PROPERTY(QString currentCreditsText READ currentCreditsText NOTIFY labelsChanged)
+    Q_PROPERTY(QString lastRankText READ lastRankText NOTIFY labelsChanged)
+    Q_PROPERTY(QString currentRankText READ currentRankText NOTIFY labelsChanged)
+    Q_PROPERTY(QString rankIsChangedLabel READ rankIsChangedLabel NOTIFY labelsChanged)
+    Q_PROPERTY(QString rankChangeText READ rankChangeText NOTIFY labelsChanged)
+    Q_PROPERTY(bool rankRose READ rankRose NOTIFY labelsChanged)
+    Q_PROPERTY(bool buttonsEnabled READ buttonsEnabled NOTIFY labelsChanged)
+    Q_PROPERTY(int emitterRuns READ emitterRuns NOTIFY labelsChanged)
 public:
-    explicit LevelSuccessViewController(QObject* parent = nullptr)
-        : ViewController(QStringLiteral("LevelSuccessViewController"), parent) {}
+    explicit LevelSuccessViewController(QObject* parent = nullptr);
+    ~LevelSuccessViewController() override;
+
+    static constexpr double kSafetySeconds = 3.0;
 
     qint32 type = 0;
     GamePtr game;
     qint64 rewardedPoints = 0;
     qint64 credits = 0;
+    bool isFreeOptionRewarded = false;
+    bool adDisplayed = false;
     QPointer<GameViewController> playScreen;
 
-    Q_PROPERTY(QString creditsText READ creditsText CONSTANT)
-    Q_PROPERTY(QString pointsText READ pointsText CONSTANT)
-    Q_PROPERTY(QString totalPointsText READ totalPointsText CONSTANT)
-public:
-    // The next button: on to the next level (type 0), or back to the levels of the round.
+    void viewDidLoad() override;
+    void enableButtons();
+    void creditsChanged();
+    void scoreLoaded();
+    Q_INVOKABLE void openLeaderboardAction();
+    // The next button: on to the next level (type 0), the round's prize (type 3), or back to the round's
+    // levels.
     Q_INVOKABLE void nextLevelAction();
-    // The menu button: back to the round selector, whatever the type.
+    // The menu button: back to the round selector, whatever the type (and so without the round's prize).
     Q_INVOKABLE void goHomeAction();
     void goBackToLevelsSelectorViewController();
-
-    QString creditsText() const { return QString::number(credits); }
-    QString pointsText() const { return QString::number(rewardedPoints); }
-    QString totalPointsText() const;
 
     int typeValue() const { return type; }
     QString solutionText() const;
     QString titleText() const;
     QString nextButtonText() const;
+    QString creditsText() const { return QString::number(credits); }
+    QString pointsText() const { return QString::number(rewardedPoints); }
+    QString totalPointsText() const { return m_totalPoints; }
+    QString currentCreditsText() const { return m_currentCredits; }
+    QString lastRankText() const { return m_lastRank; }
+    QString currentRankText() const { return m_currentRank; }
+    QString rankIsChangedLabel() const { return m_rankIsChanged; }
+    QString rankChangeText() const { return m_rankChange; }
+    bool rankRose() const { return m_rankRose; }
+    bool buttonsEnabled() const { return m_buttonsEnabled; }
+    int emitterRuns() const { return m_emitterRuns; }
+
+signals:
+    void labelsChanged();
+
+private:
+    QString m_totalPoints, m_currentCredits, m_lastRank, m_currentRank, m_rankIsChanged, m_rankChange;
+    bool m_rankRose = false;
+    bool m_buttonsEnabled = false;
+    int m_emitterRuns = 0;
+    std::shared_ptr<int> m_alive = std::make_shared<int>(0);
 };

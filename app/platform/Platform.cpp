@@ -31,6 +31,9 @@ void Platform::install(Services services) {
     if (!services.audio) {
         services.audio = std::make_unique<QtAudio>();
     }
+    if (!services.gameService) {
+        services.gameService = std::make_unique<GameService>(QUrl(QStringLiteral("http://127.0.0.1:8470")));
+    }
     Q_ASSERT(services.userDefaults);
     slot().reset(new Platform(std::move(services)));
 }

@@ -11,6 +11,7 @@
 #include "Reachability.h"
 #include "Scheduler.h"
 #include "UserDefaults.h"
+#include "gamekit/GameService.h"
 
 #include <memory>
 
@@ -27,6 +28,7 @@ public:
         std::unique_ptr<Animator> animator;
         std::unique_ptr<Device> device;
         std::unique_ptr<Audio> audio;
+        std::unique_ptr<GameService> gameService;
     };
 
     static void install(Services services);
@@ -42,6 +44,7 @@ public:
     Animator& animator() { return *m_services.animator; }
     Device& device() { return *m_services.device; }
     Audio& audio() { return *m_services.audio; }
+    GameService& gameService() { return *m_services.gameService; }
     Alerts& alerts() { return m_alerts; }
     ProgressHud& progressHud() { return m_hud; }
     Navigator& navigator() { return *m_navigator; }

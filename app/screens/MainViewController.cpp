@@ -1,13 +1,16 @@
 #include "MainViewController.h"
 
+#include "ColorUtil.h"
 #include "Util.h"
 #include "core/LevelManager.h"
+#include "multiplayer/GameCenterManager.h"
 #include "outreach/Outreach.h"
 #include "outreach/SoundFactory.h"
 #include "platform/Platform.h"
 #include "progress/CreditsManager.h"
 #include "progress/RankManager.h"
 #include "progress/ScorePointsManager.h"
+#include "progress/UserStatsManager.h"
 
 MainViewController::MainViewController(QObject* parent)
     : ViewController(QStringLiteral("MainViewController"), parent) {}
@@ -19,7 +22,29 @@ MainViewController::~MainViewController() {
 }
 
 void MainViewController::viewDidLoad() {
+    auto& gc = GameCenterManager::sharedInstance();
+    if (gc.lastAuthenticationSavedStatus == QLatin1String("AUTO")) {
+        gc.authenticateLocalUserWithCompletionHandler(
+            [this, alive = std::weak_ptr<int>(m_alive)](ViewController* screen,
+                                                        std::optional<GKError> error) {
+                if (alive.expired()) {
+                    delete screen;
+                    return;
+                }
+                if (screen || error) {
+                    // Silent: the login screen is not shown; the player can ask for it.
+                    delete screen;
+                    m_notLogged = kLoginPrompt;
+                    emit labelsChanged();
+                    return;
+                }
+                loginBookkeeping();
+            });
+    } else {
+        m_notLogged = kLoginPrompt;
+    }
     auto& center = Platform::shared().notificationCenter();
+    center.addObserver(this, scoreLoadedNotification, [this](const Notification&) { scoreLoaded(); });
     center.addObserver(this, NotificationCreditsChanged,
                        [this](const Notification&) { creditsSkipsChanged(); });
     center.addObserver(this, NotificationSkipsChanged,
@@ -45,6 +70,90 @@ void MainViewController::viewWillAppear() {
         m_battleButtonVisible = true;
     }
     emit labelsChanged();
+}
+
+void MainViewController::loginBookkeeping() {
+    auto& gc = GameCenterManager::sharedInstance();
+    gc.setPlayerRankBeforeReportingLastScore(gc.playerRank);
+    const qint64 context = UserStatsManager::sharedInstance().generateUserStatsContextNumber();
+    // A new player gets a place on the leaderboard at once.
+    if (ScorePointsManager::sharedInstance().totalPoints() == 0) {
+        gc.reportScoreWithContextWithCompletionHandler(0, context, nullptr);
+    }
+}
+
+void MainViewController::loginToGameCenter() {
+    auto& hud = Platform::shared().progressHud();
+    hud.showWithMaskType(ProgressHud::Black);
+    Util::delayCallbackForTotalSeconds(
+        [] {
+            auto& progress = Platform::shared().progressHud();
+            if (progress.isVisible()) {
+                progress.dismiss();
+                Util::showMessageWithTitle(
+                    QStringLiteral("قم بتسجيل الدخول الى الجيم سنتر من اعدادات الجهاز"),
+                    QStringLiteral("تعذر تسجيل الدخول"));
+            }
+        },
+        kLoginTimeLimitSeconds);
+    GameCenterManager::sharedInstance().authenticateLocalUserWithCompletionHandler(
+        [this, alive = std::weak_ptr<int>(m_alive)](ViewController* screen, std::optional<GKError> error) {
+            Platform::shared().progressHud().dismiss();
+            if (screen) {
+                Platform::shared().navigator().presentViewController(screen);
+            } else if (error) {
+                if (error->code != QLatin1String("cancelled")) {
+                    Util::showMessageWithTitle(QStringLiteral("لم يتم تسجيل الدخول في الجيم سنتر"),
+                                               QStringLiteral("حدث خطأ"));
+                }
+            } else {
+                if (!alive.expired()) {
+                    loginBookkeeping();
+                }
+                Util::showMessageWithTitle(QStringLiteral("الان يمكنك التنافس على المراتب الاولى"),
+                                           QStringLiteral("لقد تم تسجيل دخول الى الجيم سنتر بنجاح"));
+            }
+        });
+}
+
+void MainViewController::scoreLoaded() {
+    const auto& gc = GameCenterManager::sharedInstance();
+    m_notLoggedVisible = false;
+    m_playerRank = Util::formatLongNumber(gc.playerRank);
+    m_rankVisible = true;
+    const qint64 twoDaysAgo = UserStatsManager::sharedInstance().getLast2DaysRank();
+    if (twoDaysAgo != 0) {
+        const qint64 change = twoDaysAgo - gc.playerRank;
+        if (change < 0) {
+            m_rankArrow = QStringLiteral("red-arrow.png");
+            m_rankChange = Util::formatLongNumber(change);
+            m_rankChangeColor = ColorUtil::getRedColor();
+        } else {
+            m_rankArrow = QStringLiteral("green-arrow.png");
+            m_rankChange = QStringLiteral("+%1").arg(Util::formatLongNumber(change));
+            m_rankChangeColor = *ColorUtil::getColorWithType(1);
+        }
+    }
+    emit labelsChanged();
+}
+
+void MainViewController::openGameCenter() {
+    SoundFactory::sharedInstance().playMenuTap();
+    if (GameCenterManager::sharedInstance().currentStatus == QLatin1String("AUTHENTICATED")) {
+        auto& nav = Platform::shared().navigator();
+        if (auto* board =
+                nav.instantiateViewControllerWithIdentifier(QStringLiteral("LeaderboardViewController"))) {
+            nav.presentViewController(board);
+        }
+        return;
+    }
+    Util::showMessageWithTitleOnDismiss(
+        QStringLiteral("اولا قم بتسجيل الدخول الى الجيم سنتر لرؤية ترتيبك في قائمة الاذكياء"),
+        QStringLiteral("غير متصل بالجيم سنتر"), [this, alive = std::weak_ptr<int>(m_alive)] {
+            if (!alive.expired()) {
+                loginToGameCenter();
+            }
+        });
 }
 
 void MainViewController::creditsSkipsChanged() {

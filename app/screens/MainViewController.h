@@ -2,6 +2,9 @@
 
 #include "platform/ViewController.h"
 
+#include <QColor>
+#include <memory>
+
 // The first screen: where the player stands (gold, skips, level, round, rank, points) and the way to play.
 class MainViewController : public ViewController {
     Q_OBJECT
@@ -14,7 +17,17 @@ class MainViewController : public ViewController {
     Q_PROPERTY(QString currentBadgeDesc READ currentBadgeDesc NOTIFY labelsChanged)
     Q_PROPERTY(QString currentBadgeImage READ currentBadgeImage NOTIFY labelsChanged)
     Q_PROPERTY(bool battleButtonVisible READ battleButtonVisible NOTIFY labelsChanged)
+    Q_PROPERTY(QString notLoggedLabel READ notLoggedLabel NOTIFY labelsChanged)
+    Q_PROPERTY(bool notLoggedVisible READ notLoggedVisible NOTIFY labelsChanged)
+    Q_PROPERTY(QString playerRankLabel READ playerRankLabel NOTIFY labelsChanged)
+    Q_PROPERTY(QString gcRankChange READ gcRankChange NOTIFY labelsChanged)
+    Q_PROPERTY(QColor gcRankChangeColor READ gcRankChangeColor NOTIFY labelsChanged)
+    Q_PROPERTY(QString gcRankArrow READ gcRankArrow NOTIFY labelsChanged)
+    Q_PROPERTY(bool gcRankVisible READ gcRankVisible NOTIFY labelsChanged)
 public:
+    static inline const QString kLoginPrompt = QStringLiteral("اضغط لتسجيل الدخول الى الجيم سنتر");
+    static constexpr double kLoginTimeLimitSeconds = 12.0;
+
     explicit MainViewController(QObject* parent = nullptr);
     ~MainViewController() override;
 
@@ -23,6 +36,11 @@ public:
 
     Q_INVOKABLE void startAction();
     Q_INVOKABLE void openStore();
+    Q_INVOKABLE void loginToGameCenterAction() { loginToGameCenter(); }
+    Q_INVOKABLE void openGameCenter();
+    void loginToGameCenter();
+    void loginBookkeeping();
+    void scoreLoaded();
     void creditsSkipsChanged();
     void pointsChanged();
 
@@ -35,6 +53,13 @@ public:
     QString currentBadgeDesc() const { return m_badgeDesc; }
     QString currentBadgeImage() const { return m_badgeImage; }
     bool battleButtonVisible() const { return m_battleButtonVisible; }
+    QString notLoggedLabel() const { return m_notLogged; }
+    bool notLoggedVisible() const { return m_notLoggedVisible; }
+    QString playerRankLabel() const { return m_playerRank; }
+    QString gcRankChange() const { return m_rankChange; }
+    QColor gcRankChangeColor() const { return m_rankChangeColor; }
+    QString gcRankArrow() const { return m_rankArrow; }
+    bool gcRankVisible() const { return m_rankVisible; }
 
 signals:
     void labelsChanged();
@@ -42,4 +67,12 @@ signals:
 private:
     QString m_skips, m_credits, m_level, m_round, m_points, m_badgeName, m_badgeDesc, m_badgeImage;
     bool m_battleButtonVisible = false;
+    QString m_notLogged;
+    bool m_notLoggedVisible = true;
+    QString m_playerRank = QStringLiteral("---");
+    QString m_rankChange;
+    QColor m_rankChangeColor;
+    QString m_rankArrow;
+    bool m_rankVisible = false;
+    std::shared_ptr<int> m_alive = std::make_shared<int>(0);
 };

@@ -5,6 +5,10 @@
 #include "core/InfoCardView.h"
 #include "core/LetterLabel.h"
 #include "core/LevelSuccessViewController.h"
+#include "core/RoundFinishViewController.h"
+#include "multiplayer/AccountViewController.h"
+#include "multiplayer/LeaderboardViewController.h"
+#include "multiplayer/LoginViewController.h"
 #include "platform/Platform.h"
 #include "screens/CreditsViewController.h"
 #include "screens/LevelSelectorViewController.h"
@@ -39,6 +43,14 @@ void registerQmlTypes() {
                                                             "made by the navigator");
     qmlRegisterUncreatableType<LevelSelectorViewController>(uri, 1, 0, "LevelSelectorViewController",
                                                             "made by the navigator");
+    qmlRegisterUncreatableType<RoundFinishViewController>(uri, 1, 0, "RoundFinishViewController",
+                                                          "made by the navigator");
+    qmlRegisterUncreatableType<LoginViewController>(uri, 1, 0, "LoginViewController",
+                                                    "made by the navigator");
+    qmlRegisterUncreatableType<LeaderboardViewController>(uri, 1, 0, "LeaderboardViewController",
+                                                          "made by the navigator");
+    qmlRegisterUncreatableType<AccountViewController>(uri, 1, 0, "AccountViewController",
+                                                      "made by the navigator");
     qmlRegisterUncreatableType<CreditsViewController>(uri, 1, 0, "CreditsViewController",
                                                       "made by the navigator");
     qmlRegisterUncreatableType<LetterLabel>(uri, 1, 0, "LetterLabel", "made by the board");

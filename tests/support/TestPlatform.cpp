@@ -110,7 +110,14 @@ void TestPlatform::install() {
     services.random = std::move(random);
     services.reachability = std::make_unique<Reachability>(false);
     services.device = std::make_unique<Device>(m_device);
+    // Nothing listens on the discard port: a test that does not start a service gets a refused connection.
+    services.gameService = std::make_unique<GameService>(QUrl(m_serviceUrl));
     Platform::install(std::move(services));
+}
+
+void TestPlatform::setServiceUrl(const QString& url) {
+    m_serviceUrl = url;
+    restart();
 }
 
 void TestPlatform::restart() {

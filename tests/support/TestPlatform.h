@@ -112,6 +112,8 @@ public:
 class TestPlatform {
 public:
     explicit TestPlatform(Device::Class device = Device::Phone);
+    // The game service the platform talks to (by default an address where nothing answers).
+    void setServiceUrl(const QString& url);
     ~TestPlatform();
 
     // Drops the managers and the platform, and installs them again on the same settings file: a restart.
@@ -132,6 +134,7 @@ private:
 
     QTemporaryDir m_dir;
     Device::Class m_device;
+    QString m_serviceUrl = QStringLiteral("http://127.0.0.1:9");
     ManualScheduler* m_scheduler = nullptr;
     ManualAnimator* m_animator = nullptr;
     ScriptedRandom* m_random = nullptr;

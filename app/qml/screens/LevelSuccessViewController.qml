@@ -85,6 +85,56 @@ Item {
                     color: "#3b2f73"
                 }
             }
+            // The leaderboard place: before, now, and how far it rose.
+            Rectangle {
+                objectName: "gcView"
+                width: parent.width
+                height: rankColumn.implicitHeight + 16
+                radius: 14
+                color: "#f3e6c4"
+                Column {
+                    id: rankColumn
+                    anchors.centerIn: parent
+                    width: parent.width - 20
+                    spacing: 4
+                    Text {
+                        objectName: "rankIsChangedLabel"
+                        width: parent.width
+                        text: controller.rankIsChangedLabel
+                        font.family: Theme.fontFamily
+                        font.pixelSize: 14
+                        font.bold: controller.rankRose
+                        color: controller.rankRose ? Theme.green : "#6b4e16"
+                        horizontalAlignment: Text.AlignHCenter
+                        wrapMode: Text.WordWrap
+                    }
+                    Row {
+                        anchors.horizontalCenter: parent.horizontalCenter
+                        spacing: 10
+                        visible: controller.currentRankText.length > 0
+                        Text {
+                            text: "ترتيبك " + controller.currentRankText
+                            font.family: Theme.fontFamily
+                            font.pixelSize: 18
+                            font.bold: true
+                            color: Theme.accent
+                        }
+                        Text {
+                            objectName: "rankChange"
+                            visible: controller.rankRose
+                            text: controller.rankChangeText
+                            font.family: Theme.fontFamily
+                            font.pixelSize: 18
+                            font.bold: true
+                            color: Theme.green
+                        }
+                    }
+                }
+                MouseArea {
+                    anchors.fill: parent
+                    onClicked: controller.openLeaderboardAction()
+                }
+            }
             Text {
                 width: parent.width
                 text: "مجموع نقاطك: " + controller.totalPointsText
@@ -100,6 +150,8 @@ Item {
                 height: 52
                 fontSize: 19
                 text: controller.nextButtonText
+                enabled: controller.buttonsEnabled
+                opacity: enabled ? 1 : 0.5
                 onClicked: controller.nextLevelAction()
             }
             GameButton {
@@ -110,6 +162,8 @@ Item {
                 fontSize: 15
                 primary: false
                 text: "القائمة"
+                enabled: controller.buttonsEnabled
+                opacity: enabled ? 1 : 0.5
                 onClicked: controller.goHomeAction()
             }
         }

@@ -155,7 +155,73 @@ Item {
         }
     }
 
+    // The game service: the prompt to log in, or the player's place and how it moved in two days.
+    Rectangle {
+        objectName: "gamecenterView"
+        anchors.horizontalCenter: parent.horizontalCenter
+        anchors.bottom: buttons.top
+        anchors.bottomMargin: 16 * screen.u
+        width: parent.width - 40 * screen.u
+        height: 54 * screen.u
+        radius: 16 * screen.u
+        color: "#26ffffff"
+        border.color: "#44ffffff"
+        Text {
+            objectName: "notLoggedLabel"
+            anchors.centerIn: parent
+            visible: controller.notLoggedVisible
+            text: controller.notLoggedLabel
+            font.family: Theme.fontFamily
+            font.pixelSize: 14 * screen.u
+            color: "#ffffff"
+        }
+        Row {
+            anchors.centerIn: parent
+            visible: !controller.notLoggedVisible
+            spacing: 10 * screen.u
+            Text {
+                text: "ترتيبك في قائمة الأذكياء"
+                font.family: Theme.fontFamily
+                font.pixelSize: 13 * screen.u
+                color: "#d9d2f5"
+                anchors.verticalCenter: parent.verticalCenter
+            }
+            Text {
+                objectName: "playerRankLabel"
+                text: controller.playerRankLabel
+                font.family: Theme.fontFamily
+                font.pixelSize: 22 * screen.u
+                font.bold: true
+                color: Theme.gold
+                anchors.verticalCenter: parent.verticalCenter
+            }
+            Text {
+                objectName: "gcRankArrow"
+                visible: controller.gcRankVisible && controller.gcRankArrow.length > 0
+                text: controller.gcRankArrow === "red-arrow.png" ? "▼" : "▲"
+                font.pixelSize: 16 * screen.u
+                color: controller.gcRankChangeColor
+                anchors.verticalCenter: parent.verticalCenter
+            }
+            Text {
+                objectName: "gcRankChange"
+                visible: controller.gcRankVisible
+                text: controller.gcRankChange
+                font.family: Theme.fontFamily
+                font.pixelSize: 15 * screen.u
+                font.bold: true
+                color: controller.gcRankChangeColor
+                anchors.verticalCenter: parent.verticalCenter
+            }
+        }
+        MouseArea {
+            anchors.fill: parent
+            onClicked: controller.notLoggedVisible ? controller.loginToGameCenterAction() : controller.openGameCenter()
+        }
+    }
+
     Column {
+        id: buttons
         anchors.horizontalCenter: parent.horizontalCenter
         anchors.bottom: parent.bottom
         anchors.bottomMargin: (device.deviceClass === 1 ? 60 : 34) * screen.u

@@ -1,0 +1,106 @@
+#include "LeaderboardViewController.h"
+
+#include "GameCenterManager.h"
+#include "LoginViewController.h"
+#include "outreach/SoundFactory.h"
+#include "platform/Platform.h"
+#include "platform/gamekit/GKLocalPlayer.h"
+#include "screens/Util.h"
+
+#include <QPointer>
+
+void LeaderboardViewController::setScope(int scope) {
+    SoundFactory::sharedInstance().playMenuTap();
+    m_scope = scope == 1 ? 1 : 0;
+    reload();
+}
+
+void LeaderboardViewController::reload() {
+    auto& gc = GameCenterManager::sharedInstance();
+    // A length of 0 asks for the player's friends.
+    auto request = gc.prepareLeaderboardRequestWithRangeAndPlayerList({1, m_scope == 1 ? 0 : 100}, nullptr);
+    if (!request) {
+        return;
+    }
+    m_loading = true;
+    m_message.clear();
+    emit changed();
+    auto load = std::make_shared<GKLeaderboard>(*request);
+    const quint64 generation = ++m_generation;
+    QPointer<LeaderboardViewController> self(this);
+    load->loadScoresWithCompletionHandler(
+        [self, load, generation](std::optional<QList<GKScore>> scores, std::optional<GKError> error) {
+            if (!self || generation != self->m_generation) {
+                return;
+            }
+            self->m_loading = false;
+            self->m_rows.clear();
+            if (!scores) {
+                self->m_message = error ? LoginViewController::messageForError(*error) : QString();
+                emit self->changed();
+                return;
+            }
+            const QString me = GKLocalPlayer::localPlayer().playerID();
+            for (const GKScore& s : *scores) {
+                self->m_rows.append(QVariantMap{{"rank", Util::formatLongNumber(s.rank)},
+                                                {"name", s.player.displayName},
+                                                {"score", Util::formatLongNumber(s.value)},
+                                                {"playerID", s.player.playerID},
+                                                {"isLocal", s.player.playerID == me},
+                                                {"isFriend", s.player.isFriend}});
+            }
+            const auto& local = load->localPlayerScore;
+            self->m_localRank = local ? Util::formatLongNumber(local->rank) : QStringLiteral("---");
+            self->m_localScore = local ? Util::formatLongNumber(local->value) : QStringLiteral("0");
+            self->m_total = Util::formatLongNumber(load->maxRange);
+            if (scores->isEmpty()) {
+                self->m_message = self->m_scope == 1 ? QStringLiteral("لا يوجد أصدقاء في القائمة بعد")
+                                                     : QStringLiteral("لا يوجد لاعبون في القائمة بعد");
+            }
+            emit self->changed();
+        });
+}
+
+void LeaderboardViewController::addFriend(const QString& playerID) {
+    SoundFactory::sharedInstance().playMenuTap();
+    GKFriendRequest::sendFriendRequest(
+        playerID, QStringLiteral("لنتنافس في طارفولين!"), [](std::optional<GKError> e) {
+            if (!e) {
+                Util::showMessageWithTitle(QStringLiteral("سيصله طلبك، وحين يقبله ستجده في قائمة أصدقائك"),
+                                           QStringLiteral("تم ارسال طلب الصداقة"));
+                return;
+            }
+            QString text;
+            if (e->code == QLatin1String("already_friends")) {
+                text = QStringLiteral("أنتما صديقان من قبل");
+            } else if (e->code == QLatin1String("already_requested")) {
+                text = QStringLiteral("أرسلت له طلبا من قبل، انتظر رده");
+            } else if (e->code == QLatin1String("reverse_request_pending")) {
+                text = QStringLiteral("هذا اللاعب أرسل لك طلب صداقة، اقبله من صفحة حسابك");
+            } else if (e->code == QLatin1String("cannot_befriend_self")) {
+                text = QStringLiteral("لا يمكنك مصادقة نفسك");
+            } else {
+                text = LoginViewController::messageForError(*e);
+            }
+            Util::showMessageWithTitle(text, QStringLiteral("طلب الصداقة"));
+        });
+}
+
+void LeaderboardViewController::openAccount() {
+    SoundFactory::sharedInstance().playMenuTap();
+    auto& nav = Platform::shared().navigator();
+    if (auto* account =
+            nav.instantiateViewControllerWithIdentifier(QStringLiteral("AccountViewController"))) {
+        nav.presentViewController(account);
+    }
+}
+
+void LeaderboardViewController::close() {
+    SoundFactory::sharedInstance().playMenuTap();
+    auto& nav = Platform::shared().navigator();
+    if (nav.presentedViewController() == this) {
+        nav.dismissViewController();
+    } else {
+        nav.popViewController();
+    }
+}

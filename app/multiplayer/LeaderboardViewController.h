@@ -1,0 +1,46 @@
+#pragma once
+
+#include "platform/ViewController.h"
+
+#include <QVariantList>
+
+// The leaderboard: the best hundred of all players or the player's friends, always with the player's own
+// place, and a friend request from any row.
+class LeaderboardViewController : public ViewController {
+    Q_OBJECT
+    Q_PROPERTY(int scope READ scope NOTIFY changed)
+    Q_PROPERTY(QVariantList rows READ rows NOTIFY changed)
+    Q_PROPERTY(QString localRankText READ localRankText NOTIFY changed)
+    Q_PROPERTY(QString localScoreText READ localScoreText NOTIFY changed)
+    Q_PROPERTY(QString totalText READ totalText NOTIFY changed)
+    Q_PROPERTY(bool loading READ loading NOTIFY changed)
+    Q_PROPERTY(QString messageText READ messageText NOTIFY changed)
+public:
+    explicit LeaderboardViewController(QObject* parent = nullptr)
+        : ViewController(QStringLiteral("LeaderboardViewController"), parent) {}
+
+    void viewDidLoad() override { reload(); }
+    Q_INVOKABLE void setScope(int scope);
+    Q_INVOKABLE void reload();
+    Q_INVOKABLE void addFriend(const QString& playerID);
+    Q_INVOKABLE void openAccount();
+    Q_INVOKABLE void close();
+
+    int scope() const { return m_scope; }
+    QVariantList rows() const { return m_rows; }
+    QString localRankText() const { return m_localRank; }
+    QString localScoreText() const { return m_localScore; }
+    QString totalText() const { return m_total; }
+    bool loading() const { return m_loading; }
+    QString messageText() const { return m_message; }
+
+signals:
+    void changed();
+
+private:
+    int m_scope = 0;
+    QVariantList m_rows;
+    QString m_localRank, m_localScore, m_total, m_message;
+    bool m_loading = false;
+    quint64 m_generation = 0;
+};

@@ -1,0 +1,85 @@
+#include "GameService.h"
+
+#include <QJsonDocument>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+
+QString GKError::localizedDescription() const {
+    if (code == QLatin1String("network")) {
+        return QStringLiteral("لا يوجد اتصال بخادم اللعبة");
+    }
+    if (code == QLatin1String("cancelled")) {
+        return QStringLiteral("تم الغاء تسجيل الدخول");
+    }
+    return message.isEmpty() ? code : message;
+}
+
+GameService::GameService(QUrl baseUrl, QObject* parent)
+    : QObject(parent), m_baseUrl(std::move(baseUrl)), m_network(new QNetworkAccessManager(this)) {}
+
+GameService::~GameService() = default;
+
+QUrl GameService::urlFor(const QString& path, const QUrlQuery& query) const {
+    QUrl url = m_baseUrl;
+    QString base = url.path();
+    if (base.endsWith('/')) {
+        base.chop(1);
+    }
+    url.setPath(base + path);
+    url.setQuery(query);
+    return url;
+}
+
+void GameService::get(const QString& path, const QUrlQuery& query, Completion done) {
+    send("GET", path, query, {}, std::move(done));
+}
+
+void GameService::post(const QString& path, const QJsonObject& body, Completion done) {
+    send("POST", path, {}, QJsonDocument(body).toJson(QJsonDocument::Compact), std::move(done));
+}
+
+void GameService::deleteResource(const QString& path, Completion done) {
+    send("DELETE", path, {}, {}, std::move(done));
+}
+
+void GameService::send(const QByteArray& method, const QString& path, const QUrlQuery& query,
+                       const QByteArray& body, Completion done) {
+    QNetworkRequest request(urlFor(path, query));
+    request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json"));
+    request.setTransferTimeout(15000);
+    if (!m_token.isEmpty()) {
+        request.setRawHeader("Authorization", "Bearer " + m_token.toLatin1());
+    }
+    QNetworkReply* reply = m_network->sendCustomRequest(request, method, body);
+    connect(reply, &QNetworkReply::finished, this, [reply, done = std::move(done)]() {
+        reply->deleteLater();
+        const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+        const QByteArray bytes = reply->readAll();
+        if (status == 0) {
+            done({}, GKError{QStringLiteral("network"), reply->errorString(), 0, 0});
+            return;
+        }
+        QJsonObject object;
+        if (!bytes.isEmpty()) {
+            QJsonParseError parseError;
+            const QJsonDocument doc = QJsonDocument::fromJson(bytes, &parseError);
+            if (parseError.error != QJsonParseError::NoError || !doc.isObject()) {
+                done({}, GKError{QStringLiteral("bad_reply"),
+                                 QStringLiteral("The game service answered %1 with a body that is not JSON")
+                                     .arg(status),
+                                 status, 0});
+                return;
+            }
+            object = doc.object();
+        }
+        if (status >= 200 && status < 300) {
+            done(object, std::nullopt);
+            return;
+        }
+        const QJsonObject error = object.value("error").toObject();
+        GKError e{error.value("code").toString(QStringLiteral("http_%1").arg(status)),
+                  error.value("message").toString(), status, reply->rawHeader("Retry-After").toInt()};
+        done(object, e);
+    });
+}

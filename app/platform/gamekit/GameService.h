@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QObject>
+#include <QString>
+#include <QUrl>
+#include <QUrlQuery>
+#include <functional>
+#include <optional>
+
+class QNetworkAccessManager;
+
+// An error from the game service or the way to it.
+struct GKError {
+    QString code; // the service's code ("invalid_credentials", …), or "network", "bad_reply", "cancelled"
+    QString message; // the service's own words, for the log
+    int httpStatus = 0;
+    int retryAfterSeconds = 0;
+    QString localizedDescription() const;
+};
+
+// JSON over HTTP to tarvolin-service, with the player's bearer token. Every completion comes on the main
+// thread; a reply that is not what the contract says becomes a "bad_reply" error, never a crash.
+class GameService : public QObject {
+    Q_OBJECT
+public:
+    using Completion = std::function<void(const QJsonObject& body, const std::optional<GKError>& error)>;
+
+    explicit GameService(QUrl baseUrl, QObject* parent = nullptr);
+    ~GameService() override;
+
+    QUrl baseUrl() const { return m_baseUrl; }
+    QString token() const { return m_token; }
+    void setToken(const QString& token) { m_token = token; }
+
+    void get(const QString& path, const QUrlQuery& query, Completion done);
+    void post(const QString& path, const QJsonObject& body, Completion done);
+    void deleteResource(const QString& path, Completion done);
+    QUrl urlFor(const QString& path, const QUrlQuery& query = {}) const;
+
+private:
+    void send(const QByteArray& method, const QString& path, const QUrlQuery& query, const QByteArray& body,
+              Completion done);
+
+    QUrl m_baseUrl;
+    QString m_token;
+    QNetworkAccessManager* m_network;
+};
