@@ -30,6 +30,13 @@ void registerScreens(Navigator& navigator) {
                              [] { return new LevelSuccessViewController(); });
     navigator.registerScreen(QStringLiteral("CreditsViewController"),
                              [] { return new CreditsViewController(); });
+    navigator.registerScreen(QStringLiteral("RoundFinishViewController"),
+                             [] { return new RoundFinishViewController(); });
+    navigator.registerScreen(QStringLiteral("LoginViewController"), [] { return new LoginViewController(); });
+    navigator.registerScreen(QStringLiteral("LeaderboardViewController"),
+                             [] { return new LeaderboardViewController(); });
+    navigator.registerScreen(QStringLiteral("AccountViewController"),
+                             [] { return new AccountViewController(); });
 }
 
 void registerQmlTypes() {

@@ -149,4 +149,28 @@ TEST_P(AccountsTest, PlayersAreLookedUpByIdentifier) {
     EXPECT_NE(photo.body.find("ع"), std::string::npos);
 }
 
+TEST_P(AccountsTest, RenamingKeepsTheIdentifierAndMovesTheLogin) {
+    Account ali = svc->signUp("Ali", "sesame-open");
+    Account bader = svc->signUp("Bader");
+    auto rename = [&](const Account& a, const std::string& name) {
+        return svc->http().request("PATCH", "/v1/players/me",
+                                   json::serialize(json::object{{"displayName", name}}), a.token);
+    };
+    Reply r = rename(ali, "علي");
+    ASSERT_EQ(r.status, 200u) << r.body;
+    EXPECT_EQ(r.json.at("player").at("playerID"), ali.id.c_str());
+    EXPECT_EQ(r.json.at("player").at("displayName"), "علي");
+    EXPECT_EQ(svc->http().get("/v1/players/" + ali.id, bader.token).json.at("player").at("displayName"),
+              "علي");
+    EXPECT_EQ(login("علي", "sesame-open").status, 200u);
+    EXPECT_EQ(login("Ali", "sesame-open").status, 401u);
+    // Another player's name, in any case, is refused, and so is a bad one; nothing changes.
+    EXPECT_EQ(rename(ali, "BADER").errorCode(), "name_taken");
+    EXPECT_EQ(rename(ali, "x").errorCode(), "invalid_display_name");
+    EXPECT_EQ(svc->http().get("/v1/players/me", ali.token).json.at("player").at("displayName"), "علي");
+    // The freed name can be taken by someone else; a new case of one's own name is a rename too.
+    EXPECT_EQ(svc->signUp("ali").name, "ali");
+    EXPECT_EQ(rename(bader, "bADER").status, 200u);
+}
+
 INSTANTIATE_TEST_SUITE_P(Backends, AccountsTest, ::testing::ValuesIn(backends()), backendName);

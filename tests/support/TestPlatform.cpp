@@ -115,6 +115,11 @@ void TestPlatform::install() {
     Platform::install(std::move(services));
 }
 
+void TestPlatform::useProfile(const QString& name) {
+    m_profile = name.isEmpty() ? QString() : name + "/";
+    restart();
+}
+
 void TestPlatform::setServiceUrl(const QString& url) {
     m_serviceUrl = url;
     restart();

@@ -118,6 +118,8 @@ public:
 
     // Drops the managers and the platform, and installs them again on the same settings file: a restart.
     void restart();
+    // Goes on as another player's profile in this folder (a restart onto that profile's settings).
+    void useProfile(const QString& name);
 
     ManualScheduler& scheduler() { return *m_scheduler; }
     ManualAnimator& animator() { return *m_animator; }
@@ -126,7 +128,7 @@ public:
     Reachability& reachability() { return Platform::shared().reachability(); }
     Alerts& alerts() { return Platform::shared().alerts(); }
     UserDefaults& defaults() { return Platform::shared().userDefaults(); }
-    QString settingsPath() const { return m_dir.filePath("settings.ini"); }
+    QString settingsPath() const { return m_dir.filePath(m_profile + "settings.ini"); }
     QString folder() const { return m_dir.path(); }
 
 private:
@@ -135,6 +137,7 @@ private:
     QTemporaryDir m_dir;
     Device::Class m_device;
     QString m_serviceUrl = QStringLiteral("http://127.0.0.1:9");
+    QString m_profile;
     ManualScheduler* m_scheduler = nullptr;
     ManualAnimator* m_animator = nullptr;
     ScriptedRandom* m_random = nullptr;

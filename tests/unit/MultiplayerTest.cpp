@@ -1,0 +1,363 @@
+// The game-service session and what the game does with it: the login states, the after-level screen's roads
+// with and without a login or a service, the round's end, the round state, the context number and the main
+// screen's place on the leaderboard.
+#include "TestPlatform.h"
+#include "core/GameViewController.h"
+#include "core/LevelManager.h"
+#include "core/LevelSuccessViewController.h"
+#include "core/LevelsInfoReader.h"
+#include "core/RoundFinishViewController.h"
+#include "core/RoundManager.h"
+#include "multiplayer/GameCenterManager.h"
+#include "multiplayer/LoginViewController.h"
+#include "platform/gamekit/GKLocalPlayer.h"
+#include "progress/CreditsManager.h"
+#include "progress/UserStatsManager.h"
+#include "screens/MainViewController.h"
+#include "screens/RoundSelectorViewController.h"
+#include "screens/Screens.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QTcpServer>
+#include <gtest/gtest.h>
+
+namespace {
+
+GKError error(const QString& code) {
+    return GKError{code, code, 400, 0};
+}
+
+class Session : public ::testing::Test {
+protected:
+    void SetUp() override { registerScreens(Platform::shared().navigator()); }
+    // Starts a login and returns what the handler saw, call by call.
+    QStringList& login() {
+        GameCenterManager::sharedInstance().authenticateLocalUserWithCompletionHandler(
+            [this](ViewController* screen, std::optional<GKError> e) {
+                calls << (screen ? QStringLiteral("screen")
+                          : e    ? "error:" + e->code
+                                 : QStringLiteral("none"));
+                delete screen;
+            });
+        return calls;
+    }
+    GKLocalPlayer::AuthenticateHandler service() {
+        return GKLocalPlayer::localPlayer().authenticateHandler();
+    }
+
+    TestPlatform platform;
+    QStringList calls;
+};
+
+TEST_F(Session, ScreenThenNeitherSavesAutoForASilentNextStart) {
+    auto& gc = GameCenterManager::sharedInstance();
+    EXPECT_TRUE(gc.currentStatus.isNull());
+    EXPECT_TRUE(gc.lastAuthenticationSavedStatus.isNull());
+    // No token kept: the service hands over its login screen at once.
+    login();
+    EXPECT_EQ(calls, QStringList{"screen"});
+    EXPECT_EQ(gc.currentStatus, "LOGIN_DIALOGUE_SHOWN");
+    EXPECT_EQ(gc.lastAuthenticationSavedStatus, "LOGIN");
+    service()(nullptr, std::nullopt);
+    EXPECT_EQ(gc.lastAuthenticationSavedStatus, "AUTO");
+    // The status waits for the change notification.
+    EXPECT_EQ(gc.currentStatus, "LOGIN_DIALOGUE_SHOWN");
+    GKLocalPlayer::localPlayer().setAuthenticatedPlayer(GKPlayer{"T1", "علي", false, {}});
+    EXPECT_EQ(gc.currentStatus, "AUTHENTICATED");
+    EXPECT_TRUE(gc.userAuthenticated);
+    EXPECT_EQ(calls, (QStringList{"screen", "none"}));
+    // The login of the player's own, from the screen, keeps its token in the profile.
+    EXPECT_TRUE(platform.defaults().stringForKey(GKLocalPlayer::kTokenKey).isEmpty());
+
+    platform.restart();
+    EXPECT_EQ(GameCenterManager::sharedInstance().lastAuthenticationSavedStatus, "AUTO");
+}
+
+TEST_F(Session, ErrorsAfterAScreenAndWithoutOne) {
+    auto& gc = GameCenterManager::sharedInstance();
+    login();
+    service()(nullptr, error("cancelled"));
+    EXPECT_EQ(gc.currentStatus, "LOGIN_CANCELLED");
+    EXPECT_EQ(gc.lastAuthenticationSavedStatus, "ERROR");
+    GameCenterManager::sharedInstance().currentStatus = QStringLiteral("AUTHENTICATING");
+    service()(nullptr, error("network"));
+    EXPECT_EQ(gc.currentStatus, "OVER_DISMISSED");
+    EXPECT_EQ(calls, (QStringList{"screen", "error:cancelled", "error:network"}));
+}
+
+TEST_F(Session, AlreadyAuthenticatedStaysAuthenticatingAndCallsNothing) {
+    auto& gc = GameCenterManager::sharedInstance();
+    GKLocalPlayer::localPlayer().setAuthenticatedPlayer(GKPlayer{"T1", "علي", false, {}});
+    EXPECT_EQ(gc.currentStatus, "AUTHENTICATED");
+    login();
+    EXPECT_EQ(gc.currentStatus, "AUTHENTICATING");
+    EXPECT_TRUE(calls.isEmpty());
+    GKLocalPlayer::localPlayer().setAuthenticatedPlayer(std::nullopt);
+    EXPECT_EQ(gc.currentStatus, "NOT_AUTHENTICATED");
+    EXPECT_FALSE(gc.userAuthenticated);
+}
+
+TEST_F(Session, RequestsForRangesAndForFriends) {
+    auto& gc = GameCenterManager::sharedInstance();
+    auto global = gc.prepareLeaderboardRequestWithRangeAndPlayerList({101, 25}, nullptr);
+    ASSERT_TRUE(global);
+    EXPECT_EQ(global->playerScope, GKLeaderboard::Global);
+    EXPECT_EQ(global->range.location, 101);
+    EXPECT_EQ(global->timeScope, GKLeaderboard::AllTime);
+    EXPECT_EQ(global->identifier, "com.molvane.tarvolin.leaderboard");
+    auto friends = gc.prepareLeaderboardRequestWithRangeAndPlayerList({1, 0}, nullptr);
+    EXPECT_EQ(friends->playerScope, GKLeaderboard::FriendsOnly);
+    const QList<GKPlayer> two{{"T1", "a", false, {}}, {"T2", "b", false, {}}};
+    auto listed = gc.prepareLeaderboardRequestWithRangeAndPlayerList({1, 2}, &two);
+    EXPECT_EQ(listed->players.size(), 2);
+}
+
+TEST_F(Session, RefusalsReadInArabic) {
+    EXPECT_EQ(LoginViewController::messageForError(error("name_taken")),
+              QStringLiteral("هذا الاسم مستخدم من لاعب آخر، اختر اسما غيره"));
+    EXPECT_EQ(LoginViewController::messageForError(error("invalid_credentials")),
+              QStringLiteral("الاسم أو كلمة المرور غير صحيحة"));
+    EXPECT_EQ(LoginViewController::messageForError(GKError{"too_many_attempts", "", 429, 601}),
+              QStringLiteral("محاولات خاطئة كثيرة، حاول مرة أخرى بعد 11 دقيقة"));
+    EXPECT_EQ(LoginViewController::messageForError(error("network")),
+              QStringLiteral("لا يوجد اتصال بخادم اللعبة، تأكد من الاتصال وحاول مرة أخرى"));
+    EXPECT_EQ(LoginViewController::messageForError(error("something_new")),
+              QStringLiteral("حدث خطأ غير متوقع، حاول مرة أخرى"));
+}
+
+TEST_F(Session, MainScreenLogsInSilentlyOnlyAfterAnAutomaticLogin) {
+    auto* prompt = new MainViewController();
+    Platform::shared().navigator().setRootViewController(prompt);
+    EXPECT_EQ(prompt->notLoggedLabel(), MainViewController::kLoginPrompt);
+    EXPECT_TRUE(GameCenterManager::sharedInstance().currentStatus.isNull());
+
+    GameCenterManager::sharedInstance().saveLastAuthStatus("AUTO");
+    auto* silent = new MainViewController();
+    Platform::shared().navigator().setRootViewController(silent);
+    // Without a kept token the service hands over a login screen: it is not shown, and the prompt appears.
+    EXPECT_EQ(GameCenterManager::sharedInstance().currentStatus, "LOGIN_DIALOGUE_SHOWN");
+    EXPECT_EQ(silent->notLoggedLabel(), MainViewController::kLoginPrompt);
+    EXPECT_EQ(Platform::shared().navigator().presentedViewController(), nullptr);
+}
+
+TEST_F(Session, AskedLoginGivesUpAfterTwelveSeconds) {
+    auto* main = new MainViewController();
+    Platform::shared().navigator().setRootViewController(main);
+    GKLocalPlayer::localPlayer().setAuthenticatedPlayer(GKPlayer{"T1", "علي", false, {}});
+    main->loginToGameCenter();
+    EXPECT_TRUE(Platform::shared().progressHud().isVisible());
+    platform.scheduler().advance(11.9);
+    EXPECT_FALSE(platform.alerts().isVisible());
+    platform.scheduler().advance(0.1);
+    EXPECT_FALSE(Platform::shared().progressHud().isVisible());
+    EXPECT_EQ(platform.alerts().title(), QStringLiteral("تعذر تسجيل الدخول"));
+}
+
+TEST_F(Session, PlaceAndTheTwoDayArrow) {
+    auto* main = new MainViewController();
+    Platform::shared().navigator().setRootViewController(main);
+    auto& gc = GameCenterManager::sharedInstance();
+    auto& stats = UserStatsManager::sharedInstance();
+    gc.playerRank = 1500;
+    Platform::shared().notificationCenter().postNotificationName(scoreLoadedNotification);
+    EXPECT_FALSE(main->notLoggedVisible());
+    EXPECT_EQ(main->playerRankLabel(), "1,500");
+    EXPECT_TRUE(main->gcRankChange().isEmpty()); // no place two days back
+
+    stats.updateGamecenterRankForCurrentDay(1500);
+    platform.scheduler().advance(24 * 3600);
+    stats.updateGamecenterRankForCurrentDay(1400);
+    Platform::shared().notificationCenter().postNotificationName(scoreLoadedNotification);
+    EXPECT_EQ(main->gcRankChange(), "+0");
+    EXPECT_EQ(main->gcRankArrow(), "green-arrow.png");
+    gc.playerRank = 1700;
+    Platform::shared().notificationCenter().postNotificationName(scoreLoadedNotification);
+    EXPECT_EQ(main->gcRankChange(), "-200");
+    EXPECT_EQ(main->gcRankArrow(), "red-arrow.png");
+}
+
+class AfterLevel : public ::testing::Test {
+protected:
+    void SetUp() override {
+        registerScreens(Platform::shared().navigator());
+        LevelsInfoReader::setResourceRoot(platform.folder());
+        QString text;
+        for (int p = 0; p < 3; ++p) {
+            text += QStringLiteral("[pack=%1]\n").arg(p + 1);
+            for (int i = 0; i < 25; ++i) {
+                text += QStringLiteral("level=قلم\nimage=p%1l%2\nother_letters=ابتثجحخدذ\n").arg(p).arg(i);
+            }
+        }
+        QFile f(QDir(platform.folder()).filePath("ok.wav"));
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write(text.toUtf8());
+    }
+    void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
+
+    // Main screen, rounds, a round's levels and a level, then the level solved.
+    LevelSuccessViewController* solveAt(qint64 level, bool previous = false) {
+        auto& nav = Platform::shared().navigator();
+        auto* main = new MainViewController();
+        nav.setRootViewController(main);
+        main->startAction();
+        auto* rounds = qobject_cast<RoundSelectorViewController*>(nav.topViewController());
+        rounds->tableViewDidSelectRowAtIndexPath(static_cast<int>(level / 25));
+        auto* levels = nav.topViewController();
+        QMetaObject::invokeMethod(levels, "collectionViewDidSelectItemAtIndexPath",
+                                  Q_ARG(int, int(level % 25)));
+        play = qobject_cast<GameViewController*>(nav.topViewController());
+        EXPECT_EQ(play->isPreviousGame, previous);
+        play->gameSuccess();
+        return qobject_cast<LevelSuccessViewController*>(nav.presentedViewController());
+    }
+
+    TestPlatform platform;
+    GameViewController* play = nullptr;
+};
+
+TEST_F(AfterLevel, WithoutALoginTheButtonsOpenAtOnce) {
+    LevelManager::sharedInstance().saveCurrentLevelTo(3);
+    auto* popup = solveAt(3);
+    ASSERT_NE(popup, nullptr);
+    EXPECT_EQ(popup->rankIsChangedLabel(), QStringLiteral("انت غير متصل بالجيم سنتر."));
+    EXPECT_TRUE(popup->buttonsEnabled());
+    EXPECT_EQ(popup->solutionText(), QStringLiteral("قلم"));
+    popup->nextLevelAction();
+    EXPECT_EQ(play->game->gameLevel, 4);
+    EXPECT_TRUE(play->timer);
+}
+
+TEST_F(AfterLevel, AServiceThatNeverAnswersHoldsTheButtonsThreeSeconds) {
+    QTcpServer silent; // accepts and never answers
+    ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
+    platform.setServiceUrl(QStringLiteral("http://127.0.0.1:%1").arg(silent.serverPort()));
+    registerScreens(Platform::shared().navigator());
+    LevelsInfoReader::setResourceRoot(platform.folder());
+    GKLocalPlayer::localPlayer().setAuthenticatedPlayer(GKPlayer{"T1", "علي", false, {}});
+    auto* popup = solveAt(0);
+    ASSERT_NE(popup, nullptr);
+    EXPECT_EQ(popup->rankIsChangedLabel(), QStringLiteral("جاري حساب ترتيبك الجديد..."));
+    EXPECT_FALSE(popup->buttonsEnabled());
+    platform.scheduler().advance(2.9);
+    EXPECT_FALSE(popup->buttonsEnabled());
+    platform.scheduler().advance(0.1);
+    EXPECT_TRUE(popup->buttonsEnabled());
+}
+
+TEST_F(AfterLevel, ARiseInPlaceIsShownAndNoChangeIsSaid) {
+    GKLocalPlayer::localPlayer().setAuthenticatedPlayer(GKPlayer{"T1", "علي", false, {}});
+    auto& gc = GameCenterManager::sharedInstance();
+    gc.playerRank = 40;
+    auto* popup = solveAt(0);
+    EXPECT_EQ(gc.playerRankBeforeReportingLastScore, 40);
+    gc.playerRank = 12;
+    Platform::shared().notificationCenter().postNotificationName(scoreLoadedNotification);
+    EXPECT_TRUE(popup->buttonsEnabled());
+    EXPECT_EQ(popup->rankIsChangedLabel(), QStringLiteral("** مبروك لقد ارتفع ترتيبك **"));
+    EXPECT_EQ(popup->rankChangeText(), "+28");
+    EXPECT_EQ(popup->currentRankText(), "12");
+    gc.playerRank = 40;
+    Platform::shared().notificationCenter().postNotificationName(scoreLoadedNotification);
+    EXPECT_EQ(popup->rankIsChangedLabel(), QStringLiteral("ترتيبك لم يتغير"));
+}
+
+TEST_F(AfterLevel, APreviousLevelLeadsBackToTheRounds) {
+    LevelManager::sharedInstance().saveCurrentLevelTo(10);
+    auto* popup = solveAt(2, true);
+    ASSERT_NE(popup, nullptr);
+    EXPECT_EQ(popup->type, 1);
+    popup->nextLevelAction();
+    auto& nav = Platform::shared().navigator();
+    EXPECT_EQ(nav.depth(), 2);
+    EXPECT_NE(qobject_cast<RoundSelectorViewController*>(nav.topViewController()), nullptr);
+}
+
+TEST_F(AfterLevel, TheRoundsPrizeComesWithTheNextButtonOnly) {
+    LevelManager::sharedInstance().saveCurrentLevelTo(24);
+    auto* popup = solveAt(24);
+    ASSERT_EQ(popup->type, 3);
+    const qint64 before = CreditsManager::sharedInstance().currentCredits();
+    popup->nextLevelAction();
+    auto& nav = Platform::shared().navigator();
+    auto* finish = qobject_cast<RoundFinishViewController*>(nav.presentedViewController());
+    ASSERT_NE(finish, nullptr);
+    EXPECT_EQ(finish->finishedRound, 1);
+    EXPECT_EQ(finish->rewardedCredits, 100);
+    EXPECT_EQ(finish->currentBadge(), "badge2.png");
+    EXPECT_EQ(CreditsManager::sharedInstance().currentCredits(), before + 100);
+    EXPECT_EQ(nav.depth(), 2); // the round selector waits under it
+    finish->startNextRound();
+    EXPECT_EQ(nav.presentedViewController(), nullptr);
+
+    // The menu button skips the round's screen, and its gold.
+    LevelManager::sharedInstance().saveCurrentLevelTo(49);
+    auto* second = solveAt(49);
+    const qint64 held = CreditsManager::sharedInstance().currentCredits();
+    second->goHomeAction();
+    EXPECT_EQ(nav.presentedViewController(), nullptr);
+    EXPECT_EQ(CreditsManager::sharedInstance().currentCredits(), held);
+
+    // Offline the round pays nothing.
+    platform.reachability().setForcedOffline(true);
+    LevelManager::sharedInstance().saveCurrentLevelTo(74);
+    auto* third = solveAt(74);
+    third->nextLevelAction();
+    finish = qobject_cast<RoundFinishViewController*>(nav.presentedViewController());
+    ASSERT_NE(finish, nullptr);
+    EXPECT_EQ(finish->rewardedCredits, 0);
+}
+
+TEST(RoundState, TravelAndPassesAreKept) {
+    TestPlatform platform;
+    LevelManager::sharedInstance().saveCurrentLevelTo(5 * 25);
+    auto& rounds = RoundManager::sharedInstance();
+    rounds.setFlyOverPassed(true);
+    platform.random().queue({7});
+    rounds.goToPreviousRound();
+    EXPECT_EQ(rounds.travelRound(), 7 % 3);
+    EXPECT_EQ(rounds.travelLevel(), 25 * (7 % 3));
+    EXPECT_TRUE(rounds.isPreviousRound());
+    EXPECT_FALSE(rounds.isRoundFlyOverPassed());
+    rounds.incrementTravelLevel();
+    rounds.setFlipImagePassed(true);
+    rounds.setTravelRound(9); // memory only
+    platform.restart();
+    auto& again = RoundManager::sharedInstance();
+    EXPECT_TRUE(again.isPreviousRound());
+    EXPECT_EQ(again.travelRound(), 1);
+    EXPECT_EQ(again.travelLevel(), 26);
+    again.resetBackToOriginalRound();
+    EXPECT_FALSE(again.isPreviousRound());
+    EXPECT_EQ(again.travelLevel(), 0);
+    EXPECT_TRUE(again.isRoundFlipImagePassed());
+    again.resetRoundBonusValues();
+    EXPECT_FALSE(again.isRoundFlipImagePassed());
+}
+
+TEST(ContextNumber, PaddingBuildingAndBreaking) {
+    EXPECT_EQ(UserStatsManager::createPaddingStringWithDigits(7, 3), "007");
+    EXPECT_EQ(UserStatsManager::createPaddingStringWithDigits(123, 3), "123");
+    EXPECT_EQ(UserStatsManager::createPaddingStringWithDigits(1234, 3), "123");
+    EXPECT_EQ(UserStatsManager::breakContextNumber(1241004001200400LL),
+              (QStringList{"124", "10", "040", "012", "00400"}));
+    EXPECT_EQ(UserStatsManager::breakContextNumber(10100100000001LL),
+              (QStringList{"1", "01", "001", "000", "00001"}));
+    EXPECT_TRUE(UserStatsManager::breakContextNumber(123456789012345678LL).isEmpty());
+    EXPECT_TRUE(UserStatsManager::breakContextNumber(1234).isEmpty());
+    EXPECT_EQ(UserStatsManager::breakContextNumber(123456789012LL),
+              (QStringList{"0000", "00", "000", "000", "00000"}));
+    EXPECT_EQ(UserStatsManager::breakContextNumber(1234567), (QStringList{"12", "34", "567"}));
+    EXPECT_EQ(UserStatsManager::breakContextNumber(12345), (QStringList{"0000", "00", "000"}));
+
+    TestPlatform platform;
+    EXPECT_EQ(UserStatsManager::sharedInstance().generateUserStatsContextNumber(), 10100100000001LL);
+    LevelManager::sharedInstance().saveCurrentLevelTo(123);
+    UserStatsManager::sharedInstance().incrementCreditsUsedBy(399);
+    EXPECT_EQ(UserStatsManager::breakContextNumber(
+                  UserStatsManager::sharedInstance().generateUserStatsContextNumber()),
+              (QStringList{"124", "01", "001", "000", "00400"}));
+}
+
+} // namespace
