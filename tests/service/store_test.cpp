@@ -49,6 +49,10 @@ TEST_P(StoreTest, PlayersAreUniqueByNameKeyAndComeBackInTheAskedOrder) {
     ASSERT_EQ(ps.size(), 2u);
     EXPECT_EQ(ps[0].id, "C");
     EXPECT_EQ(ps[1].displayName, "ali");
+    // More identifiers than a statement may take parameters.
+    std::vector<std::string> many(70000, "nobody");
+    many[69000] = "B";
+    EXPECT_EQ(s->players(many).size(), 1u);
     auto cred = s->credentialsByNameKey("bader");
     ASSERT_TRUE(cred);
     EXPECT_EQ(cred->player.id, "B");

@@ -88,8 +88,8 @@ void flushDeletes() {
 TestPlatform::~TestPlatform() {
     Outreach::clear();
     flushDeletes();
-    Platform::uninstall();
     SharedInstances::resetAll();
+    Platform::uninstall();
     flushDeletes();
 }
 
@@ -127,8 +127,8 @@ void TestPlatform::setServiceUrl(const QString& url) {
 
 void TestPlatform::restart() {
     flushDeletes();
-    Platform::uninstall();
     SharedInstances::resetAll();
+    Platform::uninstall();
     flushDeletes();
     install();
 }

@@ -9,7 +9,9 @@
 #include <QWebSocket>
 
 GKEventChannel::GKEventChannel() = default;
-GKEventChannel::~GKEventChannel() = default;
+GKEventChannel::~GKEventChannel() {
+    disconnectFromService();
+}
 
 void GKEventChannel::connectToService() {
     m_wanted = true;
@@ -42,7 +44,7 @@ void GKEventChannel::disconnectFromService() {
 }
 
 void GKEventChannel::scheduleReconnect() {
-    if (!m_wanted || m_reconnectPending) {
+    if (!m_wanted || m_reconnectPending || !Platform::isInstalled()) {
         return;
     }
     m_reconnectPending = true;

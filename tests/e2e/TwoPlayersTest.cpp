@@ -1,0 +1,262 @@
+// Two players on one machine against a real tarvolin-service on loopback: both make accounts from the game's
+// login screen, solve levels, befriend each other and see each other on the leaderboard with the right ranks;
+// a restart keeps the login.
+#include "TestPlatform.h"
+#include "core/GameViewController.h"
+#include "core/LevelManager.h"
+#include "core/LevelSuccessViewController.h"
+#include "core/LevelsInfoReader.h"
+#include "multiplayer/AccountViewController.h"
+#include "multiplayer/GameCenterManager.h"
+#include "multiplayer/LeaderboardViewController.h"
+#include "multiplayer/LoginViewController.h"
+#include "platform/gamekit/GKEventChannel.h"
+#include "platform/gamekit/GKLocalPlayer.h"
+#include "progress/ScorePointsManager.h"
+#include "screens/MainViewController.h"
+#include "screens/Screens.h"
+
+#include <QDir>
+#include <QFile>
+#include <QGuiApplication>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+#include <gtest/gtest.h>
+
+namespace {
+
+class TwoPlayers : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        dataDir = new QTemporaryDir();
+        service = new QProcess();
+        service->setProcessChannelMode(QProcess::MergedChannels);
+        service->start(TARVOLIN_SERVICE_BINARY, {"--address", "127.0.0.1", "--port", "0", "--database",
+                                                 dataDir->filePath("e2e.db"), "--log-level", "info"});
+        ASSERT_TRUE(service->waitForStarted(10000));
+        // The service says where it listens in its first log line.
+        while (port == 0 && service->waitForReadyRead(10000)) {
+            while (service->canReadLine()) {
+                const QJsonObject line = QJsonDocument::fromJson(service->readLine()).object();
+                if (line.value("msg").toString() == QLatin1String("listening")) {
+                    port = line.value("port").toInt();
+                }
+            }
+        }
+        ASSERT_NE(port, 0) << "tarvolin-service did not start";
+    }
+    static void TearDownTestSuite() {
+        service->terminate();
+        service->waitForFinished(10000);
+        delete service;
+        delete dataDir;
+    }
+
+    void SetUp() override {
+        platform.setServiceUrl(QStringLiteral("http://127.0.0.1:%1").arg(port));
+        enter(QString());
+    }
+    void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
+
+    // A player's own profile on this machine, as a fresh start of the game.
+    void enter(const QString& profile) {
+        if (!profile.isEmpty()) {
+            platform.useProfile(profile);
+        }
+        registerScreens(Platform::shared().navigator());
+        LevelsInfoReader::setResourceRoot(platform.folder());
+        QFile f(QDir(platform.folder()).filePath("ok.wav"));
+        if (!f.exists()) {
+            QString text;
+            for (int p = 0; p < 2; ++p) {
+                text += QStringLiteral("[pack=%1]\n").arg(p + 1);
+                for (int i = 0; i < 25; ++i) {
+                    text +=
+                        QStringLiteral("level=نجم\nimage=p%1l%2\nother_letters=ابتثجحخدذ\n").arg(p).arg(i);
+                }
+            }
+            ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+            f.write(text.toUtf8());
+        }
+        LevelsInfoReader::sharedInstance().loadAllPacksLevelsWithEnc("ok", false);
+    }
+
+    // The player asks to log in from the main screen and makes an account on the login screen.
+    void createAccount(const QString& name) {
+        auto& nav = Platform::shared().navigator();
+        auto* main = new MainViewController();
+        nav.setRootViewController(main);
+        main->loginToGameCenter();
+        auto* login = qobject_cast<LoginViewController*>(nav.presentedViewController());
+        ASSERT_NE(login, nullptr);
+        login->submit(name, "password-" + QString::number(name.size()) + "x", true);
+        ASSERT_TRUE(QTest::qWaitFor(
+            [] { return GameCenterManager::sharedInstance().currentStatus == "AUTHENTICATED"; }, 15000));
+        EXPECT_EQ(GameCenterManager::sharedInstance().lastAuthenticationSavedStatus, "AUTO");
+        EXPECT_EQ(GKLocalPlayer::localPlayer().displayName(), name);
+        ASSERT_TRUE(QTest::qWaitFor([] { return Platform::shared().alerts().isVisible(); }, 5000));
+        EXPECT_EQ(Platform::shared().alerts().title(),
+                  QStringLiteral("لقد تم تسجيل دخول الى الجيم سنتر بنجاح"));
+        Platform::shared().alerts().press(0);
+    }
+
+    // Solves the player's next level; the after-level screen reports the total and shows the place.
+    LevelSuccessViewController* solveNextLevel() {
+        auto& nav = Platform::shared().navigator();
+        auto& levels = LevelManager::sharedInstance();
+        auto game = Game::initWithGameLevelAndGameRound(levels.getCurrentGameId(), levels.getCurrentRound());
+        game->setLevelInfo(
+            LevelsInfoReader::sharedInstance().getLevelInfoPackId(game->gameLevel, game->gameRound));
+        auto* play = new GameViewController();
+        play->setGame(game);
+        nav.setRootViewController(play);
+        play->gameSuccess();
+        auto* popup = qobject_cast<LevelSuccessViewController*>(nav.presentedViewController());
+        EXPECT_NE(popup, nullptr);
+        if (popup) {
+            // The place that comes back for the total just reported (an earlier load may answer first).
+            EXPECT_TRUE(QTest::qWaitFor(
+                [popup] {
+                    return !popup->currentRankText().isEmpty() &&
+                           GameCenterManager::sharedInstance().playerScore ==
+                               ScorePointsManager::sharedInstance().totalPoints();
+                },
+                15000));
+        }
+        return popup;
+    }
+
+    LeaderboardViewController* leaderboard(int scope) {
+        auto* board = new LeaderboardViewController();
+        Platform::shared().navigator().presentViewController(board);
+        if (scope != 0) {
+            board->setScope(scope);
+        }
+        EXPECT_TRUE(QTest::qWaitFor([board] { return !board->loading(); }, 15000));
+        return board;
+    }
+    static QStringList names(const LeaderboardViewController* board) {
+        QStringList out;
+        for (const QVariant& row : board->rows()) {
+            out << row.toMap()["rank"].toString() + ":" + row.toMap()["name"].toString();
+        }
+        return out;
+    }
+
+    static inline QProcess* service = nullptr;
+    static inline QTemporaryDir* dataDir = nullptr;
+    static inline int port = 0;
+    TestPlatform platform;
+};
+
+TEST_F(TwoPlayers, BothLogInSolveBefriendAndSeeEachOther) {
+    const QString amal = QStringLiteral("أمل");
+    const QString badr = QStringLiteral("بدر");
+
+    // Amal: an account, two levels, first place.
+    enter("amal");
+    createAccount(amal);
+    auto* first = solveNextLevel();
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(first->currentRankText(), "1");
+    solveNextLevel();
+    EXPECT_EQ(GameCenterManager::sharedInstance().playerScore, 2);
+
+    // Badr: an account and three levels put him above her; her place as seen from his game.
+    enter("badr");
+    createAccount(badr);
+    solveNextLevel();
+    solveNextLevel();
+    auto* third = solveNextLevel();
+    ASSERT_NE(third, nullptr);
+    EXPECT_EQ(third->currentRankText(), "1");
+    auto* global = leaderboard(0);
+    EXPECT_EQ(names(global), (QStringList{"1:" + badr, "2:" + amal}));
+    EXPECT_EQ(global->localRankText(), "1");
+    QString amalID;
+    for (const QVariant& row : global->rows()) {
+        if (row.toMap()["name"].toString() == amal) {
+            amalID = row.toMap()["playerID"].toString();
+        }
+    }
+    global->addFriend(amalID);
+    ASSERT_TRUE(QTest::qWaitFor([] { return Platform::shared().alerts().isVisible(); }, 15000));
+    EXPECT_EQ(Platform::shared().alerts().title(), QStringLiteral("تم ارسال طلب الصداقة"));
+    Platform::shared().alerts().press(0);
+
+    // Amal again: the game logs her in by itself, the request waits for her, and she accepts it.
+    enter("amal");
+    int friendEvents = 0;
+    Platform::shared().notificationCenter().addObserver(
+        &friendEvents, GKEventReceivedNotification, [&friendEvents](const Notification& n) {
+            if (n.userInfo.value("event") == "friend_request") {
+                ++friendEvents;
+            }
+        });
+    auto* main = new MainViewController();
+    Platform::shared().navigator().setRootViewController(main);
+    ASSERT_TRUE(QTest::qWaitFor(
+        [] { return GameCenterManager::sharedInstance().currentStatus == "AUTHENTICATED"; }, 15000));
+    EXPECT_EQ(GKLocalPlayer::localPlayer().displayName(), amal);
+    ASSERT_TRUE(QTest::qWaitFor([main] { return !main->notLoggedVisible(); }, 15000));
+    EXPECT_EQ(main->playerRankLabel(), "2");
+    // The request made while she was away arrives over the event channel, once.
+    ASSERT_TRUE(QTest::qWaitFor([&friendEvents] { return friendEvents == 1; }, 15000));
+
+    auto* account = new AccountViewController();
+    Platform::shared().navigator().presentViewController(account);
+    ASSERT_TRUE(QTest::qWaitFor([account] { return account->requests().size() == 1; }, 15000));
+    EXPECT_EQ(account->requests().first().toMap()["name"].toString(), badr);
+    account->answer(account->requests().first().toMap()["requestID"].toString(), true);
+    ASSERT_TRUE(QTest::qWaitFor([account] { return account->friends().size() == 1; }, 15000));
+    EXPECT_TRUE(account->requests().isEmpty());
+    account->close();
+
+    auto* friends = leaderboard(1);
+    EXPECT_EQ(names(friends), (QStringList{"1:" + badr, "2:" + amal}));
+    EXPECT_EQ(friends->localRankText(), "2");
+
+    // Once more from the start: the login is kept, and the event is not delivered a second time.
+    enter("amal");
+    friendEvents = 0;
+    Platform::shared().notificationCenter().addObserver(
+        &friendEvents, GKEventReceivedNotification, [&friendEvents](const Notification&) { ++friendEvents; });
+    auto* again = new MainViewController();
+    Platform::shared().navigator().setRootViewController(again);
+    ASSERT_TRUE(QTest::qWaitFor(
+        [] { return GameCenterManager::sharedInstance().currentStatus == "AUTHENTICATED"; }, 15000));
+    QTest::qWait(500);
+    EXPECT_EQ(friendEvents, 0);
+}
+
+TEST_F(TwoPlayers, RefusalsOfTheServiceReachTheLoginScreenInArabic) {
+    enter("cyrine");
+    auto& nav = Platform::shared().navigator();
+    auto* main = new MainViewController();
+    nav.setRootViewController(main);
+    main->loginToGameCenter();
+    auto* login = qobject_cast<LoginViewController*>(nav.presentedViewController());
+    ASSERT_NE(login, nullptr);
+    login->submit(QStringLiteral("أمل"), "another-password", true);
+    ASSERT_TRUE(QTest::qWaitFor([login] { return !login->busy(); }, 15000));
+    EXPECT_EQ(login->errorText(), QStringLiteral("هذا الاسم مستخدم من لاعب آخر، اختر اسما غيره"));
+    login->submit(QStringLiteral("أمل"), "wrong-password", false);
+    ASSERT_TRUE(QTest::qWaitFor([login] { return !login->busy(); }, 15000));
+    EXPECT_EQ(login->errorText(), QStringLiteral("الاسم أو كلمة المرور غير صحيحة"));
+    EXPECT_FALSE(GKLocalPlayer::localPlayer().isAuthenticated());
+    login->cancel();
+    EXPECT_EQ(nav.presentedViewController(), nullptr);
+    EXPECT_EQ(GameCenterManager::sharedInstance().currentStatus, "LOGIN_CANCELLED");
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
