@@ -1,5 +1,6 @@
 #include "Application.h"
 
+#include "core/GameViewController.h"
 #include "core/LevelManager.h"
 #include "platform/Platform.h"
 #include "screens/ImageUtil.h"
@@ -58,7 +59,9 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
         QStringLiteral("Keep profiles under DIR instead of the user's data folder."), QStringLiteral("DIR"));
     const QCommandLineOption open(
         QStringLiteral("open"),
-        QStringLiteral("Go on from the main screen to SCREEN: rounds, levels or play."),
+        QStringLiteral(
+            "Go on from the main screen to SCREEN: rounds, levels, play, solved (the current level just "
+            "solved), login or leaderboard."),
         QStringLiteral("SCREEN"));
     parser.addOptions({profile, screenshot, service, device, offline, dataDir, open});
 
@@ -88,11 +91,20 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
     }
     options->screenshot = parser.value(screenshot);
     options->service = parser.value(service);
+    const QUrl serviceUrl(options->service, QUrl::StrictMode);
+    if (!serviceUrl.isValid() || (serviceUrl.scheme() != "http" && serviceUrl.scheme() != "https") ||
+        serviceUrl.host().isEmpty()) {
+        err << "The service address \"" << options->service << "\" is not an http:// or https:// URL.\n";
+        *exitCode = 2;
+        return false;
+    }
     options->offline = parser.isSet(offline);
     options->profileRoot = parser.value(dataDir);
     options->open = parser.value(open);
-    if (!options->open.isEmpty() && !QStringList{"rounds", "levels", "play"}.contains(options->open)) {
-        err << "Unknown screen \"" << options->open << "\": use rounds, levels or play.\n";
+    if (!options->open.isEmpty() &&
+        !QStringList{"rounds", "levels", "play", "solved", "login", "leaderboard"}.contains(options->open)) {
+        err << "Unknown screen \"" << options->open
+            << "\": use rounds, levels, play, solved, login or leaderboard.\n";
         *exitCode = 2;
         return false;
     }
@@ -171,6 +183,7 @@ bool Application::start() {
     services.reachability = std::make_unique<Reachability>(true);
     services.animator = std::make_unique<ScheduledAnimator>();
     services.device = std::make_unique<Device>(cls);
+    services.gameService = std::make_unique<GameService>(QUrl(m_options.service));
     Platform::install(std::move(services));
     auto& platform = Platform::shared();
     platform.reachability().setForcedOffline(m_options.offline);
@@ -212,6 +225,17 @@ void Application::openScreen(const QString& which) {
     if (!main) {
         return;
     }
+    if (which == QLatin1String("login")) {
+        main->loginToGameCenter();
+        return;
+    }
+    if (which == QLatin1String("leaderboard")) {
+        if (auto* board =
+                nav.instantiateViewControllerWithIdentifier(QStringLiteral("LeaderboardViewController"))) {
+            nav.presentViewController(board);
+        }
+        return;
+    }
     main->startAction();
     auto* rounds = qobject_cast<RoundSelectorViewController*>(nav.topViewController());
     if (which == QLatin1String("rounds") || !rounds) {
@@ -225,6 +249,12 @@ void Application::openScreen(const QString& which) {
         return;
     }
     levels->collectionViewDidSelectItemAtIndexPath(static_cast<int>(level % 25));
+    if (which == QLatin1String("solved")) {
+        if (auto* play = qobject_cast<GameViewController*>(nav.topViewController())) {
+            play->dismissHelpAction();
+            play->gameSuccess();
+        }
+    }
 }
 
 QQuickWindow* Application::window() const {

@@ -21,7 +21,7 @@ Item {
         anchors.horizontalCenter: parent.horizontalCenter
         y: (device.deviceClass === 1 ? 70 : 28) * screen.u
         width: parent.width - 40 * screen.u
-        spacing: 16 * screen.u
+        spacing: 12 * screen.u
 
         Row {
             anchors.left: parent.left
@@ -47,7 +47,7 @@ Item {
             anchors.horizontalCenter: parent.horizontalCenter
             text: "طارفولين"
             font.family: Theme.fontFamily
-            font.pixelSize: 46 * screen.u
+            font.pixelSize: 42 * screen.u
             font.bold: true
             color: Theme.gold
             style: Text.Raised
@@ -64,7 +64,7 @@ Item {
         // The rank card.
         Rectangle {
             width: parent.width
-            height: 150 * screen.u
+            height: 132 * screen.u
             radius: 20 * screen.u
             color: "#14ffffff"
             border.color: "#30ffffff"
@@ -74,7 +74,7 @@ Item {
                 anchors.right: parent.right
                 anchors.rightMargin: 16 * screen.u
                 anchors.verticalCenter: parent.verticalCenter
-                width: 112 * screen.u
+                width: 100 * screen.u
                 height: width
                 source: "qrc:/images/badges/" + controller.currentBadgeImage
                 sourceSize.width: 192
@@ -153,71 +153,68 @@ Item {
                 }
             }
         }
-    }
+        // The game service: the prompt to log in, or the player's place and how it moved in two days.
+        Rectangle {
+            objectName: "gamecenterView"
+            width: parent.width
+            height: 54 * screen.u
+            radius: 16 * screen.u
+            color: "#26ffffff"
+            border.color: "#44ffffff"
+            Text {
+                objectName: "notLoggedLabel"
+                anchors.centerIn: parent
+                visible: controller.notLoggedVisible
+                text: controller.notLoggedLabel
+                font.family: Theme.fontFamily
+                font.pixelSize: 14 * screen.u
+                color: "#ffffff"
+            }
+            Row {
+                anchors.centerIn: parent
+                visible: !controller.notLoggedVisible
+                spacing: 10 * screen.u
+                Text {
+                    text: "ترتيبك في قائمة الأذكياء"
+                    font.family: Theme.fontFamily
+                    font.pixelSize: 13 * screen.u
+                    color: "#d9d2f5"
+                    anchors.verticalCenter: parent.verticalCenter
+                }
+                Text {
+                    objectName: "playerRankLabel"
+                    text: controller.playerRankLabel
+                    font.family: Theme.fontFamily
+                    font.pixelSize: 22 * screen.u
+                    font.bold: true
+                    color: Theme.gold
+                    anchors.verticalCenter: parent.verticalCenter
+                }
+                Text {
+                    objectName: "gcRankArrow"
+                    visible: controller.gcRankVisible && controller.gcRankArrow.length > 0
+                    text: controller.gcRankArrow === "red-arrow.png" ? "▼" : "▲"
+                    font.pixelSize: 16 * screen.u
+                    color: controller.gcRankChangeColor
+                    anchors.verticalCenter: parent.verticalCenter
+                }
+                Text {
+                    objectName: "gcRankChange"
+                    visible: controller.gcRankVisible
+                    text: controller.gcRankChange
+                    font.family: Theme.fontFamily
+                    font.pixelSize: 15 * screen.u
+                    font.bold: true
+                    color: controller.gcRankChangeColor
+                    anchors.verticalCenter: parent.verticalCenter
+                }
+            }
+            MouseArea {
+                anchors.fill: parent
+                onClicked: controller.notLoggedVisible ? controller.loginToGameCenterAction() : controller.openGameCenter()
+            }
+        }
 
-    // The game service: the prompt to log in, or the player's place and how it moved in two days.
-    Rectangle {
-        objectName: "gamecenterView"
-        anchors.horizontalCenter: parent.horizontalCenter
-        anchors.bottom: buttons.top
-        anchors.bottomMargin: 16 * screen.u
-        width: parent.width - 40 * screen.u
-        height: 54 * screen.u
-        radius: 16 * screen.u
-        color: "#26ffffff"
-        border.color: "#44ffffff"
-        Text {
-            objectName: "notLoggedLabel"
-            anchors.centerIn: parent
-            visible: controller.notLoggedVisible
-            text: controller.notLoggedLabel
-            font.family: Theme.fontFamily
-            font.pixelSize: 14 * screen.u
-            color: "#ffffff"
-        }
-        Row {
-            anchors.centerIn: parent
-            visible: !controller.notLoggedVisible
-            spacing: 10 * screen.u
-            Text {
-                text: "ترتيبك في قائمة الأذكياء"
-                font.family: Theme.fontFamily
-                font.pixelSize: 13 * screen.u
-                color: "#d9d2f5"
-                anchors.verticalCenter: parent.verticalCenter
-            }
-            Text {
-                objectName: "playerRankLabel"
-                text: controller.playerRankLabel
-                font.family: Theme.fontFamily
-                font.pixelSize: 22 * screen.u
-                font.bold: true
-                color: Theme.gold
-                anchors.verticalCenter: parent.verticalCenter
-            }
-            Text {
-                objectName: "gcRankArrow"
-                visible: controller.gcRankVisible && controller.gcRankArrow.length > 0
-                text: controller.gcRankArrow === "red-arrow.png" ? "▼" : "▲"
-                font.pixelSize: 16 * screen.u
-                color: controller.gcRankChangeColor
-                anchors.verticalCenter: parent.verticalCenter
-            }
-            Text {
-                objectName: "gcRankChange"
-                visible: controller.gcRankVisible
-                text: controller.gcRankChange
-                font.family: Theme.fontFamily
-                font.pixelSize: 15 * screen.u
-                font.bold: true
-                color: controller.gcRankChangeColor
-                anchors.verticalCenter: parent.verticalCenter
-            }
-        }
-        MouseArea {
-            anchors.fill: parent
-            onClicked: controller.notLoggedVisible ? controller.loginToGameCenterAction() : controller.openGameCenter()
-        }
     }
 
     Column {
