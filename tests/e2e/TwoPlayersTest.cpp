@@ -70,16 +70,7 @@ protected:
         LevelsInfoReader::setResourceRoot(platform.folder());
         QFile f(QDir(platform.folder()).filePath("ok.wav"));
         if (!f.exists()) {
-            QString text;
-            for (int p = 0; p < 2; ++p) {
-                text += QStringLiteral("[pack=%1]\n").arg(p + 1);
-                for (int i = 0; i < 25; ++i) {
-                    text +=
-                        QStringLiteral("level=نجم\nimage=p%1l%2\nother_letters=ابتثجحخدذ\n").arg(p).arg(i);
-                }
-            }
-            ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-            f.write(text.toUtf8());
+            platform.writePackFile(2, QStringLiteral("نجم"), QStringLiteral("ابتثجحخدذ"));
         }
         LevelsInfoReader::sharedInstance().loadAllPacksLevelsWithEnc("ok", false);
     }

@@ -4,7 +4,9 @@
 #include "platform/SharedInstances.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QEvent>
+#include <QFile>
 #include <cmath>
 
 ManualScheduler::ManualScheduler(QDateTime start) : m_now(std::move(start)) {}
@@ -113,6 +115,25 @@ void TestPlatform::install() {
     // Nothing listens on the discard port: a test that does not start a service gets a refused connection.
     services.gameService = std::make_unique<GameService>(QUrl(m_serviceUrl));
     Platform::install(std::move(services));
+}
+
+void TestPlatform::writePackFile(int packs, const QString& solution, const QString& otherLetters) const {
+    QString text;
+    for (int p = 0; p < packs; ++p) {
+        text += QStringLiteral("[pack=%1]\n").arg(p + 1);
+        const QString answer = solution.contains("%1") ? solution.arg(p) : solution;
+        for (int i = 0; i < 25; ++i) {
+            text += QStringLiteral("level=%1\nimage=p%2l%3\nother_letters=%4\n")
+                        .arg(answer)
+                        .arg(p)
+                        .arg(i)
+                        .arg(otherLetters);
+        }
+    }
+    QFile f(QDir(m_dir.path()).filePath("ok.wav"));
+    if (!f.open(QIODevice::WriteOnly) || f.write(text.toUtf8()) < 0) {
+        qFatal("The test pack file could not be written");
+    }
 }
 
 void TestPlatform::useProfile(const QString& name) {

@@ -64,16 +64,7 @@ protected:
         platform.animator().completeAll();
     }
     void writePacks(int packs) {
-        QString text;
-        for (int p = 0; p < packs; ++p) {
-            text += QStringLiteral("[pack=%1]\n").arg(p + 1);
-            for (int i = 0; i < 25; ++i) {
-                text += QStringLiteral("level=ق%1م\nimage=p%1l%2\nother_letters=ابتثجحخدذر\n").arg(p).arg(i);
-            }
-        }
-        QFile f(QDir(platform.folder()).filePath("ok.wav"));
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write(text.toUtf8());
+        platform.writePackFile(packs, QStringLiteral("ق%1م"), QStringLiteral("ابتثجحخدذر"));
     }
     LevelSuccessViewController* popup() {
         return qobject_cast<LevelSuccessViewController*>(

@@ -183,16 +183,7 @@ protected:
     void SetUp() override {
         registerScreens(Platform::shared().navigator());
         LevelsInfoReader::setResourceRoot(platform.folder());
-        QString text;
-        for (int p = 0; p < 3; ++p) {
-            text += QStringLiteral("[pack=%1]\n").arg(p + 1);
-            for (int i = 0; i < 25; ++i) {
-                text += QStringLiteral("level=قلم\nimage=p%1l%2\nother_letters=ابتثجحخدذ\n").arg(p).arg(i);
-            }
-        }
-        QFile f(QDir(platform.folder()).filePath("ok.wav"));
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write(text.toUtf8());
+        platform.writePackFile(3, QStringLiteral("قلم"), QStringLiteral("ابتثجحخدذ"));
     }
     void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
 

@@ -85,16 +85,7 @@ protected:
     void SetUp() override {
         registerScreens(Platform::shared().navigator());
         LevelsInfoReader::setResourceRoot(platform.folder());
-        QString text;
-        for (int p = 0; p < 14; ++p) {
-            text += QStringLiteral("[pack=%1]\n").arg(p + 1);
-            for (int i = 0; i < 25; ++i) {
-                text += QStringLiteral("level=سمكة\nimage=p%1l%2\nother_letters=ابتثجحخد\n").arg(p).arg(i);
-            }
-        }
-        QFile f(QDir(platform.folder()).filePath("ok.wav"));
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write(text.toUtf8());
+        platform.writePackFile(14, QStringLiteral("سمكة"), QStringLiteral("ابتثجحخد"));
         LevelsInfoReader::sharedInstance().loadAllPacksLevelsWithEnc("ok", false);
         Outreach::ads = &ads;
         Outreach::sharing = &sharing;
