@@ -1,6 +1,7 @@
 #include "RankManager.h"
 
 #include "core/LevelManager.h"
+#include "multiplayer/GameCenterManager.h"
 #include "platform/Platform.h"
 #include "platform/SharedInstances.h"
 
@@ -25,7 +26,6 @@ const std::array<Rung, RankManager::kRankCount> kLadder{{
     {"ختمت اللعبة", 1},
 }};
 
-const QString kScoreLoadedNotification = QStringLiteral("scoreLoadedNotification");
 const QString kSlotsKey = QStringLiteral("groupsGcRanks");
 
 qint64 currentRound() {
@@ -127,7 +127,7 @@ void RankManager::initData() {
         packsLastGcRanks = QList<qint64>(kRoundSlots, 0);
     }
 
-    Platform::shared().notificationCenter().addObserver(this, kScoreLoadedNotification,
+    Platform::shared().notificationCenter().addObserver(this, scoreLoadedNotification,
                                                         [this](const Notification&) { scoreLoaded(); });
 }
 
@@ -145,9 +145,6 @@ qint64 RankManager::getNotificationWaitTime() const {
 }
 
 void RankManager::scoreLoaded() {
-    if (!m_playerRank) {
-        return;
-    }
     const qint64 slot = LevelManager::sharedInstance().currentLevel() / 25;
     if (slot < 0) {
         return;
@@ -156,7 +153,7 @@ void RankManager::scoreLoaded() {
     while (packsLastGcRanks.size() <= slot) {
         packsLastGcRanks.append(0);
     }
-    packsLastGcRanks[slot] = m_playerRank();
+    packsLastGcRanks[slot] = GameCenterManager::sharedInstance().playerRank;
     QVariantList list;
     for (qint64 v : std::as_const(packsLastGcRanks)) {
         list.append(v);

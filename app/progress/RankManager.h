@@ -2,7 +2,6 @@
 
 #include <QList>
 #include <QString>
-#include <functional>
 
 // A rung of the ladder.
 class Rank {
@@ -73,11 +72,6 @@ public:
     qint64 getRoundCreditsReward() const override { return 100; }
     qint64 getNotificationWaitTime() const override;
 
-    // Stores the player's present place in the slot of the current round.
+    // Stores the player's present place on the leaderboard in the slot of the current round.
     void scoreLoaded();
-    // The place to remember when a score arrives; the game-service session sets it.
-    void setPlayerRankSource(std::function<qint64()> source) { m_playerRank = std::move(source); }
-
-private:
-    std::function<qint64()> m_playerRank;
 };

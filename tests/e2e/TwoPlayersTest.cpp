@@ -12,6 +12,7 @@
 #include "multiplayer/LoginViewController.h"
 #include "platform/gamekit/GKEventChannel.h"
 #include "platform/gamekit/GKLocalPlayer.h"
+#include "progress/RankManager.h"
 #include "progress/ScorePointsManager.h"
 #include "screens/MainViewController.h"
 #include "screens/Screens.h"
@@ -153,6 +154,8 @@ TEST_F(TwoPlayers, BothLogInSolveBefriendAndSeeEachOther) {
     auto* first = solveNextLevel();
     ASSERT_NE(first, nullptr);
     EXPECT_EQ(first->currentRankText(), "1");
+    // The round selector's column of places per round learns it too.
+    EXPECT_EQ(RankManager::sharedInstance().packsLastGcRanks.at(0), 1);
     solveNextLevel();
     EXPECT_EQ(GameCenterManager::sharedInstance().playerScore, 2);
 

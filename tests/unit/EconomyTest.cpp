@@ -1,6 +1,7 @@
 // Balances, statistics counters, the rank ladder and its amounts, settings and sound.
 #include "TestPlatform.h"
 #include "core/LevelManager.h"
+#include "multiplayer/GameCenterManager.h"
 #include "outreach/SoundFactory.h"
 #include "progress/CreditsManager.h"
 #include "progress/RankManager.h"
@@ -155,8 +156,7 @@ TEST(Ladder, PlacePerRoundIsRememberedWhenAScoreArrives) {
     EXPECT_EQ(ranks.packsLastGcRanks, QList<qint64>(50, 0));
     EXPECT_FALSE(platform.defaults().hasKey("groupsGcRanks"));
     LevelManager::sharedInstance().saveCurrentLevelTo(60);
-    qint64 place = 312;
-    ranks.setPlayerRankSource([&place] { return place; });
+    GameCenterManager::sharedInstance().playerRank = 312;
     Platform::shared().notificationCenter().postNotificationName("scoreLoadedNotification");
     EXPECT_EQ(ranks.packsLastGcRanks.at(2), 312);
 
