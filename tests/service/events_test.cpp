@@ -94,6 +94,25 @@ TEST_P(EventsTest, AcceptanceReachesTheSenderAndEventsSurviveARestart) {
     EXPECT_EQ(got[0].at("data").at("friend").at("isFriend"), true);
 }
 
+TEST_P(EventsTest, LoggingOutEndsTheSocketOfThatTokenOnly) {
+    Reply second = svc->http().post("/v1/sessions",
+                                    json::object{{"displayName", "Bader"}, {"password", "correct horse"}});
+    ASSERT_EQ(second.status, 200u);
+    std::string otherToken(second.json.at("token").as_string());
+    WsClient kept(svc->port(), bader.token);
+    WsClient ended(svc->port(), otherToken);
+    EXPECT_TRUE(kept.drain().empty());
+    EXPECT_TRUE(ended.drain().empty());
+    ASSERT_EQ(svc->http().request("DELETE", "/v1/sessions/current", {}, otherToken).status, 204u);
+    ask(ali, bader, "after logout");
+    // The logged-out socket is closed without receiving the event; the other one receives it.
+    EXPECT_FALSE(ended.next().has_value());
+    auto e = kept.next();
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->at("data").at("request").at("message"), "after logout");
+    EXPECT_EQ(wsHandshakeStatus(svc->port(), "/v1/events", "Bearer " + otherToken), 401u);
+}
+
 TEST_P(EventsTest, BadMessagesAreAnsweredAndTheSocketStays) {
     WsClient ws(svc->port(), bader.token);
     ws.send("hello");

@@ -104,3 +104,26 @@ TEST(Operations, ShutdownClosesIdleConnectionsAndRefusesNewOnes) {
     EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(4));
     EXPECT_THROW(HttpClient(svc.port()).get("/healthz", ""), std::exception);
 }
+
+TEST(Operations, ConnectionsLeftAfterTheGracePeriodAreCutOff) {
+    TestDatabase db("sqlite");
+    auto store = db.open();
+    tarvolin::net::Api api(*store, TestService::fastConfig());
+    tarvolin::net::Logger log(tarvolin::net::LogLevel::Off);
+    tarvolin::net::ServerConfig config;
+    config.address = "127.0.0.1";
+    config.port = 0;
+    config.shutdownGrace = std::chrono::seconds(0);
+    auto server = std::make_unique<tarvolin::net::Server>(api, config, log);
+    unsigned short port = server->start();
+    HttpClient c(port);
+    Reply r = c.post("/v1/accounts", json::object{{"displayName", "Amal"}, {"password", "long enough"}});
+    ASSERT_EQ(r.status, 201u);
+    WsClient ws(port, std::string(r.json.at("token").as_string()));
+    ws.drain();
+    server->shutdown();
+    server->wait();
+    // The sessions still open end with the server, which they still report to as they go.
+    server.reset();
+    EXPECT_FALSE(ws.next().has_value());
+}

@@ -90,11 +90,14 @@ void GKScore::reportScoresWithCompletionHandler(const QList<GKScore>& scores,
         done(std::nullopt);
         return;
     }
-    // One leaderboard, one score per player: the last of the list is the one that stands.
+    // One leaderboard, one score per player: the last of the list is the one that stands. Each report carries
+    // the whole total, so reports leave in the order they were made and an earlier one never overtakes a
+    // later one on the way.
     const GKScore& s = scores.last();
-    service().post("/v1/leaderboard/scores",
-                   QJsonObject{{"value", QString::number(s.value)}, {"context", QString::number(s.context)}},
-                   [done = std::move(done)](const QJsonObject&, const auto& error) { done(error); });
+    service().postInOrder(
+        "/v1/leaderboard/scores",
+        QJsonObject{{"value", QString::number(s.value)}, {"context", QString::number(s.context)}},
+        [done = std::move(done)](const QJsonObject&, const auto& error) { done(error); });
 }
 
 GKLeaderboard GKLeaderboard::initWithPlayers(const QList<GKPlayer>& players) {

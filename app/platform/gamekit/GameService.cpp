@@ -39,6 +39,28 @@ void GameService::post(const QString& path, const QJsonObject& body, Completion 
     send("POST", path, {}, QJsonDocument(body).toJson(QJsonDocument::Compact), std::move(done));
 }
 
+void GameService::postInOrder(const QString& path, const QJsonObject& body, Completion done) {
+    m_inOrder.push_back({path, body, std::move(done)});
+    if (m_inOrder.size() == 1) {
+        sendNextInOrder();
+    }
+}
+
+void GameService::sendNextInOrder() {
+    if (m_inOrder.empty()) {
+        return;
+    }
+    const Pending& next = m_inOrder.front();
+    post(next.path, next.body, [this](const QJsonObject& reply, const std::optional<GKError>& error) {
+        Completion done = std::move(m_inOrder.front().done);
+        m_inOrder.pop_front();
+        sendNextInOrder();
+        if (done) {
+            done(reply, error);
+        }
+    });
+}
+
 void GameService::deleteResource(const QString& path, Completion done) {
     send("DELETE", path, {}, {}, std::move(done));
 }

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QUrl>
 #include <QUrlQuery>
+#include <deque>
 #include <functional>
 #include <optional>
 
@@ -36,6 +37,8 @@ public:
     void get(const QString& path, const QUrlQuery& query, Completion done);
     void post(const QString& path, const QJsonObject& body, Completion done);
     void deleteResource(const QString& path, Completion done);
+    // A POST that waits until every earlier one made through here has been answered.
+    void postInOrder(const QString& path, const QJsonObject& body, Completion done);
     QUrl urlFor(const QString& path, const QUrlQuery& query = {}) const;
 
 private:
@@ -44,5 +47,13 @@ private:
 
     QUrl m_baseUrl;
     QString m_token;
+    void sendNextInOrder();
+
     QNetworkAccessManager* m_network;
+    struct Pending {
+        QString path;
+        QJsonObject body;
+        Completion done;
+    };
+    std::deque<Pending> m_inOrder;
 };
