@@ -163,3 +163,60 @@ void GameCenterManager::loadPlayerScoresCompletionHandler(
             done(error ? std::nullopt : scores);
         });
 }
+
+void GameCenterManager::loadAchievements() {
+    achievementsDictionary.clear();
+    GKAchievement::loadAchievementsWithCompletionHandler([this](std::optional<QList<GKAchievement>> list,
+                                                                std::optional<GKError> error) {
+        if (error) {
+            qInfo().noquote()
+                << QStringLiteral("Error while loading achievements: %1").arg(error->localizedDescription());
+            return;
+        }
+        for (const GKAchievement& a : *list) {
+            achievementsDictionary.insert(a.identifier, a);
+        }
+    });
+}
+
+GKAchievement& GameCenterManager::getAchievementForIdentifier(const QString& identifier) {
+    auto it = achievementsDictionary.find(identifier);
+    if (it == achievementsDictionary.end()) {
+        it = achievementsDictionary.insert(identifier, GKAchievement::initWithIdentifier(identifier));
+    }
+    return *it;
+}
+
+void GameCenterManager::reportAchievementIdentifierPercentComplete(const QString& identifier, float percent) {
+    GKAchievement& achievement = getAchievementForIdentifier(identifier);
+    if (achievement.percentComplete == 100.0) {
+        return;
+    }
+    achievement.percentComplete = percent;
+    achievement.setShowsCompletionBanner(true);
+    GKAchievement::reportAchievementsWithCompletionHandler({achievement}, [](std::optional<GKError> error) {
+        if (error) {
+            qInfo().noquote()
+                << QStringLiteral("Error while reporting achievement: %1").arg(error->localizedDescription());
+        }
+    });
+}
+
+void GameCenterManager::completeMultipleAchievements(const QList<GKAchievement>& achievements) {
+    GKAchievement::reportAchievementsWithCompletionHandler(achievements, [](std::optional<GKError> error) {
+        if (error) {
+            qInfo().noquote() << QStringLiteral("Error while reporting achievements: %1")
+                                     .arg(error->localizedDescription());
+        }
+    });
+}
+
+void GameCenterManager::resetAchievements() {
+    achievementsDictionary.clear();
+    GKAchievement::resetAchievementsWithCompletionHandler([](std::optional<GKError> error) {
+        if (error) {
+            qInfo().noquote()
+                << QStringLiteral("Error while reseting achievements: %1").arg(error->localizedDescription());
+        }
+    });
+}

@@ -2,6 +2,7 @@
 
 #include "platform/gamekit/GameKit.h"
 
+#include <QHash>
 #include <QString>
 #include <functional>
 #include <optional>
@@ -39,6 +40,14 @@ public:
     void reloadPlayerScoreWithCompletionHandler(std::function<void()> handler);
     void loadPlayerScoresCompletionHandler(const QList<GKPlayer>& players,
                                            std::function<void(std::optional<QList<GKScore>>)> done);
+
+    // Achievements: a cache by identifier over the service's store.
+    void loadAchievements();
+    GKAchievement& getAchievementForIdentifier(const QString& identifier);
+    void reportAchievementIdentifierPercentComplete(const QString& identifier, float percent);
+    void completeMultipleAchievements(const QList<GKAchievement>& achievements);
+    void resetAchievements();
+    QHash<QString, GKAchievement> achievementsDictionary;
 
     bool gameCenterAvailable = false;
     bool userAuthenticated = false;

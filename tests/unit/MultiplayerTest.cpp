@@ -352,3 +352,23 @@ TEST(ContextNumber, PaddingBuildingAndBreaking) {
 }
 
 } // namespace
+
+namespace {
+
+TEST(Achievements, CachedByIdentifierAndACompleteOneIsNotSentAgain) {
+    TestPlatform platform;
+    auto& gc = GameCenterManager::sharedInstance();
+    GKAchievement& made = gc.getAchievementForIdentifier("days:5");
+    EXPECT_EQ(made.percentComplete, 0.0);
+    EXPECT_EQ(&gc.getAchievementForIdentifier("days:5"), &made);
+    gc.reportAchievementIdentifierPercentComplete("days:5", 99.9f);
+    EXPECT_NEAR(gc.getAchievementForIdentifier("days:5").percentComplete, 99.9, 1e-4);
+    EXPECT_TRUE(gc.getAchievementForIdentifier("days:5").showsCompletionBanner);
+    gc.reportAchievementIdentifierPercentComplete("days:5", 100.0f);
+    gc.reportAchievementIdentifierPercentComplete("days:5", 40.0f);
+    EXPECT_EQ(gc.getAchievementForIdentifier("days:5").percentComplete, 100.0);
+    gc.resetAchievements();
+    EXPECT_TRUE(gc.achievementsDictionary.isEmpty());
+}
+
+} // namespace

@@ -203,3 +203,57 @@ void GKFriendRequest::loadFriends(std::function<void(QList<GKPlayer>, std::optio
         done(list, error);
     });
 }
+
+GKAchievement GKAchievement::initWithIdentifier(const QString& identifier) {
+    GKAchievement a;
+    a.identifier = identifier;
+    return a;
+}
+
+std::optional<GKAchievement> GKAchievement::fromJson(const QJsonObject& o) {
+    if (!o.value("identifier").isString() || !o.value("percentComplete").isDouble()) {
+        return std::nullopt;
+    }
+    GKAchievement a = initWithIdentifier(o.value("identifier").toString());
+    a.percentComplete = o.value("percentComplete").toDouble();
+    if (const auto date = integer(o.value("lastReportedDate"))) {
+        a.lastReportedDate = QDateTime::fromMSecsSinceEpoch(*date);
+    }
+    return a;
+}
+
+void GKAchievement::loadAchievementsWithCompletionHandler(
+    std::function<void(std::optional<QList<GKAchievement>>, std::optional<GKError>)> done) {
+    service().get("/v1/achievements", {},
+                  [done = std::move(done)](const QJsonObject& body, const auto& error) {
+                      if (error) {
+                          done(std::nullopt, error);
+                          return;
+                      }
+                      QList<GKAchievement> list;
+                      for (const QJsonValue& v : body.value("achievements").toArray()) {
+                          const auto a = fromJson(v.toObject());
+                          if (!a) {
+                              done(std::nullopt, badReply("achievement"));
+                              return;
+                          }
+                          list.append(*a);
+                      }
+                      done(list, std::nullopt);
+                  });
+}
+
+void GKAchievement::reportAchievementsWithCompletionHandler(
+    const QList<GKAchievement>& achievements, std::function<void(std::optional<GKError>)> done) {
+    QJsonArray list;
+    for (const GKAchievement& a : achievements) {
+        list.append(QJsonObject{{"identifier", a.identifier}, {"percentComplete", a.percentComplete}});
+    }
+    service().postInOrder("/v1/achievements", QJsonObject{{"achievements", list}},
+                          [done = std::move(done)](const QJsonObject&, const auto& error) { done(error); });
+}
+
+void GKAchievement::resetAchievementsWithCompletionHandler(std::function<void(std::optional<GKError>)> done) {
+    service().deleteResource(
+        "/v1/achievements", [done = std::move(done)](const QJsonObject&, const auto& error) { done(error); });
+}

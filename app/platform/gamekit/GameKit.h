@@ -88,3 +88,20 @@ struct GKFriendRequest {
                                     std::function<void(std::optional<GKError>)> done);
     static void loadFriends(std::function<void(QList<GKPlayer>, std::optional<GKError>)> done);
 };
+
+// The player's progress on one achievement, kept by the game service.
+struct GKAchievement {
+    QString identifier;
+    double percentComplete = 0.0;
+    bool showsCompletionBanner = false;
+    QDateTime lastReportedDate;
+
+    static GKAchievement initWithIdentifier(const QString& identifier);
+    static std::optional<GKAchievement> fromJson(const QJsonObject& o);
+    void setShowsCompletionBanner(bool shows) { showsCompletionBanner = shows; }
+    static void loadAchievementsWithCompletionHandler(
+        std::function<void(std::optional<QList<GKAchievement>>, std::optional<GKError>)> done);
+    static void reportAchievementsWithCompletionHandler(const QList<GKAchievement>& achievements,
+                                                        std::function<void(std::optional<GKError>)> done);
+    static void resetAchievementsWithCompletionHandler(std::function<void(std::optional<GKError>)> done);
+};
