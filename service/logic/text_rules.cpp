@@ -1,0 +1,218 @@
+#include "logic/text_rules.h"
+
+#include <cstdint>
+#include <stdexcept>
+
+namespace tarvolin::logic {
+namespace {
+
+// Decodes the code point at s[i], advancing i; nullopt on malformed UTF-8.
+std::optional<char32_t> next(std::string_view s, std::size_t& i) {
+    auto b0 = static_cast<unsigned char>(s[i]);
+    int len = b0 < 0x80 ? 1 : (b0 >> 5) == 0x6 ? 2 : (b0 >> 4) == 0xE ? 3 : (b0 >> 3) == 0x1E ? 4 : 0;
+    if (len == 0 || i + static_cast<std::size_t>(len) > s.size()) {
+        return std::nullopt;
+    }
+    char32_t cp = len == 1 ? b0 : len == 2 ? (b0 & 0x1Fu) : len == 3 ? (b0 & 0x0Fu) : (b0 & 0x07u);
+    for (int k = 1; k < len; ++k) {
+        auto b = static_cast<unsigned char>(s[i + static_cast<std::size_t>(k)]);
+        if ((b >> 6) != 0x2) {
+            return std::nullopt;
+        }
+        cp = (cp << 6) | (b & 0x3Fu);
+    }
+    static constexpr char32_t kMin[] = {0, 0, 0x80, 0x800, 0x10000};
+    if (cp < kMin[len] || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) {
+        return std::nullopt; // overlong form, out of range, or a surrogate
+    }
+    i += static_cast<std::size_t>(len);
+    return cp;
+}
+
+bool isControl(char32_t c) {
+    return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0x2028 || c == 0x2029;
+}
+bool isBlank(char32_t c) {
+    return c == ' ' || c == 0xA0 || c == 0x3000 || (c >= 0x2000 && c <= 0x200B);
+}
+
+std::string trim(std::string_view s) {
+    std::size_t b = s.find_first_not_of(" \t\r");
+    if (b == std::string_view::npos) {
+        return {};
+    }
+    std::size_t e = s.find_last_not_of(" \t\r");
+    return std::string(s.substr(b, e - b + 1));
+}
+
+std::string escapeXml(std::string_view s) {
+    std::string out;
+    for (char c : s) {
+        switch (c) {
+        case '&':
+            out += "&amp;";
+            break;
+        case '<':
+            out += "&lt;";
+            break;
+        case '>':
+            out += "&gt;";
+            break;
+        case '"':
+            out += "&quot;";
+            break;
+        case '\'':
+            out += "&apos;";
+            break;
+        default:
+            out += c;
+        }
+    }
+    return out;
+}
+
+} // namespace
+
+std::optional<std::size_t> utf8Length(std::string_view s) {
+    std::size_t n = 0;
+    for (std::size_t i = 0; i < s.size();) {
+        if (!next(s, i)) {
+            return std::nullopt;
+        }
+        ++n;
+    }
+    return n;
+}
+
+std::optional<std::string> displayNameProblem(std::string_view name) {
+    auto len = utf8Length(name);
+    if (!len) {
+        return "the display name is not valid UTF-8";
+    }
+    if (*len < 2 || *len > 32) {
+        return "the display name must have 2 to 32 characters";
+    }
+    std::size_t i = 0;
+    std::optional<char32_t> first;
+    char32_t last = 0;
+    while (i < name.size()) {
+        char32_t c = *next(name, i);
+        if (isControl(c)) {
+            return "the display name holds a control character";
+        }
+        if (!first) {
+            first = c;
+        }
+        last = c;
+    }
+    if (isBlank(*first) || isBlank(last)) {
+        return "the display name begins or ends with a blank";
+    }
+    return std::nullopt;
+}
+
+std::string nameKey(std::string_view name) {
+    std::string key(name);
+    for (char& c : key) {
+        if (c >= 'A' && c <= 'Z') {
+            c = static_cast<char>(c - 'A' + 'a');
+        }
+    }
+    return key;
+}
+
+std::optional<std::string> passwordProblem(std::string_view password) {
+    if (password.size() < 8 || password.size() > 128) {
+        return "the password must have 8 to 128 bytes";
+    }
+    if (!utf8Length(password)) {
+        return "the password is not valid UTF-8";
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> messageProblem(std::string_view message, std::size_t maxChars) {
+    auto len = utf8Length(message);
+    if (!len) {
+        return "the message is not valid UTF-8";
+    }
+    if (*len > maxChars) {
+        return "the message is longer than " + std::to_string(maxChars) + " characters";
+    }
+    for (std::size_t i = 0; i < message.size();) {
+        char32_t c = *next(message, i);
+        if (c != '\n' && isControl(c)) {
+            return "the message holds a control character";
+        }
+    }
+    return std::nullopt;
+}
+
+SettingsItems parseSettingsFile(std::string_view text) {
+    SettingsItems items;
+    std::size_t lineNo = 0;
+    while (!text.empty()) {
+        std::size_t nl = text.find('\n');
+        std::string line = trim(text.substr(0, nl));
+        text = nl == std::string_view::npos ? std::string_view{} : text.substr(nl + 1);
+        ++lineNo;
+        if (line.empty() || line[0] == '#') {
+            continue;
+        }
+        std::size_t eq = line.find('=');
+        if (eq == std::string::npos || trim(line.substr(0, eq)).empty() ||
+            line.find('=', eq + 1) != std::string::npos || line.find(',') != std::string::npos ||
+            line.find("<br>") != std::string::npos) {
+            throw std::invalid_argument("settings line " + std::to_string(lineNo) +
+                                        ": expected key=value without ',' or a second '='");
+        }
+        std::string key = trim(line.substr(0, eq));
+        std::string value = trim(line.substr(eq + 1));
+        bool replaced = false;
+        for (auto& [k, v] : items) {
+            if (k == key) {
+                v = value;
+                replaced = true;
+            }
+        }
+        if (!replaced) {
+            items.emplace_back(std::move(key), std::move(value));
+        }
+    }
+    return items;
+}
+
+std::string settingsRecord(const SettingsItems& items) {
+    std::string out;
+    for (const auto& [k, v] : items) {
+        if (!out.empty()) {
+            out += ',';
+        }
+        out += k + "=" + v;
+    }
+    return out;
+}
+
+std::string avatarSvg(std::string_view playerId, std::string_view displayName) {
+    std::uint32_t h = 2166136261u;
+    for (char c : playerId) {
+        h = (h ^ static_cast<unsigned char>(c)) * 16777619u;
+    }
+    std::string initial;
+    if (!displayName.empty()) {
+        std::size_t i = 0;
+        if (next(displayName, i)) {
+            initial = std::string(displayName.substr(0, i));
+        }
+    }
+    int hue = static_cast<int>(h % 360);
+    return "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"128\" height=\"128\" viewBox=\"0 0 128 128\">"
+           "<rect width=\"128\" height=\"128\" rx=\"24\" fill=\"hsl(" +
+           std::to_string(hue) +
+           ",55%,45%)\"/>"
+           "<text x=\"64\" y=\"84\" font-size=\"64\" font-family=\"sans-serif\" text-anchor=\"middle\" "
+           "fill=\"#ffffff\">" +
+           escapeXml(initial) + "</text></svg>";
+}
+
+} // namespace tarvolin::logic

@@ -1,0 +1,875 @@
+#include "net/api.h"
+
+#include <boost/json.hpp>
+#include <sodium.h>
+
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <limits>
+#include <stdexcept>
+#include <unordered_set>
+
+namespace tarvolin::net {
+
+namespace json = boost::json;
+
+namespace {
+
+constexpr std::size_t kMaxPage = 100;
+constexpr std::size_t kMaxMessage = 200;
+
+struct ApiError : std::runtime_error {
+    ApiError(unsigned s, std::string c, const std::string& m, std::int64_t retry = 0)
+        : std::runtime_error(m), status(s), code(std::move(c)), retryAfterMs(retry) {}
+    unsigned status;
+    std::string code;
+    std::int64_t retryAfterMs;
+};
+
+Response jsonResponse(unsigned status, const json::value& v) {
+    Response r;
+    r.status = status;
+    r.body = json::serialize(v);
+    return r;
+}
+
+Response errorResponse(unsigned status, const std::string& code, const std::string& message) {
+    return jsonResponse(status, json::object{{"error", json::object{{"code", code}, {"message", message}}}});
+}
+
+std::string randomHex(std::size_t bytes) {
+    std::vector<unsigned char> buf(bytes);
+    randombytes_buf(buf.data(), buf.size());
+    std::string hex(bytes * 2 + 1, '\0');
+    sodium_bin2hex(hex.data(), hex.size(), buf.data(), buf.size());
+    hex.pop_back();
+    return hex;
+}
+
+std::string sha256Hex(std::string_view s) {
+    unsigned char digest[crypto_hash_sha256_BYTES];
+    crypto_hash_sha256(digest, reinterpret_cast<const unsigned char*>(s.data()), s.size());
+    std::string hex(sizeof digest * 2 + 1, '\0');
+    sodium_bin2hex(hex.data(), hex.size(), digest, sizeof digest);
+    hex.pop_back();
+    return hex;
+}
+
+bool isIdentifier(std::string_view s) {
+    return !s.empty() && s.size() <= 64 && std::all_of(s.begin(), s.end(), [](char c) {
+        return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' ||
+               c == '_';
+    });
+}
+
+json::object parseBody(const std::string& body) {
+    json::error_code ec;
+    json::value v = json::parse(body, ec);
+    if (ec) {
+        throw ApiError(400, "invalid_json", "the body is not valid JSON: " + ec.message());
+    }
+    if (!v.is_object()) {
+        throw ApiError(400, "invalid_json", "the body must be a JSON object");
+    }
+    return std::move(v.as_object());
+}
+
+std::optional<std::string> optionalString(const json::object& o, std::string_view key) {
+    const json::value* v = o.if_contains(key);
+    if (!v || v->is_null()) {
+        return std::nullopt;
+    }
+    if (!v->is_string()) {
+        throw ApiError(400, "invalid_field", "\"" + std::string(key) + "\" must be a string");
+    }
+    return std::string(v->as_string());
+}
+
+std::string requiredString(const json::object& o, std::string_view key) {
+    auto s = optionalString(o, key);
+    if (!s) {
+        throw ApiError(400, "missing_field", "\"" + std::string(key) + "\" is required");
+    }
+    return *s;
+}
+
+std::optional<std::int64_t> parseInt64(std::string_view s) {
+    std::int64_t v = 0;
+    auto [p, ec] = std::from_chars(s.data(), s.data() + s.size(), v);
+    if (s.empty() || ec != std::errc() || p != s.data() + s.size()) {
+        return std::nullopt;
+    }
+    return v;
+}
+
+// A signed 64-bit integer given as a JSON integer or as a decimal string.
+std::optional<std::int64_t> optionalInt64(const json::object& o, std::string_view key) {
+    const json::value* v = o.if_contains(key);
+    if (!v || v->is_null()) {
+        return std::nullopt;
+    }
+    if (v->is_int64()) {
+        return v->as_int64();
+    }
+    if (v->is_uint64() &&
+        v->as_uint64() <= static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) {
+        return static_cast<std::int64_t>(v->as_uint64());
+    }
+    if (v->is_string()) {
+        if (auto n = parseInt64(v->as_string())) {
+            return n;
+        }
+    }
+    throw ApiError(400, "invalid_field", "\"" + std::string(key) + "\" must be a signed 64-bit integer");
+}
+
+std::int64_t queryInt(const Request& req, const std::string& key, std::int64_t fallback, std::int64_t min,
+                      std::int64_t max) {
+    auto it = req.query.find(key);
+    if (it == req.query.end()) {
+        return fallback;
+    }
+    auto v = parseInt64(it->second);
+    if (!v || *v < min || *v > max) {
+        throw ApiError(400, "invalid_parameter",
+                       "\"" + key + "\" must be an integer from " + std::to_string(min) + " to " +
+                           std::to_string(max));
+    }
+    return *v;
+}
+
+std::vector<std::string> idList(const std::string& text, const std::string& name) {
+    std::vector<std::string> ids;
+    std::size_t start = 0;
+    while (start <= text.size()) {
+        std::size_t comma = text.find(',', start);
+        std::string id = text.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
+        if (!isIdentifier(id)) {
+            throw ApiError(400, "invalid_parameter",
+                           "\"" + name + "\" must be a comma-separated list of identifiers");
+        }
+        if (std::find(ids.begin(), ids.end(), id) == ids.end()) {
+            ids.push_back(std::move(id));
+        }
+        if (comma == std::string::npos) {
+            break;
+        }
+        start = comma + 1;
+    }
+    if (ids.size() > kMaxPage) {
+        throw ApiError(400, "invalid_parameter", "at most 100 identifiers in \"" + name + "\"");
+    }
+    return ids;
+}
+
+} // namespace
+
+std::int64_t systemClockMs() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+std::optional<std::map<std::string, std::string>> parseQuery(std::string_view q) {
+    auto decode = [](std::string_view s) -> std::optional<std::string> {
+        std::string out;
+        for (std::size_t i = 0; i < s.size(); ++i) {
+            if (s[i] == '+') {
+                out += ' ';
+            } else if (s[i] == '%') {
+                if (i + 2 >= s.size()) {
+                    return std::nullopt;
+                }
+                unsigned v = 0;
+                auto [p, ec] = std::from_chars(s.data() + i + 1, s.data() + i + 3, v, 16);
+                if (ec != std::errc() || p != s.data() + i + 3) {
+                    return std::nullopt;
+                }
+                out += static_cast<char>(v);
+                i += 2;
+            } else {
+                out += s[i];
+            }
+        }
+        return out;
+    };
+    std::map<std::string, std::string> out;
+    while (!q.empty()) {
+        std::size_t amp = q.find('&');
+        std::string_view item = q.substr(0, amp);
+        q = amp == std::string_view::npos ? std::string_view{} : q.substr(amp + 1);
+        if (item.empty()) {
+            continue;
+        }
+        std::size_t eq = item.find('=');
+        auto k = decode(item.substr(0, eq));
+        auto v = decode(eq == std::string_view::npos ? std::string_view{} : item.substr(eq + 1));
+        if (!k || !v) {
+            return std::nullopt;
+        }
+        out[*k] = *v;
+    }
+    return out;
+}
+
+struct Api::Ctx {
+    const Request& req;
+    std::vector<std::string> args; // the {…} parts of the path
+    std::string playerId;          // the token's player
+    std::optional<std::unordered_set<std::string>> friendSet;
+
+    const std::unordered_set<std::string>& friendsOf(store::Store& s) {
+        if (!friendSet) {
+            auto ids = s.friendIds(playerId);
+            friendSet.emplace(ids.begin(), ids.end());
+        }
+        return *friendSet;
+    }
+};
+
+namespace {
+
+json::object playerJson(const store::PlayerRecord& p, bool isFriend) {
+    return json::object{{"playerID", p.id},
+                        {"displayName", p.displayName},
+                        {"isFriend", isFriend},
+                        {"photoURL", "/v1/players/" + p.id + "/photo"}};
+}
+
+} // namespace
+
+Api::Api(store::Store& store, ApiConfig config, ClockMs clock)
+    : store_(store), config_(std::move(config)), clock_(std::move(clock)),
+      accountFailures_(config_.failuresPerAccount, config_.failureWindowMs),
+      addressFailures_(config_.failuresPerAddress, config_.failureWindowMs),
+      requests_(config_.requestsPerSecond, config_.requestBurst) {
+    if (sodium_init() < 0) {
+        throw std::runtime_error("libsodium cannot be initialised");
+    }
+    if (config_.hashOpsLimit == 0) {
+        config_.hashOpsLimit = crypto_pwhash_OPSLIMIT_INTERACTIVE;
+    }
+    if (config_.hashMemLimit == 0) {
+        config_.hashMemLimit = crypto_pwhash_MEMLIMIT_INTERACTIVE;
+    }
+    dummyHash_ = hashPassword(randomHex(16));
+
+    add("HEAD", "/", &Api::root, false);
+    add("GET", "/", &Api::root, false);
+    add("GET", "/healthz", &Api::health, false);
+    add("GET", "/views/wallsettings.php", &Api::wallSettings, false);
+    add("POST", "/v1/accounts", &Api::createAccount, false);
+    add("POST", "/v1/sessions", &Api::login, false);
+    add("DELETE", "/v1/sessions/current", &Api::logout, true);
+    add("GET", "/v1/players/me", &Api::me, true);
+    add("PATCH", "/v1/players/me", &Api::rename, true);
+    add("GET", "/v1/players", &Api::playersByIds, true);
+    add("GET", "/v1/players/{id}", &Api::player, true);
+    add("GET", "/v1/players/{id}/photo", &Api::photo, true);
+    add("GET", "/v1/friends", &Api::friends, true);
+    add("POST", "/v1/friend-requests", &Api::sendFriendRequest, true);
+    add("GET", "/v1/friend-requests", &Api::listFriendRequests, true);
+    add("POST", "/v1/friend-requests/{id}/accept", &Api::acceptFriendRequest, true);
+    add("POST", "/v1/friend-requests/{id}/decline", &Api::declineFriendRequest, true);
+    add("POST", "/v1/leaderboard/scores", &Api::reportScore, true);
+    add("GET", "/v1/leaderboard", &Api::loadScores, true);
+    add("GET", "/v1/leaderboard/me", &Api::localScore, true);
+}
+
+void Api::add(std::string method, std::string pattern, Handler h, bool needsToken) {
+    std::vector<std::string> parts;
+    std::size_t start = 1;
+    while (start <= pattern.size() && pattern != "/") {
+        std::size_t slash = pattern.find('/', start);
+        parts.push_back(
+            pattern.substr(start, slash == std::string::npos ? std::string::npos : slash - start));
+        if (slash == std::string::npos) {
+            break;
+        }
+        start = slash + 1;
+    }
+    routes_.push_back(Route{std::move(method), std::move(pattern), std::move(parts), h, needsToken});
+}
+
+void Api::setEventListener(EventListener* l) {
+    std::lock_guard lock(listenerMutex_);
+    listener_ = l;
+}
+
+void Api::eventsAdded(const std::string& playerId) {
+    std::lock_guard lock(listenerMutex_);
+    if (listener_) {
+        listener_->eventsAdded(playerId);
+    }
+}
+
+void Api::watchOtherInstances() {
+    watch_ = store_.watchChanges([this](store::Change change, const std::string& playerId) {
+        try {
+            if (change == store::Change::Events) {
+                eventsAdded(playerId);
+            } else {
+                refreshScore(playerId);
+            }
+        } catch (const std::exception&) {
+            // The database is away for now; the next change or a restart brings the index up to date.
+        }
+    });
+}
+
+void Api::refreshScore(const std::string& playerId) {
+    // Read under the report lock, so that an older stored value never overtakes a newer local report.
+    std::lock_guard report(reportMutex_);
+    auto s = store_.score(playerId);
+    if (!s) {
+        return;
+    }
+    std::unique_lock lock(indexMutex_);
+    index_.put(s->playerId, s->value, s->context, s->reachedAt, s->updatedAt);
+    lastReachedAt_ = std::max(lastReachedAt_, s->reachedAt);
+}
+
+void Api::loadLeaderboard() {
+    std::lock_guard report(reportMutex_);
+    std::vector<store::ScoreRecord> all = store_.allScores();
+    std::unique_lock lock(indexMutex_);
+    index_ = logic::RankIndex();
+    index_.reserve(all.size());
+    for (const auto& s : all) {
+        index_.put(s.playerId, s.value, s.context, s.reachedAt, s.updatedAt);
+        lastReachedAt_ = std::max(lastReachedAt_, s.reachedAt);
+    }
+}
+
+std::int64_t Api::leaderboardSize() const {
+    std::shared_lock lock(indexMutex_);
+    return index_.size();
+}
+
+std::string Api::tokenKey(std::string_view credentials) {
+    if (credentials.starts_with("Bearer ")) {
+        credentials.remove_prefix(7);
+    }
+    if (credentials.size() != 64 || !std::all_of(credentials.begin(), credentials.end(), [](char c) {
+            return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f');
+        })) {
+        return {};
+    }
+    return sha256Hex(credentials);
+}
+
+std::optional<std::string> Api::authenticate(std::string_view credentials) {
+    std::string key = tokenKey(credentials);
+    if (key.empty()) {
+        return std::nullopt;
+    }
+    return store_.tokenPlayer(key, clock_());
+}
+
+bool Api::tokenValid(const std::string& key, const std::string& playerId) {
+    return store_.tokenPlayer(key, clock_()) == playerId;
+}
+
+Response Api::handle(const Request& req) {
+    std::vector<std::string_view> segs;
+    if (req.path.empty() || req.path[0] != '/') {
+        return errorResponse(400, "invalid_path", "the path must begin with '/'");
+    }
+    std::string_view rest(req.path);
+    rest.remove_prefix(1);
+    while (!rest.empty()) {
+        std::size_t slash = rest.find('/');
+        segs.push_back(rest.substr(0, slash));
+        rest = slash == std::string_view::npos ? std::string_view{} : rest.substr(slash + 1);
+    }
+
+    const Route* found = nullptr;
+    bool otherMethod = false;
+    std::vector<std::string> args;
+    for (const Route& r : routes_) {
+        if (r.parts.size() != segs.size()) {
+            continue;
+        }
+        std::vector<std::string> a;
+        bool match = true;
+        for (std::size_t i = 0; i < segs.size() && match; ++i) {
+            if (r.parts[i] == "{id}") {
+                a.emplace_back(segs[i]);
+            } else {
+                match = r.parts[i] == segs[i];
+            }
+        }
+        if (!match) {
+            continue;
+        }
+        if (r.method != req.method) {
+            otherMethod = true;
+            continue;
+        }
+        // Routes are tried in the order they were added: "/v1/players/me" before "/v1/players/{id}".
+        found = &r;
+        args = std::move(a);
+        break;
+    }
+    if (!found) {
+        return otherMethod ? errorResponse(405, "method_not_allowed", "this path does not take " + req.method)
+                           : errorResponse(404, "not_found", "no such path");
+    }
+
+    Response res;
+    Ctx ctx{req, std::move(args), {}, {}};
+    try {
+        if (found->pattern.starts_with("/v1/") && !requests_.allow(req.remote, clock_())) {
+            throw ApiError(429, "rate_limited", "too many requests from this address", 1000);
+        }
+        for (const auto& a : ctx.args) {
+            if (!isIdentifier(a)) {
+                throw ApiError(404, "not_found", "no such identifier");
+            }
+        }
+        if (found->needsToken) {
+            auto player = authenticate(req.authorization);
+            if (!player) {
+                throw ApiError(401, "unauthorized", "a valid bearer token is required");
+            }
+            ctx.playerId = *player;
+        }
+        res = (this->*(found->handler))(ctx);
+    } catch (const ApiError& e) {
+        res = errorResponse(e.status, e.code, e.what());
+        if (e.retryAfterMs > 0) {
+            res.headers.emplace_back("Retry-After", std::to_string((e.retryAfterMs + 999) / 1000));
+        }
+    } catch (const store::StoreError& e) {
+        res =
+            errorResponse(503, "storage_unavailable", "the database cannot be reached; nothing was changed");
+    } catch (const std::exception& e) {
+        res = errorResponse(500, "internal", "the request failed; nothing was changed");
+    }
+    res.route = found->pattern;
+    if (res.playerId.empty()) {
+        res.playerId = ctx.playerId;
+    }
+    return res;
+}
+
+Response Api::root(Ctx&) {
+    Response r;
+    r.contentType = "text/plain; charset=utf-8";
+    r.body = "tarvolin-service\n";
+    return r;
+}
+
+Response Api::health(Ctx&) {
+    store_.ping();
+    return jsonResponse(200, json::object{{"status", "ok"}, {"leaderboardPlayers", leaderboardSize()}});
+}
+
+Response Api::wallSettings(Ctx& c) {
+    auto it = c.req.query.find("appId");
+    if (it == c.req.query.end() || !isIdentifier(it->second)) {
+        std::string why = "\"appId\" is required: letters, digits, '-' and '_', at most 64";
+        throw ApiError(400, "invalid_parameter", why);
+    }
+    Response r;
+    r.contentType = "text/plain; charset=utf-8";
+    r.body = logic::settingsRecord(config_.settings);
+    return r;
+}
+
+std::string Api::hashPassword(const std::string& password) const {
+    char out[crypto_pwhash_STRBYTES];
+    if (crypto_pwhash_str(out, password.data(), password.size(), config_.hashOpsLimit,
+                          config_.hashMemLimit) != 0) {
+        throw std::runtime_error("out of memory while hashing a password");
+    }
+    return out;
+}
+
+Response Api::issueToken(const store::PlayerRecord& p, unsigned status) {
+    std::string token = randomHex(32);
+    std::int64_t now = clock_();
+    std::int64_t expires = now + config_.tokenLifetimeMs;
+    store_.addToken(sha256Hex(token), p.id, now, expires);
+    Response r = jsonResponse(
+        status, json::object{{"player", playerJson(p, false)}, {"token", token}, {"expiresAt", expires}});
+    r.playerId = p.id;
+    return r;
+}
+
+Response Api::createAccount(Ctx& c) {
+    json::object body = parseBody(c.req.body);
+    std::string name = requiredString(body, "displayName");
+    std::string password = requiredString(body, "password");
+    if (auto why = logic::displayNameProblem(name)) {
+        throw ApiError(400, "invalid_display_name", *why);
+    }
+    if (auto why = logic::passwordProblem(password)) {
+        throw ApiError(400, "invalid_password", *why);
+    }
+    store::Credentials cred{store::PlayerRecord{"T" + randomHex(8), name, clock_()}, logic::nameKey(name),
+                            hashPassword(password)};
+    if (!store_.createPlayer(cred)) {
+        throw ApiError(409, "name_taken", "another player has this display name");
+    }
+    return issueToken(cred.player, 201);
+}
+
+Response Api::login(Ctx& c) {
+    json::object body = parseBody(c.req.body);
+    std::string name = requiredString(body, "displayName");
+    std::string password = requiredString(body, "password");
+    if (name.size() > 256 || password.size() > 256) {
+        throw ApiError(401, "invalid_credentials", "the display name or the password is wrong");
+    }
+    std::string accountKey = logic::nameKey(name);
+    std::int64_t now = clock_();
+    std::int64_t wait = std::max(accountFailures_.retryAfter(accountKey, now),
+                                 addressFailures_.retryAfter(c.req.remote, now));
+    if (wait > 0) {
+        throw ApiError(429, "too_many_attempts", "too many failed logins; try again later", wait);
+    }
+    auto cred = store_.credentialsByNameKey(accountKey);
+    const std::string& hash = cred ? cred->passwordHash : dummyHash_;
+    bool ok = crypto_pwhash_str_verify(hash.c_str(), password.data(), password.size()) == 0;
+    if (!cred || !ok) {
+        accountFailures_.recordFailure(accountKey, now);
+        addressFailures_.recordFailure(c.req.remote, now);
+        throw ApiError(401, "invalid_credentials", "the display name or the password is wrong");
+    }
+    accountFailures_.clear(accountKey);
+    return issueToken(cred->player, 200);
+}
+
+Response Api::logout(Ctx& c) {
+    store_.removeToken(tokenKey(c.req.authorization));
+    // The player's event sockets check their tokens again: the one of this token closes.
+    eventsAdded(c.playerId);
+    Response r;
+    r.status = 204;
+    r.contentType.clear();
+    return r;
+}
+
+Response Api::me(Ctx& c) {
+    auto ps = store_.players({c.playerId});
+    if (ps.empty()) {
+        throw ApiError(404, "player_not_found", "no such player");
+    }
+    return jsonResponse(200, json::object{{"player", playerJson(ps[0], false)}});
+}
+
+Response Api::rename(Ctx& c) {
+    json::object body = parseBody(c.req.body);
+    std::string name = requiredString(body, "displayName");
+    if (auto why = logic::displayNameProblem(name)) {
+        throw ApiError(400, "invalid_display_name", *why);
+    }
+    if (!store_.renamePlayer(c.playerId, name, logic::nameKey(name))) {
+        throw ApiError(409, "name_taken", "another player has this display name");
+    }
+    return me(c);
+}
+
+Response Api::playersByIds(Ctx& c) {
+    auto it = c.req.query.find("ids");
+    if (it == c.req.query.end()) {
+        throw ApiError(400, "invalid_parameter", "\"ids\" is required");
+    }
+    auto ids = idList(it->second, "ids");
+    const auto& friends = c.friendsOf(store_);
+    json::array out;
+    for (const auto& p : store_.players(ids)) {
+        out.push_back(playerJson(p, friends.contains(p.id)));
+    }
+    return jsonResponse(200, json::object{{"players", std::move(out)}});
+}
+
+Response Api::player(Ctx& c) {
+    auto ps = store_.players({c.args[0]});
+    if (ps.empty()) {
+        throw ApiError(404, "player_not_found", "no such player");
+    }
+    return jsonResponse(200,
+                        json::object{{"player", playerJson(ps[0], c.friendsOf(store_).contains(ps[0].id))}});
+}
+
+Response Api::photo(Ctx& c) {
+    auto ps = store_.players({c.args[0]});
+    if (ps.empty()) {
+        throw ApiError(404, "player_not_found", "no such player");
+    }
+    Response r;
+    r.contentType = "image/svg+xml";
+    r.body = logic::avatarSvg(ps[0].id, ps[0].displayName);
+    r.headers.emplace_back("Cache-Control", "max-age=3600");
+    return r;
+}
+
+Response Api::friends(Ctx& c) {
+    json::array out;
+    for (const auto& p : store_.players(store_.friendIds(c.playerId))) {
+        out.push_back(playerJson(p, true));
+    }
+    return jsonResponse(200, json::object{{"players", std::move(out)}});
+}
+
+namespace {
+
+json::object requestJson(const store::FriendRequest& r, const store::PlayerRecord& from,
+                         const store::PlayerRecord& to) {
+    return json::object{{"requestID", r.id},           {"from", playerJson(from, false)},
+                        {"to", playerJson(to, false)}, {"message", r.message},
+                        {"status", r.status},          {"createdAt", r.createdAt}};
+}
+
+} // namespace
+
+Response Api::sendFriendRequest(Ctx& c) {
+    json::object body = parseBody(c.req.body);
+    std::string to = requiredString(body, "playerID");
+    std::string message = optionalString(body, "message").value_or("");
+    if (!isIdentifier(to)) {
+        throw ApiError(400, "invalid_field", "\"playerID\" is not a player identifier");
+    }
+    if (auto why = logic::messageProblem(message, kMaxMessage)) {
+        throw ApiError(400, "invalid_message", *why);
+    }
+    if (to == c.playerId) {
+        throw ApiError(400, "cannot_befriend_self", "a player cannot befriend themselves");
+    }
+    auto ps = store_.players({c.playerId, to});
+    if (ps.size() != 2) {
+        throw ApiError(404, "player_not_found", "no such player");
+    }
+    store::FriendRequest r{"F" + randomHex(8), c.playerId, to, message, "pending", clock_(), std::nullopt};
+    json::object rj = requestJson(r, ps[0], ps[1]);
+    store::NewEvent ev{to, "friend_request", json::serialize(json::object{{"request", rj}})};
+    switch (store_.sendFriendRequest(r, ev)) {
+    case store::FriendRequestOutcome::Sent:
+        break;
+    case store::FriendRequestOutcome::NoSuchPlayer:
+        throw ApiError(404, "player_not_found", "no such player");
+    case store::FriendRequestOutcome::AlreadyFriends:
+        throw ApiError(409, "already_friends", "the players are friends already");
+    case store::FriendRequestOutcome::AlreadyRequested:
+        throw ApiError(409, "already_requested", "a request to this player is pending");
+    case store::FriendRequestOutcome::ReverseRequestPending:
+        throw ApiError(409, "reverse_request_pending", "this player has sent you a request; accept it");
+    }
+    eventsAdded(to);
+    return jsonResponse(201, json::object{{"request", std::move(rj)}});
+}
+
+Response Api::listFriendRequests(Ctx& c) {
+    auto it = c.req.query.find("direction");
+    std::string direction = it == c.req.query.end() ? "incoming" : it->second;
+    if (direction != "incoming" && direction != "outgoing") {
+        throw ApiError(400, "invalid_parameter", "\"direction\" must be incoming or outgoing");
+    }
+    auto list =
+        direction == "incoming" ? store_.incomingRequests(c.playerId) : store_.outgoingRequests(c.playerId);
+    std::vector<std::string> ids{c.playerId};
+    for (const auto& r : list) {
+        ids.push_back(direction == "incoming" ? r.fromId : r.toId);
+    }
+    std::map<std::string, store::PlayerRecord> byId;
+    for (auto& p : store_.players(ids)) {
+        byId.emplace(p.id, std::move(p));
+    }
+    json::array out;
+    for (const auto& r : list) {
+        if (byId.contains(r.fromId) && byId.contains(r.toId)) {
+            out.push_back(requestJson(r, byId[r.fromId], byId[r.toId]));
+        }
+    }
+    return jsonResponse(200, json::object{{"requests", std::move(out)}});
+}
+
+Response Api::acceptFriendRequest(Ctx& c) {
+    return answerFriendRequest(c, true);
+}
+Response Api::declineFriendRequest(Ctx& c) {
+    return answerFriendRequest(c, false);
+}
+
+Response Api::answerFriendRequest(Ctx& c, bool accept) {
+    auto r = store_.friendRequest(c.args[0]);
+    if (!r || r->toId != c.playerId) {
+        throw ApiError(404, "request_not_found", "no such friend request to you");
+    }
+    auto ps = store_.players({r->fromId, c.playerId});
+    if (ps.size() != 2) {
+        throw ApiError(404, "player_not_found", "no such player");
+    }
+    std::optional<store::NewEvent> ev;
+    if (accept) {
+        ev = store::NewEvent{
+            r->fromId, "friend_accepted",
+            json::serialize(json::object{{"requestID", r->id}, {"friend", playerJson(ps[1], true)}})};
+    }
+    switch (store_.answerFriendRequest(r->id, c.playerId, accept, clock_(), ev)) {
+    case store::AnswerOutcome::Done:
+        break;
+    case store::AnswerOutcome::NotFound:
+        throw ApiError(404, "request_not_found", "no such friend request to you");
+    case store::AnswerOutcome::NotPending:
+        throw ApiError(409, "request_not_pending", "the request has been answered already");
+    }
+    if (!accept) {
+        return jsonResponse(200, json::object{{"requestID", r->id}, {"status", "declined"}});
+    }
+    eventsAdded(r->fromId);
+    return jsonResponse(
+        200, json::object{{"requestID", r->id}, {"status", "accepted"}, {"friend", playerJson(ps[0], true)}});
+}
+
+namespace {
+
+json::object scoreJson(const logic::RankedScore& s, const store::PlayerRecord& p, bool isFriend) {
+    return json::object{{"rank", s.rank},
+                        {"value", s.value},
+                        {"context", s.context},
+                        {"date", s.updatedAt},
+                        {"player", playerJson(p, isFriend)}};
+}
+
+} // namespace
+
+Response Api::reportScore(Ctx& c) {
+    json::object body = parseBody(c.req.body);
+    auto value = optionalInt64(body, "value");
+    if (!value) {
+        throw ApiError(400, "missing_field", "\"value\" is required");
+    }
+    std::int64_t context = optionalInt64(body, "context").value_or(0);
+    std::lock_guard report(reportMutex_);
+    std::int64_t now = clock_();
+    std::optional<logic::RankedScore> old;
+    {
+        std::shared_lock lock(indexMutex_);
+        old = index_.find(c.playerId);
+    }
+    std::int64_t reachedAt = 0;
+    if (old && old->value == *value) {
+        reachedAt = old->reachedAt; // the same total again keeps its place among equals
+    } else {
+        reachedAt = std::max(now * 1000, lastReachedAt_ + 1);
+        lastReachedAt_ = reachedAt;
+    }
+    store_.putScore(store::ScoreRecord{c.playerId, *value, context, reachedAt, now});
+    std::optional<logic::RankedScore> mine;
+    {
+        std::unique_lock lock(indexMutex_);
+        index_.put(c.playerId, *value, context, reachedAt, now);
+        mine = index_.find(c.playerId);
+    }
+    auto ps = store_.players({c.playerId});
+    if (ps.empty()) {
+        throw ApiError(404, "player_not_found", "no such player");
+    }
+    return jsonResponse(200, json::object{{"score", scoreJson(*mine, ps[0], false)}});
+}
+
+Response Api::localScore(Ctx& c) {
+    std::optional<logic::RankedScore> mine;
+    std::int64_t total = 0;
+    {
+        std::shared_lock lock(indexMutex_);
+        mine = index_.find(c.playerId);
+        total = index_.size();
+    }
+    auto ps = store_.players({c.playerId});
+    if (ps.empty()) {
+        throw ApiError(404, "player_not_found", "no such player");
+    }
+    json::value local = mine ? json::value(scoreJson(*mine, ps[0], false)) : json::value(nullptr);
+    return jsonResponse(200, json::object{{"local", std::move(local)}, {"total", total}});
+}
+
+Response Api::loadScores(Ctx& c) {
+    auto it = c.req.query.find("scope");
+    std::string scope = it == c.req.query.end() ? "global" : it->second;
+    bool byPlayers = c.req.query.contains("players");
+    if (byPlayers) {
+        scope = "players";
+    } else if (scope != "global" && scope != "friends") {
+        throw ApiError(400, "invalid_parameter", "\"scope\" must be global or friends");
+    }
+    std::int64_t first = queryInt(c.req, "from", 1, 1, std::int64_t{1} << 53);
+    std::int64_t count = queryInt(c.req, "count", static_cast<std::int64_t>(kMaxPage), 1, kMaxPage);
+
+    std::vector<logic::RankedScore> page;
+    std::optional<logic::RankedScore> mine;
+    std::int64_t total = 0;
+    const auto& friends = c.friendsOf(store_);
+    if (scope == "global") {
+        std::shared_lock lock(indexMutex_);
+        page = index_.range(first, count);
+        mine = index_.find(c.playerId);
+        total = index_.size();
+    } else {
+        std::vector<std::string> ids;
+        if (byPlayers) {
+            ids = idList(c.req.query.at("players"), "players");
+        } else {
+            ids.assign(friends.begin(), friends.end());
+            ids.push_back(c.playerId);
+        }
+        std::vector<logic::RankedScore> all;
+        {
+            std::shared_lock lock(indexMutex_);
+            for (const auto& id : ids) {
+                if (auto s = index_.find(id)) {
+                    all.push_back(*s);
+                }
+            }
+            mine = index_.find(c.playerId);
+        }
+        std::sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.rank < b.rank; });
+        if (byPlayers) {
+            page = std::move(all);
+        } else {
+            // Ranks among the player and their friends, in the global order.
+            for (std::size_t i = 0; i < all.size(); ++i) {
+                all[i].rank = static_cast<std::int64_t>(i) + 1;
+                if (all[i].playerId == c.playerId) {
+                    mine = all[i];
+                }
+            }
+            total = static_cast<std::int64_t>(all.size());
+            for (std::int64_t r = first; r < first + count && r <= total; ++r) {
+                page.push_back(all[static_cast<std::size_t>(r - 1)]);
+            }
+        }
+    }
+    if (byPlayers) {
+        total = static_cast<std::int64_t>(page.size());
+    }
+
+    std::vector<std::string> ids{c.playerId};
+    for (const auto& s : page) {
+        ids.push_back(s.playerId);
+    }
+    std::map<std::string, store::PlayerRecord> byId;
+    for (auto& p : store_.players(ids)) {
+        byId.emplace(p.id, std::move(p));
+    }
+    json::array scores;
+    for (const auto& s : page) {
+        if (auto p = byId.find(s.playerId); p != byId.end()) {
+            scores.push_back(scoreJson(s, p->second, friends.contains(s.playerId)));
+        }
+    }
+    json::value local = nullptr;
+    if (mine && byId.contains(c.playerId)) {
+        local = scoreJson(*mine, byId[c.playerId], false);
+    }
+    return jsonResponse(200, json::object{{"scope", scope},
+                                          {"from", first},
+                                          {"total", total},
+                                          {"scores", std::move(scores)},
+                                          {"local", std::move(local)}});
+}
+
+} // namespace tarvolin::net

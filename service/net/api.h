@@ -1,0 +1,148 @@
+// The service's API: routes a request to its handler and answers it. Knows nothing of sockets, so that
+// the HTTP session and the tests drive it alike.
+#pragma once
+
+#include "logic/limits.h"
+#include "logic/rank_index.h"
+#include "logic/text_rules.h"
+#include "store/store.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <shared_mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tarvolin::net {
+
+struct Request {
+    std::string method;
+    std::string path;
+    std::map<std::string, std::string> query;
+    std::string body;
+    std::string authorization; // the Authorization header
+    std::string remote;        // the client's address
+};
+
+struct Response {
+    unsigned status = 200;
+    std::string contentType = "application/json";
+    std::string body;
+    std::vector<std::pair<std::string, std::string>> headers;
+    std::string route = "unmatched"; // the route pattern, for metrics and the log
+    std::string playerId;            // the authenticated player, for the log
+};
+
+// Told when a player has new events waiting.
+class EventListener {
+public:
+    virtual ~EventListener() = default;
+    virtual void eventsAdded(const std::string& playerId) = 0;
+};
+
+struct ApiConfig {
+    std::int64_t tokenLifetimeMs = 90LL * 24 * 3600 * 1000;
+    // argon2id cost; the defaults are libsodium's recommendation for interactive logins.
+    unsigned long long hashOpsLimit = 0;
+    std::size_t hashMemLimit = 0;
+    int failuresPerAccount = 5;
+    int failuresPerAddress = 20;
+    std::int64_t failureWindowMs = 15 * 60 * 1000;
+    double requestsPerSecond = 50; // per address; 0 turns the limit off
+    double requestBurst = 100;
+    logic::SettingsItems settings;
+};
+
+using ClockMs = std::function<std::int64_t()>;
+std::int64_t systemClockMs();
+
+// Parses "a=b&c=d" with percent-decoding; nullopt when an escape is malformed.
+std::optional<std::map<std::string, std::string>> parseQuery(std::string_view q);
+
+class Api {
+public:
+    Api(store::Store& store, ApiConfig config, ClockMs clock = systemClockMs);
+
+    // Builds the rank index from storage.
+    void loadLeaderboard();
+    // Follows the changes of other instances on the same database: their scores enter the rank index and
+    // their events reach this instance's WebSockets. Call before loadLeaderboard, so that nothing slips
+    // between the two. Does nothing on a database of one instance.
+    void watchOtherInstances();
+    void setEventListener(EventListener* l);
+
+    Response handle(const Request& req);
+
+    // The player of a bearer token ("Bearer …" or the bare token), when it is valid.
+    std::optional<std::string> authenticate(std::string_view credentials);
+    // The stored key of a token: empty when the credentials are no token at all.
+    static std::string tokenKey(std::string_view credentials);
+    // Whether the token with this key still belongs to the player (not logged out, not expired).
+    bool tokenValid(const std::string& key, const std::string& playerId);
+    store::Store& store() { return store_; }
+    std::int64_t leaderboardSize() const;
+    std::int64_t now() const { return clock_(); }
+
+private:
+    struct Ctx;
+    using Handler = Response (Api::*)(Ctx&);
+    struct Route {
+        std::string method;
+        std::string pattern;
+        std::vector<std::string> parts;
+        Handler handler;
+        bool needsToken;
+    };
+
+    void add(std::string method, std::string pattern, Handler h, bool needsToken);
+
+    Response root(Ctx&);
+    Response health(Ctx&);
+    Response wallSettings(Ctx&);
+    Response createAccount(Ctx&);
+    Response login(Ctx&);
+    Response logout(Ctx&);
+    Response me(Ctx&);
+    Response rename(Ctx&);
+    Response playersByIds(Ctx&);
+    Response player(Ctx&);
+    Response photo(Ctx&);
+    Response friends(Ctx&);
+    Response sendFriendRequest(Ctx&);
+    Response listFriendRequests(Ctx&);
+    Response acceptFriendRequest(Ctx&);
+    Response declineFriendRequest(Ctx&);
+    Response reportScore(Ctx&);
+    Response loadScores(Ctx&);
+    Response localScore(Ctx&);
+
+    Response answerFriendRequest(Ctx&, bool accept);
+    void eventsAdded(const std::string& playerId);
+    void refreshScore(const std::string& playerId);
+    Response issueToken(const store::PlayerRecord& p, unsigned status);
+    std::string hashPassword(const std::string& password) const;
+
+    store::Store& store_;
+    ApiConfig config_;
+    ClockMs clock_;
+    std::mutex listenerMutex_;
+    EventListener* listener_ = nullptr;
+    std::vector<Route> routes_;
+    logic::FailureLimiter accountFailures_;
+    logic::FailureLimiter addressFailures_;
+    logic::RequestLimiter requests_;
+    std::string dummyHash_; // verified against when a name is unknown, so both cases cost the same
+
+    mutable std::shared_mutex indexMutex_;
+    logic::RankIndex index_;
+    std::mutex reportMutex_; // one score change at a time: storage first, then the index
+    std::int64_t lastReachedAt_ = 0;
+
+    std::unique_ptr<store::Watch> watch_; // last, so that it ends first
+};
+
+} // namespace tarvolin::net

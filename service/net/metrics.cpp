@@ -1,0 +1,65 @@
+#include "net/metrics.h"
+
+#include <sstream>
+
+namespace tarvolin::net {
+namespace {
+
+std::string label(const std::string& s) {
+    std::string out;
+    for (char c : s) {
+        if (c == '\\' || c == '"') {
+            out += '\\';
+        }
+        out += c == '\n' ? ' ' : c;
+    }
+    return out;
+}
+
+} // namespace
+
+void Metrics::recordRequest(const std::string& route, const std::string& method, unsigned status,
+                            double seconds) {
+    std::lock_guard lock(mutex_);
+    ++requests_[{route, method, status}];
+    Histogram& h = latency_[route];
+    for (std::size_t i = 0; i < kBuckets.size(); ++i) {
+        if (seconds <= kBuckets[i]) {
+            ++h.buckets[i];
+        }
+    }
+    ++h.count;
+    h.sum += seconds;
+}
+
+std::string Metrics::render(const std::string& extraGauges) const {
+    std::ostringstream out;
+    std::lock_guard lock(mutex_);
+    out << "# HELP tarvolin_http_requests_total HTTP requests by route, method and status.\n"
+        << "# TYPE tarvolin_http_requests_total counter\n";
+    for (const auto& [key, n] : requests_) {
+        const auto& [route, method, status] = key;
+        out << "tarvolin_http_requests_total{route=\"" << label(route) << "\",method=\"" << label(method)
+            << "\",status=\"" << status << "\"} " << n << "\n";
+    }
+    out << "# HELP tarvolin_http_request_duration_seconds Time from a complete request to its response.\n"
+        << "# TYPE tarvolin_http_request_duration_seconds histogram\n";
+    for (const auto& [route, h] : latency_) {
+        std::string r = label(route);
+        for (std::size_t i = 0; i < kBuckets.size(); ++i) {
+            out << "tarvolin_http_request_duration_seconds_bucket{route=\"" << r << "\",le=\"" << kBuckets[i]
+                << "\"} " << h.buckets[i] << "\n";
+        }
+        out << "tarvolin_http_request_duration_seconds_bucket{route=\"" << r << "\",le=\"+Inf\"} " << h.count
+            << "\n"
+            << "tarvolin_http_request_duration_seconds_sum{route=\"" << r << "\"} " << h.sum << "\n"
+            << "tarvolin_http_request_duration_seconds_count{route=\"" << r << "\"} " << h.count << "\n";
+    }
+    out << "# HELP tarvolin_websockets_open Open event WebSockets.\n"
+        << "# TYPE tarvolin_websockets_open gauge\n"
+        << "tarvolin_websockets_open " << openWebSockets_.load() << "\n"
+        << extraGauges;
+    return out.str();
+}
+
+} // namespace tarvolin::net

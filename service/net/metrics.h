@@ -1,0 +1,39 @@
+// Counters of the service, written out in the Prometheus text format.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <string>
+#include <tuple>
+
+namespace tarvolin::net {
+
+class Metrics {
+public:
+    void recordRequest(const std::string& route, const std::string& method, unsigned status, double seconds);
+    void websocketOpened() { ++openWebSockets_; }
+    void websocketClosed() { --openWebSockets_; }
+    std::int64_t openWebSockets() const { return openWebSockets_; }
+
+    // extraGauges: further lines in the text format, written as they are.
+    std::string render(const std::string& extraGauges) const;
+
+    static constexpr std::array<double, 12> kBuckets{0.0005, 0.001, 0.0025, 0.005, 0.01, 0.025,
+                                                     0.05,   0.1,   0.25,   0.5,   1.0,  2.5};
+
+private:
+    struct Histogram {
+        std::array<std::uint64_t, kBuckets.size()> buckets{};
+        std::uint64_t count = 0;
+        double sum = 0;
+    };
+    mutable std::mutex mutex_;
+    std::map<std::tuple<std::string, std::string, unsigned>, std::uint64_t> requests_;
+    std::map<std::string, Histogram> latency_;
+    std::atomic<std::int64_t> openWebSockets_{0};
+};
+
+} // namespace tarvolin::net

@@ -1,0 +1,562 @@
+#include "net/server.h"
+
+#include <boost/asio/dispatch.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/strand.hpp>
+#include <boost/beast/core.hpp>
+#include <boost/beast/http.hpp>
+#include <boost/beast/websocket.hpp>
+#include <boost/json.hpp>
+
+#include <deque>
+
+namespace tarvolin::net {
+
+namespace asio = boost::asio;
+namespace beast = boost::beast;
+namespace http = beast::http;
+namespace websocket = beast::websocket;
+namespace json = boost::json;
+using tcp = asio::ip::tcp;
+
+namespace {
+
+constexpr std::size_t kEventBatch = 100;
+
+http::response<http::string_body> toHttp(const Response& r, bool head, unsigned version, bool keepAlive) {
+    http::response<http::string_body> res{static_cast<http::status>(r.status), version};
+    res.set(http::field::server, "tarvolin-service");
+    res.set(http::field::date, httpDate(std::chrono::duration_cast<std::chrono::seconds>(
+                                            std::chrono::system_clock::now().time_since_epoch())
+                                            .count()));
+    if (!r.contentType.empty()) {
+        res.set(http::field::content_type, r.contentType);
+    }
+    if (r.contentType.starts_with("application/json")) {
+        res.set(http::field::cache_control, "no-store");
+    }
+    for (const auto& [k, v] : r.headers) {
+        res.set(k, v);
+    }
+    res.keep_alive(keepAlive);
+    if (head) {
+        res.content_length(r.body.size());
+    } else {
+        res.body() = r.body;
+        res.prepare_payload();
+    }
+    return res;
+}
+
+Response jsonError(unsigned status, const std::string& code, const std::string& message) {
+    Response r;
+    r.status = status;
+    r.body = json::serialize(json::object{{"error", json::object{{"code", code}, {"message", message}}}});
+    return r;
+}
+
+} // namespace
+
+// One event WebSocket of a logged-in player. Sends what waits in storage, in order, and drops what the
+// client acknowledges.
+class WsSession : public std::enable_shared_from_this<WsSession>, public Stoppable {
+public:
+    WsSession(tcp::socket&& socket, Server& server, std::string playerId, std::string tokenKey)
+        : ws_(std::move(socket)), server_(server), playerId_(std::move(playerId)),
+          tokenKey_(std::move(tokenKey)) {}
+
+    ~WsSession() override {
+        server_.untrack(this);
+        if (open_) {
+            server_.unsubscribe(playerId_, this);
+            server_.metrics().websocketClosed();
+        }
+    }
+
+    void run(http::request<http::string_body> req) {
+        server_.track(this, weak_from_this());
+        ws_.set_option(websocket::stream_base::timeout::suggested(beast::role_type::server));
+        ws_.set_option(websocket::stream_base::decorator(
+            [](websocket::response_type& res) { res.set(http::field::server, "tarvolin-service"); }));
+        ws_.read_message_max(4096);
+        ws_.async_accept(req, beast::bind_front_handler(&WsSession::onAccept, shared_from_this()));
+    }
+
+    void wake() {
+        asio::dispatch(ws_.get_executor(), [self = shared_from_this()] { self->deliver(); });
+    }
+
+    void stop() override {
+        asio::post(ws_.get_executor(), [self = shared_from_this()] {
+            if (self->closing_ || !self->open_) {
+                return;
+            }
+            self->closing_ = true;
+            self->ws_.async_close(websocket::close_code::going_away, [self](beast::error_code) {});
+        });
+    }
+
+private:
+    void onAccept(beast::error_code ec) {
+        if (ec) {
+            return;
+        }
+        open_ = true;
+        server_.metrics().websocketOpened();
+        server_.subscribe(playerId_, this, weak_from_this());
+        server_.log().log(LogLevel::Debug, "websocket opened", {{"player", playerId_}});
+        deliver();
+        read();
+    }
+
+    // Ends the socket of a token that has been logged out or has expired.
+    bool stillAuthorized() {
+        if (server_.api().tokenValid(tokenKey_, playerId_)) {
+            return true;
+        }
+        closing_ = true;
+        ws_.async_close(websocket::close_reason(websocket::close_code::policy_error, "token no longer valid"),
+                        [self = shared_from_this()](beast::error_code) {});
+        return false;
+    }
+
+    void deliver() {
+        if (closing_) {
+            return;
+        }
+        std::vector<store::Event> events;
+        try {
+            if (!stillAuthorized()) {
+                return;
+            }
+            events = server_.api().store().pendingEvents(playerId_, sentSeq_, kEventBatch);
+        } catch (const std::exception& e) {
+            server_.log().log(LogLevel::Error, "cannot read events",
+                              {{"player", playerId_}, {"error", e.what()}});
+            return;
+        }
+        for (const auto& e : events) {
+            json::error_code jec;
+            json::value data = json::parse(e.payload, jec);
+            send(json::serialize(json::object{{"type", "event"},
+                                              {"seq", e.seq},
+                                              {"event", e.kind},
+                                              {"createdAt", e.createdAt},
+                                              {"data", jec ? json::value(nullptr) : std::move(data)}}));
+            sentSeq_ = e.seq;
+        }
+        if (events.size() == kEventBatch) {
+            asio::post(ws_.get_executor(), [self = shared_from_this()] { self->deliver(); });
+        }
+    }
+
+    void read() {
+        ws_.async_read(buffer_, beast::bind_front_handler(&WsSession::onRead, shared_from_this()));
+    }
+
+    void onRead(beast::error_code ec, std::size_t) {
+        if (ec) {
+            return; // closed, timed out or failed: the session ends with its last handler
+        }
+        std::string text = beast::buffers_to_string(buffer_.data());
+        buffer_.consume(buffer_.size());
+        handleMessage(text);
+        read();
+    }
+
+    void handleMessage(const std::string& text) {
+        json::error_code ec;
+        json::value v = json::parse(text, ec);
+        const json::object* o = ec ? nullptr : v.if_object();
+        const json::value* type = o ? o->if_contains("type") : nullptr;
+        if (!type || !type->is_string()) {
+            return sendError("invalid_message", "a message is a JSON object with a \"type\"");
+        }
+        if (type->as_string() == "ping") {
+            return send(R"({"type":"pong"})");
+        }
+        if (type->as_string() != "ack") {
+            return sendError("invalid_message", "unknown message type");
+        }
+        const json::value* seq = o->if_contains("seq");
+        if (!seq || !seq->is_int64() || seq->as_int64() < 1 || seq->as_int64() > sentSeq_) {
+            return sendError("invalid_ack", "\"seq\" must be the number of an event sent on this connection");
+        }
+        try {
+            if (!stillAuthorized()) {
+                return;
+            }
+            server_.api().store().ackEvents(playerId_, seq->as_int64());
+        } catch (const std::exception& e) {
+            server_.log().log(LogLevel::Error, "cannot acknowledge events",
+                              {{"player", playerId_}, {"error", e.what()}});
+            sendError("storage_unavailable", "the acknowledgement was not stored; send it again");
+        }
+    }
+
+    void sendError(const std::string& code, const std::string& message) {
+        send(json::serialize(
+            json::object{{"type", "error"}, {"error", json::object{{"code", code}, {"message", message}}}}));
+    }
+
+    void send(std::string msg) {
+        queue_.push_back(std::move(msg));
+        if (queue_.size() == 1) {
+            write();
+        }
+    }
+
+    void write() {
+        ws_.text(true);
+        ws_.async_write(asio::buffer(queue_.front()),
+                        [self = shared_from_this()](beast::error_code ec, std::size_t) {
+                            if (ec) {
+                                return;
+                            }
+                            self->queue_.pop_front();
+                            if (!self->queue_.empty()) {
+                                self->write();
+                            }
+                        });
+    }
+
+    websocket::stream<beast::tcp_stream> ws_;
+    Server& server_;
+    std::string playerId_;
+    std::string tokenKey_;
+    beast::flat_buffer buffer_;
+    std::deque<std::string> queue_;
+    std::int64_t sentSeq_ = 0;
+    bool open_ = false;
+    bool closing_ = false;
+};
+
+// One HTTP connection: reads requests one after the other and answers each.
+class HttpSession : public std::enable_shared_from_this<HttpSession>, public Stoppable {
+public:
+    HttpSession(tcp::socket&& socket, Server& server) : stream_(std::move(socket)), server_(server) {
+        beast::error_code ec;
+        auto ep = stream_.socket().remote_endpoint(ec);
+        remote_ = ec ? "unknown" : ep.address().to_string();
+    }
+
+    ~HttpSession() override { server_.untrack(this); }
+
+    void run() {
+        server_.track(this, weak_from_this());
+        asio::dispatch(stream_.get_executor(),
+                       beast::bind_front_handler(&HttpSession::read, shared_from_this()));
+    }
+
+    void stop() override {
+        asio::post(stream_.get_executor(), [self = shared_from_this()] {
+            self->stopping_ = true;
+            if (!self->busy_) {
+                self->close();
+            }
+        });
+    }
+
+private:
+    void read() {
+        if (stopping_) {
+            return close();
+        }
+        parser_.emplace();
+        parser_->body_limit(server_.config().maxBodyBytes);
+        parser_->header_limit(16 * 1024);
+        stream_.expires_after(server_.config().idleTimeout);
+        http::async_read(stream_, buffer_, *parser_,
+                         beast::bind_front_handler(&HttpSession::onRead, shared_from_this()));
+    }
+
+    void onRead(beast::error_code ec, std::size_t) {
+        if (ec == http::error::end_of_stream || ec == beast::error::timeout ||
+            ec == asio::error::operation_aborted) {
+            return close();
+        }
+        if (ec == http::error::body_limit) {
+            busy_ = true;
+            return reply(jsonError(413, "body_too_large",
+                                   "the body is larger than " +
+                                       std::to_string(server_.config().maxBodyBytes) + " bytes"),
+                         false, 11, false);
+        }
+        if (ec == http::error::header_limit) {
+            busy_ = true;
+            return reply(jsonError(431, "headers_too_large", "the request headers are too large"), false, 11,
+                         false);
+        }
+        if (ec) {
+            if (ec.category() == beast::error_code(http::error::bad_target).category()) {
+                busy_ = true;
+                return reply(jsonError(400, "bad_request", "the request is not valid HTTP/1.1"), false, 11,
+                             false);
+            }
+            return close();
+        }
+        busy_ = true;
+        http::request<http::string_body> req = parser_->release();
+        if (server_.log().enabled(LogLevel::Debug)) {
+            server_.log().log(LogLevel::Debug, "request read",
+                              {{"method", std::string(req.method_string())}, {"remote", remote_}});
+        }
+        if (websocket::is_upgrade(req)) {
+            return upgrade(std::move(req));
+        }
+        auto started = std::chrono::steady_clock::now();
+        Request r;
+        r.method = std::string(req.method_string());
+        std::string_view target = req.target();
+        std::size_t q = target.find('?');
+        r.path = std::string(target.substr(0, q));
+        r.body = std::move(req.body());
+        r.authorization = std::string(req[http::field::authorization]);
+        r.remote = remote_;
+        Response res;
+        auto query = parseQuery(q == std::string_view::npos ? std::string_view{} : target.substr(q + 1));
+        if (!query) {
+            res = jsonError(400, "invalid_query", "the query string has a malformed escape");
+        } else if (r.path == "/metrics" && (r.method == "GET" || r.method == "HEAD")) {
+            res.contentType = "text/plain; version=0.0.4";
+            res.body = server_.metrics().render("# HELP tarvolin_leaderboard_players Players with a "
+                                                "score.\n# TYPE tarvolin_leaderboard_players gauge\n"
+                                                "tarvolin_leaderboard_players " +
+                                                std::to_string(server_.api().leaderboardSize()) + "\n");
+            res.route = "/metrics";
+        } else {
+            r.query = std::move(*query);
+            res = server_.api().handle(r);
+        }
+        double secs = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+        server_.metrics().recordRequest(res.route, r.method, res.status, secs);
+        if (server_.log().enabled(LogLevel::Info)) {
+            server_.log().log(LogLevel::Info, "request",
+                              {{"method", r.method},
+                               {"path", r.path},
+                               {"route", res.route},
+                               {"status", res.status},
+                               {"us", static_cast<std::int64_t>(secs * 1e6)},
+                               {"remote", remote_},
+                               {"player", res.playerId}});
+        }
+        reply(res, r.method == "HEAD", req.version(), req.keep_alive());
+    }
+
+    void upgrade(http::request<http::string_body> req) {
+        auto started = std::chrono::steady_clock::now();
+        std::string_view target = req.target();
+        std::size_t q = target.find('?');
+        std::string path(target.substr(0, q));
+        Response refusal;
+        std::optional<std::string> player;
+        std::string credentials;
+        if (path != "/v1/events") {
+            refusal = jsonError(404, "not_found", "WebSockets are served at /v1/events");
+        } else if (server_.stopping()) {
+            refusal = jsonError(503, "shutting_down", "the service is shutting down");
+        } else {
+            credentials = std::string(req[http::field::authorization]);
+            if (credentials.empty() && q != std::string_view::npos) {
+                if (auto query = parseQuery(target.substr(q + 1)); query && query->contains("access_token")) {
+                    credentials = query->at("access_token");
+                }
+            }
+            try {
+                player = server_.api().authenticate(credentials);
+                if (!player) {
+                    refusal = jsonError(401, "unauthorized", "a valid bearer token is required");
+                }
+            } catch (const std::exception&) {
+                refusal = jsonError(503, "storage_unavailable", "the database cannot be reached");
+            }
+        }
+        unsigned status = player ? 101 : refusal.status;
+        std::string route = path == "/v1/events" ? path : "unmatched";
+        double secs = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+        server_.metrics().recordRequest(route, "GET", status, secs);
+        if (server_.log().enabled(LogLevel::Info)) {
+            server_.log().log(LogLevel::Info, "request",
+                              {{"method", "GET"},
+                               {"path", path},
+                               {"route", route},
+                               {"status", status},
+                               {"us", static_cast<std::int64_t>(secs * 1e6)},
+                               {"remote", remote_},
+                               {"player", player.value_or("")},
+                               {"upgrade", "websocket"}});
+        }
+        if (!player) {
+            return reply(refusal, false, req.version(), false);
+        }
+        stream_.expires_never();
+        std::make_shared<WsSession>(stream_.release_socket(), server_, *player, Api::tokenKey(credentials))
+            ->run(std::move(req));
+    }
+
+    void reply(const Response& r, bool head, unsigned version, bool keepAlive) {
+        auto res = std::make_shared<http::response<http::string_body>>(
+            toHttp(r, head, version, keepAlive && !stopping_ && !server_.stopping()));
+        bool close = !res->keep_alive();
+        http::async_write(stream_, *res,
+                          [self = shared_from_this(), res, close](beast::error_code ec, std::size_t) {
+                              self->busy_ = false;
+                              if (ec || close) {
+                                  return self->close();
+                              }
+                              self->read();
+                          });
+    }
+
+    void close() {
+        beast::error_code ec;
+        stream_.socket().shutdown(tcp::socket::shutdown_both, ec);
+        stream_.socket().close(ec);
+    }
+
+    beast::tcp_stream stream_;
+    Server& server_;
+    beast::flat_buffer buffer_;
+    std::optional<http::request_parser<http::string_body>> parser_;
+    std::string remote_;
+    bool busy_ = false;
+    bool stopping_ = false;
+};
+
+Server::Server(Api& api, ServerConfig config, Logger& log)
+    : api_(api), config_(std::move(config)), log_(log), acceptor_(asio::make_strand(io_)) {
+    api_.setEventListener(this);
+}
+
+Server::~Server() {
+    api_.setEventListener(nullptr);
+    if (!threads_.empty()) {
+        shutdown();
+        wait();
+    }
+}
+
+unsigned short Server::start() {
+    tcp::endpoint ep(asio::ip::make_address(config_.address), config_.port);
+    acceptor_.open(ep.protocol());
+    acceptor_.set_option(asio::socket_base::reuse_address(true));
+    acceptor_.bind(ep);
+    acceptor_.listen(asio::socket_base::max_listen_connections);
+    unsigned short port = acceptor_.local_endpoint().port();
+    accept();
+    int n = std::max(1, config_.threads);
+    for (int i = 0; i < n; ++i) {
+        threads_.emplace_back([this] { io_.run(); });
+    }
+    return port;
+}
+
+void Server::accept() {
+    acceptor_.async_accept(asio::make_strand(io_), [this](beast::error_code ec, tcp::socket socket) {
+        if (stopping_ || !acceptor_.is_open()) {
+            return;
+        }
+        if (!ec) {
+            std::make_shared<HttpSession>(std::move(socket), *this)->run();
+        } else {
+            log_.log(LogLevel::Warn, "accept failed", {{"error", ec.message()}});
+        }
+        accept();
+    });
+}
+
+void Server::shutdown() {
+    if (stopping_.exchange(true)) {
+        return;
+    }
+    asio::post(acceptor_.get_executor(), [this] {
+        beast::error_code ec;
+        acceptor_.close(ec);
+    });
+    std::vector<std::shared_ptr<Stoppable>> live;
+    {
+        std::lock_guard lock(mutex_);
+        for (auto& [p, w] : sessions_) {
+            if (auto s = w.lock()) {
+                live.push_back(std::move(s));
+            }
+        }
+    }
+    for (auto& s : live) {
+        s->stop();
+    }
+}
+
+void Server::wait() {
+    auto deadline = std::chrono::steady_clock::now() + config_.shutdownGrace;
+    for (;;) {
+        {
+            std::lock_guard lock(mutex_);
+            if (sessions_.empty()) {
+                break;
+            }
+        }
+        if (std::chrono::steady_clock::now() >= deadline) {
+            log_.log(LogLevel::Warn, "grace period over; closing the remaining connections");
+            break;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    io_.stop();
+    for (auto& t : threads_) {
+        t.join();
+    }
+    threads_.clear();
+}
+
+void Server::eventsAdded(const std::string& playerId) {
+    std::vector<std::shared_ptr<WsSession>> targets;
+    {
+        std::lock_guard lock(mutex_);
+        auto it = subscribers_.find(playerId);
+        if (it == subscribers_.end()) {
+            return;
+        }
+        for (auto& [p, w] : it->second) {
+            if (auto s = w.lock()) {
+                targets.push_back(std::move(s));
+            }
+        }
+    }
+    for (auto& s : targets) {
+        s->wake();
+    }
+}
+
+void Server::track(Stoppable* s, std::weak_ptr<Stoppable> w) {
+    std::lock_guard lock(mutex_);
+    sessions_[s] = std::move(w);
+    if (stopping_) {
+        if (auto p = sessions_[s].lock()) {
+            asio::post(io_, [p] { p->stop(); });
+        }
+    }
+}
+
+void Server::untrack(Stoppable* s) {
+    std::lock_guard lock(mutex_);
+    sessions_.erase(s);
+}
+
+void Server::subscribe(const std::string& playerId, WsSession* s, std::weak_ptr<WsSession> w) {
+    std::lock_guard lock(mutex_);
+    subscribers_[playerId][s] = std::move(w);
+}
+
+void Server::unsubscribe(const std::string& playerId, WsSession* s) {
+    std::lock_guard lock(mutex_);
+    auto it = subscribers_.find(playerId);
+    if (it != subscribers_.end()) {
+        it->second.erase(s);
+        if (it->second.empty()) {
+            subscribers_.erase(it);
+        }
+    }
+}
+
+} // namespace tarvolin::net

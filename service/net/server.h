@@ -1,0 +1,84 @@
+// The network side: one port for HTTP/1.1 with keep-alive and for the event WebSockets.
+#pragma once
+
+#include "net/api.h"
+#include "net/log.h"
+#include "net/metrics.h"
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <unordered_map>
+#include <vector>
+
+namespace tarvolin::net {
+
+struct ServerConfig {
+    std::string address = "0.0.0.0";
+    unsigned short port = 8080; // 0 picks a free port
+    int threads = 2;
+    std::size_t maxBodyBytes = 64 * 1024;
+    std::chrono::seconds idleTimeout{60};
+    std::chrono::seconds shutdownGrace{10};
+};
+
+// Something the server can ask to finish: an HTTP session or a WebSocket.
+class Stoppable {
+public:
+    virtual ~Stoppable() = default;
+    virtual void stop() = 0;
+};
+
+class WsSession;
+
+class Server : public EventListener {
+public:
+    Server(Api& api, ServerConfig config, Logger& log);
+    ~Server() override;
+
+    // Binds the port and starts the threads; returns the bound port.
+    unsigned short start();
+    // Stops accepting; requests in flight are answered, idle connections and WebSockets are closed.
+    void shutdown();
+    // Waits until every connection has ended or the grace period has passed, then stops the threads.
+    void wait();
+
+    void eventsAdded(const std::string& playerId) override;
+
+    Api& api() { return api_; }
+    Metrics& metrics() { return metrics_; }
+    Logger& log() { return log_; }
+    const ServerConfig& config() const { return config_; }
+    bool stopping() const { return stopping_; }
+
+    // Session bookkeeping, used by the sessions themselves.
+    void track(Stoppable* s, std::weak_ptr<Stoppable> w);
+    void untrack(Stoppable* s);
+    void subscribe(const std::string& playerId, WsSession* s, std::weak_ptr<WsSession> w);
+    void unsubscribe(const std::string& playerId, WsSession* s);
+
+private:
+    void accept();
+
+    Api& api_;
+    ServerConfig config_;
+    Logger& log_;
+    // Sessions left after the grace period die with io_ and still reach these: they are declared before it.
+    Metrics metrics_;
+    std::mutex mutex_;
+    std::unordered_map<Stoppable*, std::weak_ptr<Stoppable>> sessions_;
+    std::unordered_map<std::string, std::unordered_map<WsSession*, std::weak_ptr<WsSession>>> subscribers_;
+    std::atomic<bool> stopping_{false};
+
+    boost::asio::io_context io_;
+    boost::asio::ip::tcp::acceptor acceptor_;
+    std::vector<std::thread> threads_;
+};
+
+} // namespace tarvolin::net

@@ -1,0 +1,400 @@
+#include "store/store.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+namespace tarvolin::store {
+namespace {
+
+PlayerRecord playerFrom(const Row& r, std::size_t at = 0) {
+    return PlayerRecord{r.text(at), r.text(at + 1), r.integer(at + 2)};
+}
+
+FriendRequest requestFrom(const Row& r) {
+    return FriendRequest{r.text(0), r.text(1),    r.text(2),           r.text(3),
+                         r.text(4), r.integer(5), r.optionalInteger(6)};
+}
+
+ScoreRecord scoreFrom(const Row& r) {
+    return ScoreRecord{r.text(0), r.integer(1), r.integer(2), r.integer(3), r.integer(4)};
+}
+
+constexpr const char* kEventsChannel = "tarvolin_events";
+constexpr const char* kScoresChannel = "tarvolin_scores";
+
+constexpr const char* kRequestColumns = "id, from_id, to_id, message, status, created_at, answered_at";
+
+std::int64_t insertEvent(Tx& tx, const NewEvent& e, std::int64_t now) {
+    Rows seq = tx.exec("UPDATE players SET event_seq = event_seq + 1 WHERE id = $1 RETURNING event_seq",
+                       {e.playerId});
+    if (seq.empty()) {
+        throw StoreError("event for unknown player " + e.playerId);
+    }
+    std::int64_t n = seq[0].integer(0);
+    tx.exec("INSERT INTO events (player_id, seq, kind, payload, created_at) VALUES ($1, $2, $3, $4, $5)",
+            {e.playerId, n, e.kind, e.payload, now});
+    tx.notify(kEventsChannel, e.playerId);
+    return n;
+}
+
+// Inserts rows in batches of multi-row VALUES lists.
+template <typename T, typename Fn>
+void insertBatched(Tx& tx, const std::string& head, std::size_t width, const std::vector<T>& items,
+                   Fn&& values) {
+    constexpr std::size_t kBatch = 200;
+    for (std::size_t start = 0; start < items.size(); start += kBatch) {
+        std::size_t end = std::min(items.size(), start + kBatch);
+        std::string sql = head + " VALUES ";
+        Params params;
+        params.reserve((end - start) * width);
+        for (std::size_t i = start; i < end; ++i) {
+            sql += i == start ? "(" : ", (";
+            for (std::size_t c = 0; c < width; ++c) {
+                sql += (c ? ", $" : "$") + std::to_string(params.size() + c + 1);
+            }
+            sql += ")";
+            values(items[i], params);
+        }
+        tx.exec(sql, params);
+    }
+}
+
+class SqlStore : public Store {
+public:
+    explicit SqlStore(std::unique_ptr<Connection> c) : conn_(std::move(c)) {}
+
+    int migrate() override {
+        int version = 0;
+        conn_->transact([&](Tx& tx) {
+            tx.exec("CREATE TABLE IF NOT EXISTS schema_migrations (version INTEGER PRIMARY KEY, name TEXT "
+                    "NOT NULL)");
+        });
+        for (const Migration& m : migrations()) {
+            conn_->transact([&](Tx& tx) {
+                if (!tx.exec("SELECT version FROM schema_migrations WHERE version = $1",
+                             {std::int64_t{m.version}})
+                         .empty()) {
+                    return;
+                }
+                tx.script(m.sql);
+                tx.exec("INSERT INTO schema_migrations (version, name) VALUES ($1, $2)",
+                        {std::int64_t{m.version}, std::string(m.name)});
+            });
+            version = m.version;
+        }
+        return version;
+    }
+
+    void ping() override {
+        conn_->read([](Tx& tx) { tx.exec("SELECT 1"); });
+    }
+
+    bool createPlayer(const Credentials& c) override {
+        try {
+            conn_->transact([&](Tx& tx) {
+                tx.exec("INSERT INTO players (id, display_name, name_key, password_hash, created_at) "
+                        "VALUES ($1, $2, $3, $4, $5)",
+                        {c.player.id, c.player.displayName, c.nameKey, c.passwordHash, c.player.createdAt});
+            });
+            return true;
+        } catch (const ConflictError&) {
+            return false;
+        }
+    }
+
+    std::optional<Credentials> credentialsByNameKey(const std::string& nameKey) override {
+        std::optional<Credentials> out;
+        conn_->read([&](Tx& tx) {
+            Rows r = tx.exec("SELECT id, display_name, created_at, name_key, password_hash FROM players "
+                             "WHERE name_key = $1",
+                             {nameKey});
+            if (!r.empty()) {
+                out = Credentials{playerFrom(r[0]), r[0].text(3), r[0].text(4)};
+            }
+        });
+        return out;
+    }
+
+    bool renamePlayer(const std::string& id, const std::string& displayName,
+                      const std::string& nameKey) override {
+        try {
+            conn_->transact([&](Tx& tx) {
+                tx.exec("UPDATE players SET display_name = $2, name_key = $3 WHERE id = $1",
+                        {id, displayName, nameKey});
+            });
+            return true;
+        } catch (const ConflictError&) {
+            return false;
+        }
+    }
+
+    std::vector<PlayerRecord> players(const std::vector<std::string>& ids) override {
+        std::vector<PlayerRecord> out;
+        if (ids.empty()) {
+            return out;
+        }
+        conn_->read([&](Tx& tx) {
+            std::unordered_map<std::string, PlayerRecord> found;
+            constexpr std::size_t kBatch = 500; // well below the parameter limits of both databases
+            for (std::size_t start = 0; start < ids.size(); start += kBatch) {
+                std::size_t end = std::min(ids.size(), start + kBatch);
+                std::string sql = "SELECT id, display_name, created_at FROM players WHERE id IN (";
+                Params params;
+                for (std::size_t i = start; i < end; ++i) {
+                    sql += (i > start ? ", $" : "$") + std::to_string(i - start + 1);
+                    params.emplace_back(ids[i]);
+                }
+                sql += ")";
+                for (const Row& r : tx.exec(sql, params)) {
+                    PlayerRecord p = playerFrom(r);
+                    found.emplace(p.id, std::move(p));
+                }
+            }
+            for (const auto& id : ids) {
+                if (auto it = found.find(id); it != found.end()) {
+                    out.push_back(it->second);
+                }
+            }
+        });
+        return out;
+    }
+
+    void importPlayers(const std::vector<Credentials>& players,
+                       const std::vector<ScoreRecord>& scores) override {
+        conn_->transact([&](Tx& tx) {
+            insertBatched(tx, "INSERT INTO players (id, display_name, name_key, password_hash, created_at)",
+                          5, players, [](const Credentials& c, Params& p) {
+                              p.emplace_back(c.player.id);
+                              p.emplace_back(c.player.displayName);
+                              p.emplace_back(c.nameKey);
+                              p.emplace_back(c.passwordHash);
+                              p.emplace_back(c.player.createdAt);
+                          });
+            insertBatched(tx, "INSERT INTO scores (player_id, value, context, reached_at, updated_at)", 5,
+                          scores, [](const ScoreRecord& s, Params& p) {
+                              p.emplace_back(s.playerId);
+                              p.emplace_back(s.value);
+                              p.emplace_back(s.context);
+                              p.emplace_back(s.reachedAt);
+                              p.emplace_back(s.updatedAt);
+                          });
+        });
+    }
+
+    void addToken(const std::string& tokenHash, const std::string& playerId, std::int64_t now,
+                  std::int64_t expiresAt) override {
+        conn_->transact([&](Tx& tx) {
+            tx.exec("DELETE FROM tokens WHERE player_id = $1 AND expires_at <= $2", {playerId, now});
+            tx.exec(
+                "INSERT INTO tokens (token_hash, player_id, created_at, expires_at) VALUES ($1, $2, $3, $4)",
+                {tokenHash, playerId, now, expiresAt});
+        });
+    }
+
+    std::optional<std::string> tokenPlayer(const std::string& tokenHash, std::int64_t now) override {
+        std::optional<std::string> out;
+        conn_->read([&](Tx& tx) {
+            Rows r = tx.exec("SELECT player_id FROM tokens WHERE token_hash = $1 AND expires_at > $2",
+                             {tokenHash, now});
+            if (!r.empty()) {
+                out = r[0].text(0);
+            }
+        });
+        return out;
+    }
+
+    void removeToken(const std::string& tokenHash) override {
+        conn_->transact([&](Tx& tx) { tx.exec("DELETE FROM tokens WHERE token_hash = $1", {tokenHash}); });
+    }
+
+    FriendRequestOutcome sendFriendRequest(const FriendRequest& r, const NewEvent& event) override {
+        FriendRequestOutcome out = FriendRequestOutcome::Sent;
+        conn_->transact([&](Tx& tx) {
+            if (tx.exec("SELECT id FROM players WHERE id = $1", {r.toId}).empty()) {
+                out = FriendRequestOutcome::NoSuchPlayer;
+                return;
+            }
+            if (!tx.exec("SELECT 1 FROM friendships WHERE player_id = $1 AND friend_id = $2",
+                         {r.fromId, r.toId})
+                     .empty()) {
+                out = FriendRequestOutcome::AlreadyFriends;
+                return;
+            }
+            const char* pending =
+                "SELECT id FROM friend_requests WHERE from_id = $1 AND to_id = $2 AND status = "
+                "'pending'";
+            if (!tx.exec(pending, {r.fromId, r.toId}).empty()) {
+                out = FriendRequestOutcome::AlreadyRequested;
+                return;
+            }
+            if (!tx.exec(pending, {r.toId, r.fromId}).empty()) {
+                out = FriendRequestOutcome::ReverseRequestPending;
+                return;
+            }
+            tx.exec("INSERT INTO friend_requests (id, from_id, to_id, message, status, created_at) "
+                    "VALUES ($1, $2, $3, $4, 'pending', $5)",
+                    {r.id, r.fromId, r.toId, r.message, r.createdAt});
+            insertEvent(tx, NewEvent{r.toId, event.kind, event.payload}, r.createdAt);
+        });
+        return out;
+    }
+
+    std::vector<FriendRequest> incomingRequests(const std::string& playerId) override {
+        return requests("to_id", playerId);
+    }
+
+    std::vector<FriendRequest> outgoingRequests(const std::string& playerId) override {
+        return requests("from_id", playerId);
+    }
+
+    std::optional<FriendRequest> friendRequest(const std::string& id) override {
+        std::optional<FriendRequest> out;
+        conn_->read([&](Tx& tx) {
+            Rows r = tx.exec(std::string("SELECT ") + kRequestColumns + " FROM friend_requests WHERE id = $1",
+                             {id});
+            if (!r.empty()) {
+                out = requestFrom(r[0]);
+            }
+        });
+        return out;
+    }
+
+    AnswerOutcome answerFriendRequest(const std::string& requestId, const std::string& playerId, bool accept,
+                                      std::int64_t now, const std::optional<NewEvent>& event) override {
+        AnswerOutcome out = AnswerOutcome::Done;
+        conn_->transact([&](Tx& tx) {
+            Rows r = tx.exec(std::string("SELECT ") + kRequestColumns + " FROM friend_requests WHERE id = $1",
+                             {requestId});
+            if (r.empty() || r[0].text(2) != playerId) {
+                out = AnswerOutcome::NotFound;
+                return;
+            }
+            FriendRequest req = requestFrom(r[0]);
+            if (req.status != "pending") {
+                out = AnswerOutcome::NotPending;
+                return;
+            }
+            tx.exec("UPDATE friend_requests SET status = $1, answered_at = $2 WHERE id = $3",
+                    {std::string(accept ? "accepted" : "declined"), now, requestId});
+            if (!accept) {
+                return;
+            }
+            const char* befriend =
+                "INSERT INTO friendships (player_id, friend_id, created_at) VALUES ($1, $2, $3) "
+                "ON CONFLICT (player_id, friend_id) DO NOTHING";
+            tx.exec(befriend, {req.fromId, req.toId, now});
+            tx.exec(befriend, {req.toId, req.fromId, now});
+            if (event) {
+                insertEvent(tx, NewEvent{req.fromId, event->kind, event->payload}, now);
+            }
+        });
+        return out;
+    }
+
+    std::vector<std::string> friendIds(const std::string& playerId) override {
+        std::vector<std::string> out;
+        conn_->read([&](Tx& tx) {
+            for (const Row& r : tx.exec(
+                     "SELECT friend_id FROM friendships WHERE player_id = $1 ORDER BY created_at, friend_id",
+                     {playerId})) {
+                out.push_back(r.text(0));
+            }
+        });
+        return out;
+    }
+
+    void putScore(const ScoreRecord& s) override {
+        conn_->transact([&](Tx& tx) {
+            tx.exec(
+                "INSERT INTO scores (player_id, value, context, reached_at, updated_at) VALUES ($1, $2, $3, "
+                "$4, $5) "
+                "ON CONFLICT (player_id) DO UPDATE SET value = excluded.value, context = excluded.context, "
+                "reached_at = excluded.reached_at, updated_at = excluded.updated_at",
+                {s.playerId, s.value, s.context, s.reachedAt, s.updatedAt});
+            tx.notify(kScoresChannel, s.playerId);
+        });
+    }
+
+    std::optional<ScoreRecord> score(const std::string& playerId) override {
+        std::optional<ScoreRecord> out;
+        conn_->read([&](Tx& tx) {
+            Rows r = tx.exec(
+                "SELECT player_id, value, context, reached_at, updated_at FROM scores WHERE player_id = $1",
+                {playerId});
+            if (!r.empty()) {
+                out = scoreFrom(r[0]);
+            }
+        });
+        return out;
+    }
+
+    std::vector<ScoreRecord> allScores() override {
+        std::vector<ScoreRecord> out;
+        conn_->read([&](Tx& tx) {
+            Rows rows = tx.exec("SELECT player_id, value, context, reached_at, updated_at FROM scores");
+            out.reserve(rows.size());
+            for (const Row& r : rows) {
+                out.push_back(scoreFrom(r));
+            }
+        });
+        return out;
+    }
+
+    std::int64_t appendEvent(const NewEvent& e, std::int64_t now) override {
+        std::int64_t seq = 0;
+        conn_->transact([&](Tx& tx) { seq = insertEvent(tx, e, now); });
+        return seq;
+    }
+
+    std::vector<Event> pendingEvents(const std::string& playerId, std::int64_t afterSeq,
+                                     std::size_t limit) override {
+        std::vector<Event> out;
+        conn_->read([&](Tx& tx) {
+            for (const Row& r :
+                 tx.exec("SELECT seq, kind, payload, created_at FROM events WHERE player_id = $1 AND "
+                         "seq > $2 ORDER BY seq LIMIT $3",
+                         {playerId, afterSeq, static_cast<std::int64_t>(limit)})) {
+                out.push_back(Event{r.integer(0), r.text(1), r.text(2), r.integer(3)});
+            }
+        });
+        return out;
+    }
+
+    void ackEvents(const std::string& playerId, std::int64_t seq) override {
+        conn_->transact([&](Tx& tx) {
+            tx.exec("DELETE FROM events WHERE player_id = $1 AND seq <= $2", {playerId, seq});
+            tx.exec("UPDATE players SET acked_seq = $2 WHERE id = $1 AND acked_seq < $2", {playerId, seq});
+        });
+    }
+
+    std::unique_ptr<Watch> watchChanges(ChangeHandler fn) override {
+        return conn_->watch({kEventsChannel, kScoresChannel},
+                            [fn = std::move(fn)](const std::string& channel, const std::string& playerId) {
+                                fn(channel == kEventsChannel ? Change::Events : Change::Score, playerId);
+                            });
+    }
+
+private:
+    std::vector<FriendRequest> requests(const char* column, const std::string& playerId) {
+        std::vector<FriendRequest> out;
+        conn_->read([&](Tx& tx) {
+            for (const Row& r :
+                 tx.exec(std::string("SELECT ") + kRequestColumns + " FROM friend_requests WHERE " + column +
+                             " = $1 AND status = 'pending' ORDER BY created_at, id",
+                         {playerId})) {
+                out.push_back(requestFrom(r));
+            }
+        });
+        return out;
+    }
+
+    std::unique_ptr<Connection> conn_;
+};
+
+} // namespace
+
+std::unique_ptr<Store> makeSqlStore(std::unique_ptr<Connection> conn) {
+    return std::make_unique<SqlStore>(std::move(conn));
+}
+
+} // namespace tarvolin::store

@@ -1,0 +1,138 @@
+// The storage interface of the service: every operation is one transaction.
+#pragma once
+
+#include "store/sql.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarvolin::store {
+
+struct PlayerRecord {
+    std::string id;
+    std::string displayName;
+    std::int64_t createdAt = 0;
+};
+
+struct Credentials {
+    PlayerRecord player;
+    std::string nameKey;
+    std::string passwordHash;
+};
+
+struct FriendRequest {
+    std::string id;
+    std::string fromId;
+    std::string toId;
+    std::string message;
+    std::string status; // "pending", "accepted", "declined"
+    std::int64_t createdAt = 0;
+    std::optional<std::int64_t> answeredAt;
+};
+
+struct ScoreRecord {
+    std::string playerId;
+    std::int64_t value = 0;
+    std::int64_t context = 0;
+    std::int64_t reachedAt = 0; // microseconds; the moment this value was first reached
+    std::int64_t updatedAt = 0; // milliseconds; the latest report
+};
+
+struct Event {
+    std::int64_t seq = 0;
+    std::string kind;
+    std::string payload; // a JSON object
+    std::int64_t createdAt = 0;
+};
+
+// An event to store for one player in the same transaction as the change that causes it.
+struct NewEvent {
+    std::string playerId;
+    std::string kind;
+    std::string payload;
+};
+
+// What another instance on the same database has changed.
+enum class Change { Events, Score };
+using ChangeHandler = std::function<void(Change, const std::string& playerId)>;
+
+enum class FriendRequestOutcome {
+    Sent,
+    NoSuchPlayer,
+    AlreadyFriends,
+    AlreadyRequested,
+    ReverseRequestPending
+};
+enum class AnswerOutcome { Done, NotFound, NotPending };
+
+class Store {
+public:
+    virtual ~Store() = default;
+
+    // Applies the migrations that the database lacks; returns the schema version.
+    virtual int migrate() = 0;
+    virtual void ping() = 0;
+
+    // Returns false when the name key is taken.
+    virtual bool createPlayer(const Credentials& c) = 0;
+    virtual std::optional<Credentials> credentialsByNameKey(const std::string& nameKey) = 0;
+    // Returns false when the name key belongs to another player.
+    virtual bool renamePlayer(const std::string& id, const std::string& displayName,
+                              const std::string& nameKey) = 0;
+    // Players in the order of ids; unknown ids are left out.
+    virtual std::vector<PlayerRecord> players(const std::vector<std::string>& ids) = 0;
+    // Imports players and their scores in one transaction (moving a leaderboard over, benchmarks).
+    virtual void importPlayers(const std::vector<Credentials>& players,
+                               const std::vector<ScoreRecord>& scores) = 0;
+
+    virtual void addToken(const std::string& tokenHash, const std::string& playerId, std::int64_t now,
+                          std::int64_t expiresAt) = 0;
+    // The player of a token that has not expired.
+    virtual std::optional<std::string> tokenPlayer(const std::string& tokenHash, std::int64_t now) = 0;
+    virtual void removeToken(const std::string& tokenHash) = 0;
+
+    // Stores the request and its event for the receiver.
+    virtual FriendRequestOutcome sendFriendRequest(const FriendRequest& r, const NewEvent& event) = 0;
+    // Requests of a player that are still pending, oldest first.
+    virtual std::vector<FriendRequest> incomingRequests(const std::string& playerId) = 0;
+    virtual std::vector<FriendRequest> outgoingRequests(const std::string& playerId) = 0;
+    virtual std::optional<FriendRequest> friendRequest(const std::string& id) = 0;
+    // Accepts or declines a pending request sent to playerId; on acceptance both become friends and the
+    // sender gets the event.
+    virtual AnswerOutcome answerFriendRequest(const std::string& requestId, const std::string& playerId,
+                                              bool accept, std::int64_t now,
+                                              const std::optional<NewEvent>& event) = 0;
+    virtual std::vector<std::string> friendIds(const std::string& playerId) = 0;
+
+    virtual void putScore(const ScoreRecord& s) = 0;
+    virtual std::optional<ScoreRecord> score(const std::string& playerId) = 0;
+    virtual std::vector<ScoreRecord> allScores() = 0;
+
+    // Returns the new event's sequence number.
+    virtual std::int64_t appendEvent(const NewEvent& e, std::int64_t now) = 0;
+    // Undelivered events with a sequence number above afterSeq, in order.
+    virtual std::vector<Event> pendingEvents(const std::string& playerId, std::int64_t afterSeq,
+                                             std::size_t limit) = 0;
+    // Marks every event up to seq as delivered and drops it.
+    virtual void ackEvents(const std::string& playerId, std::int64_t seq) = 0;
+
+    // Calls fn, from a thread of its own, whenever any instance on this database has stored events for a
+    // player or changed a score, until the watch is destroyed. nullptr for a database of one instance.
+    virtual std::unique_ptr<Watch> watchChanges(ChangeHandler fn) = 0;
+};
+
+// The store over a SQL connection (SQLite or PostgreSQL); the schema comes from the numbered migrations.
+std::unique_ptr<Store> makeSqlStore(std::unique_ptr<Connection> conn);
+
+struct Migration {
+    int version;
+    const char* name;
+    const char* sql;
+};
+const std::vector<Migration>& migrations();
+
+} // namespace tarvolin::store
