@@ -190,6 +190,16 @@ TEST_F(TwoPlayers, BothLogInSolveBefriendAndSeeEachOther) {
             amalID = row.toMap()["playerID"].toString();
         }
     }
+    // Her picture, as the service draws it.
+    QImage photo;
+    bool loaded = false;
+    GKPlayer{amalID, amal, false, {}}.loadPhotoWithCompletionHandler(
+        [&](QImage image, std::optional<GKError>) {
+            photo = image;
+            loaded = true;
+        });
+    ASSERT_TRUE(QTest::qWaitFor([&loaded] { return loaded; }, 15000));
+    EXPECT_EQ(photo.size(), QSize(128, 128));
     global->addFriend(amalID);
     ASSERT_TRUE(QTest::qWaitFor([] { return Platform::shared().alerts().isVisible(); }, 15000));
     EXPECT_EQ(Platform::shared().alerts().title(), QStringLiteral("تم ارسال طلب الصداقة"));

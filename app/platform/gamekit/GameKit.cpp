@@ -40,6 +40,25 @@ std::optional<GKPlayer> GKPlayer::fromJson(const QJsonObject& o) {
                     o.value("isFriend").toBool(), o.value("photoURL").toString()};
 }
 
+void GKPlayer::loadPhotoWithCompletionHandler(
+    std::function<void(QImage, std::optional<GKError>)> done) const {
+    const QString path = photoURL.isEmpty() ? QStringLiteral("/v1/players/%1/photo").arg(playerID) : photoURL;
+    service().getBytes(
+        path, [done = std::move(done)](const QByteArray& bytes, const std::optional<GKError>& error) {
+            if (error) {
+                done({}, error);
+                return;
+            }
+            QImage image;
+            if (!image.loadFromData(bytes)) {
+                done({}, GKError{QStringLiteral("bad_reply"),
+                                 QStringLiteral("The player's picture cannot be read"), 200, 0});
+                return;
+            }
+            done(image, std::nullopt);
+        });
+}
+
 void GKPlayer::loadPlayersForIdentifiers(const QStringList& ids,
                                          std::function<void(QList<GKPlayer>, std::optional<GKError>)> done) {
     QUrlQuery query;

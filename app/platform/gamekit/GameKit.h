@@ -3,6 +3,7 @@
 #include "GameService.h"
 
 #include <QDateTime>
+#include <QImage>
 #include <QList>
 #include <QString>
 #include <functional>
@@ -18,6 +19,8 @@ struct GKPlayer {
     QString photoURL;
 
     static std::optional<GKPlayer> fromJson(const QJsonObject& o);
+    // The player's picture; a null image with an error when it cannot be had or read.
+    void loadPhotoWithCompletionHandler(std::function<void(QImage, std::optional<GKError>)> done) const;
     // Several players by identifier, in the order asked (unknown ones left out).
     static void loadPlayersForIdentifiers(const QStringList& ids,
                                           std::function<void(QList<GKPlayer>, std::optional<GKError>)> done);

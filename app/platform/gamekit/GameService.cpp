@@ -39,6 +39,27 @@ void GameService::post(const QString& path, const QJsonObject& body, Completion 
     send("POST", path, {}, QJsonDocument(body).toJson(QJsonDocument::Compact), std::move(done));
 }
 
+void GameService::getBytes(const QString& path,
+                           std::function<void(const QByteArray&, const std::optional<GKError>&)> done) {
+    QNetworkRequest request(urlFor(path));
+    request.setTransferTimeout(15000);
+    if (!m_token.isEmpty()) {
+        request.setRawHeader("Authorization", "Bearer " + m_token.toLatin1());
+    }
+    QNetworkReply* reply = m_network->get(request);
+    connect(reply, &QNetworkReply::finished, this, [reply, done = std::move(done)]() {
+        reply->deleteLater();
+        const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+        if (status == 0) {
+            done({}, GKError{QStringLiteral("network"), reply->errorString(), 0, 0});
+        } else if (status < 200 || status >= 300) {
+            done({}, GKError{QStringLiteral("http_%1").arg(status), reply->errorString(), status, 0});
+        } else {
+            done(reply->readAll(), std::nullopt);
+        }
+    });
+}
+
 void GameService::postInOrder(const QString& path, const QJsonObject& body, Completion done) {
     m_inOrder.push_back({path, body, std::move(done)});
     if (m_inOrder.size() == 1) {

@@ -37,6 +37,9 @@ public:
     void get(const QString& path, const QUrlQuery& query, Completion done);
     void post(const QString& path, const QJsonObject& body, Completion done);
     void deleteResource(const QString& path, Completion done);
+    // A resource that is not JSON (a picture): its bytes.
+    void getBytes(const QString& path,
+                  std::function<void(const QByteArray&, const std::optional<GKError>&)> done);
     // A POST that waits until every earlier one made through here has been answered.
     void postInOrder(const QString& path, const QJsonObject& body, Completion done);
     QUrl urlFor(const QString& path, const QUrlQuery& query = {}) const;
