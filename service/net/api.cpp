@@ -18,6 +18,8 @@ namespace {
 
 constexpr std::size_t kMaxPage = 100;
 constexpr std::size_t kMaxMessage = 200;
+constexpr std::size_t kMaxAchievementReports = 100;
+constexpr std::size_t kMaxAchievementIdentifier = 64;
 
 struct ApiError : std::runtime_error {
     ApiError(unsigned s, std::string c, const std::string& m, std::int64_t retry = 0)
@@ -274,6 +276,9 @@ Api::Api(store::Store& store, ApiConfig config, ClockMs clock)
     add("POST", "/v1/leaderboard/scores", &Api::reportScore, true);
     add("GET", "/v1/leaderboard", &Api::loadScores, true);
     add("GET", "/v1/leaderboard/me", &Api::localScore, true);
+    add("GET", "/v1/achievements", &Api::loadAchievements, true);
+    add("POST", "/v1/achievements", &Api::reportAchievements, true);
+    add("DELETE", "/v1/achievements", &Api::resetAchievements, true);
 }
 
 void Api::add(std::string method, std::string pattern, Handler h, bool needsToken) {
@@ -870,6 +875,88 @@ Response Api::loadScores(Ctx& c) {
                                           {"total", total},
                                           {"scores", std::move(scores)},
                                           {"local", std::move(local)}});
+}
+
+namespace {
+
+// 1 to 64 printable ASCII characters without blanks ("days:5", "levels:100").
+bool isAchievementIdentifier(std::string_view s) {
+    return !s.empty() && s.size() <= kMaxAchievementIdentifier &&
+           std::all_of(s.begin(), s.end(), [](char c) { return c > ' ' && c <= '~'; });
+}
+
+json::object achievementJson(const store::Achievement& a) {
+    return json::object{{"identifier", a.identifier},
+                        {"percentComplete", a.percentComplete},
+                        {"lastReportedDate", a.reportedAt}};
+}
+
+json::object achievementsJson(const std::vector<store::Achievement>& list) {
+    json::array out;
+    for (const auto& a : list) {
+        out.push_back(achievementJson(a));
+    }
+    return json::object{{"achievements", std::move(out)}};
+}
+
+// The reports of a request, all checked before any is stored.
+std::vector<store::Achievement> achievementReports(const json::object& body, std::int64_t now) {
+    const json::value* list = body.if_contains("achievements");
+    if (!list || list->is_null()) {
+        throw ApiError(400, "missing_field", "\"achievements\" is required");
+    }
+    if (!list->is_array() || list->as_array().empty() || list->as_array().size() > kMaxAchievementReports) {
+        throw ApiError(400, "invalid_field", "\"achievements\" must be a list of 1 to 100 achievements");
+    }
+    std::vector<store::Achievement> out;
+    for (std::size_t i = 0; i < list->as_array().size(); ++i) {
+        const json::value& item = list->as_array()[i];
+        std::string at = "achievements[" + std::to_string(i) + "]";
+        if (!item.is_object()) {
+            throw ApiError(400, "invalid_field", "\"" + at + "\" must be an object");
+        }
+        const json::object& o = item.as_object();
+        const json::value* id = o.if_contains("identifier");
+        if (!id || id->is_null()) {
+            throw ApiError(400, "missing_field", "\"" + at + ".identifier\" is required");
+        }
+        if (!id->is_string() || !isAchievementIdentifier(id->as_string())) {
+            throw ApiError(400, "invalid_field",
+                           "\"" + at +
+                               ".identifier\" must be 1 to 64 printable ASCII characters without blanks");
+        }
+        const json::value* percent = o.if_contains("percentComplete");
+        if (!percent || percent->is_null()) {
+            throw ApiError(400, "missing_field", "\"" + at + ".percentComplete\" is required");
+        }
+        double p = percent->is_number() ? percent->to_number<double>() : -1;
+        if (!(p >= 0 && p <= 100)) {
+            throw ApiError(400, "invalid_field",
+                           "\"" + at + ".percentComplete\" must be a number from 0 to 100");
+        }
+        out.push_back(store::Achievement{std::string(id->as_string()), p + 0.0, now}); // -0 becomes 0
+    }
+    return out;
+}
+
+} // namespace
+
+Response Api::loadAchievements(Ctx& c) {
+    return jsonResponse(200, achievementsJson(store_.achievements(c.playerId)));
+}
+
+Response Api::reportAchievements(Ctx& c) {
+    json::object body = parseBody(c.req.body);
+    auto reports = achievementReports(body, clock_());
+    return jsonResponse(200, achievementsJson(store_.reportAchievements(c.playerId, reports)));
+}
+
+Response Api::resetAchievements(Ctx& c) {
+    store_.resetAchievements(c.playerId);
+    Response r;
+    r.status = 204;
+    r.contentType.clear();
+    return r;
 }
 
 } // namespace tarvolin::net

@@ -119,6 +119,9 @@ private:
     Response reportScore(Ctx&);
     Response loadScores(Ctx&);
     Response localScore(Ctx&);
+    Response loadAchievements(Ctx&);
+    Response reportAchievements(Ctx&);
+    Response resetAchievements(Ctx&);
 
     Response answerFriendRequest(Ctx&, bool accept);
     void eventsAdded(const std::string& playerId);

@@ -5,6 +5,7 @@
 #include <pqxx/pqxx>
 
 #include <atomic>
+#include <charconv>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -19,10 +20,15 @@ std::string channelName(std::string_view channel, const std::string& schema) {
 
 std::unique_ptr<pqxx::connection> connect(const std::string& url, const std::string& schema) {
     auto conn = std::make_unique<pqxx::connection>(url);
-    if (!schema.empty()) {
+    {
         pqxx::nontransaction n(*conn);
-        n.exec("CREATE SCHEMA IF NOT EXISTS " + conn->quote_name(schema));
-        n.exec("SET search_path TO " + conn->quote_name(schema));
+        // Floating-point values come out with the digits that read back the same double, whatever the
+        // server's default.
+        n.exec("SET extra_float_digits TO 3");
+        if (!schema.empty()) {
+            n.exec("CREATE SCHEMA IF NOT EXISTS " + conn->quote_name(schema));
+            n.exec("SET search_path TO " + conn->quote_name(schema));
+        }
     }
     return conn;
 }
@@ -39,6 +45,10 @@ public:
                 storage.emplace_back();
             } else if (const auto* n = std::get_if<std::int64_t>(&v)) {
                 storage.push_back(std::to_string(*n));
+            } else if (const auto* d = std::get_if<double>(&v)) {
+                char buf[32];
+                auto [end, ec] = std::to_chars(buf, buf + sizeof buf, *d);
+                storage.emplace_back(buf, end);
             } else {
                 storage.push_back(std::get<std::string>(v));
             }

@@ -29,6 +29,16 @@ std::optional<std::int64_t> Row::optionalInteger(std::size_t i) const {
     return integer(i);
 }
 
+double Row::real(std::size_t i) const {
+    const std::string& s = text(i);
+    double v = 0;
+    auto [p, ec] = std::from_chars(s.data(), s.data() + s.size(), v);
+    if (ec != std::errc() || p != s.data() + s.size()) {
+        throw StoreError("column " + std::to_string(i) + " is not a number: " + s);
+    }
+    return v;
+}
+
 std::unique_ptr<Connection> openDatabase(const std::string& location, const std::string& schema) {
     if (location.starts_with("postgresql://") || location.starts_with("postgres://")) {
         return openPostgres(location, schema);

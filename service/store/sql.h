@@ -25,7 +25,7 @@ public:
     using StoreError::StoreError;
 };
 
-using Value = std::variant<std::monostate, std::int64_t, std::string>;
+using Value = std::variant<std::monostate, std::int64_t, double, std::string>;
 using Params = std::vector<Value>;
 
 struct Row {
@@ -35,6 +35,8 @@ struct Row {
     const std::string& text(std::size_t i) const;
     std::int64_t integer(std::size_t i) const;
     std::optional<std::int64_t> optionalInteger(std::size_t i) const;
+    // A floating-point column; both connections write it with the digits that read back the same double.
+    double real(std::size_t i) const;
 };
 using Rows = std::vector<Row>;
 

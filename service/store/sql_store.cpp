@@ -19,6 +19,10 @@ ScoreRecord scoreFrom(const Row& r) {
     return ScoreRecord{r.text(0), r.integer(1), r.integer(2), r.integer(3), r.integer(4)};
 }
 
+Achievement achievementFrom(const Row& r) {
+    return Achievement{r.text(0), r.real(1), r.integer(2)};
+}
+
 constexpr const char* kEventsChannel = "tarvolin_events";
 constexpr const char* kScoresChannel = "tarvolin_scores";
 
@@ -338,6 +342,55 @@ public:
             }
         });
         return out;
+    }
+
+    std::vector<Achievement> achievements(const std::string& playerId) override {
+        std::vector<Achievement> out;
+        conn_->read([&](Tx& tx) {
+            for (const Row& r : tx.exec("SELECT identifier, percent_complete, reported_at FROM achievements "
+                                        "WHERE player_id = $1",
+                                        {playerId})) {
+                out.push_back(achievementFrom(r));
+            }
+        });
+        // Sorted here rather than by the database, whose collation may not be the byte order.
+        std::sort(out.begin(), out.end(),
+                  [](const Achievement& a, const Achievement& b) { return a.identifier < b.identifier; });
+        return out;
+    }
+
+    std::vector<Achievement> reportAchievements(const std::string& playerId,
+                                                const std::vector<Achievement>& reports) override {
+        std::vector<Achievement> out;
+        conn_->transact([&](Tx& tx) {
+            std::unordered_map<std::string, std::size_t> at;
+            for (const Achievement& a : reports) {
+                Rows r =
+                    tx.exec("INSERT INTO achievements (player_id, identifier, percent_complete, reported_at) "
+                            "VALUES ($1, $2, $3, $4) "
+                            "ON CONFLICT (player_id, identifier) DO UPDATE SET percent_complete = CASE WHEN "
+                            "excluded.percent_complete > achievements.percent_complete THEN "
+                            "excluded.percent_complete "
+                            "ELSE achievements.percent_complete END, reported_at = excluded.reported_at "
+                            "RETURNING identifier, percent_complete, reported_at",
+                            {playerId, a.identifier, a.percentComplete, a.reportedAt});
+                if (r.empty()) {
+                    throw StoreError("an achievement was not stored");
+                }
+                auto [it, fresh] = at.emplace(a.identifier, out.size());
+                if (fresh) {
+                    out.push_back(achievementFrom(r[0]));
+                } else {
+                    out[it->second] = achievementFrom(r[0]);
+                }
+            }
+        });
+        return out;
+    }
+
+    void resetAchievements(const std::string& playerId) override {
+        conn_->transact(
+            [&](Tx& tx) { tx.exec("DELETE FROM achievements WHERE player_id = $1", {playerId}); });
     }
 
     std::int64_t appendEvent(const NewEvent& e, std::int64_t now) override {

@@ -4,6 +4,7 @@
 
 #include <sqlite3.h>
 
+#include <charconv>
 #include <cstdlib>
 #include <map>
 #include <mutex>
@@ -11,6 +12,12 @@
 
 namespace tarvolin::store {
 namespace {
+
+std::string shortest(double v) {
+    char buf[32];
+    auto [end, ec] = std::to_chars(buf, buf + sizeof buf, v);
+    return std::string(buf, end);
+}
 
 // One sqlite3 handle with its cache of prepared statements, used by one transaction at a time.
 class Handle : public Tx {
@@ -72,6 +79,8 @@ public:
                 rc = sqlite3_bind_null(stmt, idx);
             } else if (const auto* n = std::get_if<std::int64_t>(&v)) {
                 rc = sqlite3_bind_int64(stmt, idx, *n);
+            } else if (const auto* d = std::get_if<double>(&v)) {
+                rc = sqlite3_bind_double(stmt, idx, *d);
             } else {
                 const auto& s = std::get<std::string>(v);
                 rc = sqlite3_bind_text(stmt, idx, s.data(), static_cast<int>(s.size()), SQLITE_TRANSIENT);
@@ -92,8 +101,12 @@ public:
             Row row;
             row.cols.reserve(static_cast<std::size_t>(n));
             for (int c = 0; c < n; ++c) {
-                if (sqlite3_column_type(stmt, c) == SQLITE_NULL) {
+                int type = sqlite3_column_type(stmt, c);
+                if (type == SQLITE_NULL) {
                     row.cols.emplace_back(std::nullopt);
+                } else if (type == SQLITE_FLOAT) {
+                    // SQLite's own text of a REAL keeps 15 digits; this keeps every bit.
+                    row.cols.emplace_back(shortest(sqlite3_column_double(stmt, c)));
                 } else {
                     const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(stmt, c));
                     row.cols.emplace_back(

@@ -42,6 +42,12 @@ struct ScoreRecord {
     std::int64_t updatedAt = 0; // milliseconds; the latest report
 };
 
+struct Achievement {
+    std::string identifier;
+    double percentComplete = 0;  // 0 to 100
+    std::int64_t reportedAt = 0; // milliseconds; the latest report
+};
+
 struct Event {
     std::int64_t seq = 0;
     std::string kind;
@@ -111,6 +117,16 @@ public:
     virtual void putScore(const ScoreRecord& s) = 0;
     virtual std::optional<ScoreRecord> score(const std::string& playerId) = 0;
     virtual std::vector<ScoreRecord> allScores() = 0;
+
+    // A player's achievements, by identifier in byte order.
+    virtual std::vector<Achievement> achievements(const std::string& playerId) = 0;
+    // Stores the reports of one player in one transaction. Each identifier keeps the higher of its stored
+    // and its reported percentage and takes the report's time. Returns the stored state of each reported
+    // identifier once, in the order of its first report.
+    virtual std::vector<Achievement> reportAchievements(const std::string& playerId,
+                                                        const std::vector<Achievement>& reports) = 0;
+    // Removes all of a player's achievements.
+    virtual void resetAchievements(const std::string& playerId) = 0;
 
     // Returns the new event's sequence number.
     virtual std::int64_t appendEvent(const NewEvent& e, std::int64_t now) = 0;
