@@ -173,6 +173,25 @@ TEST_F(TwoPlayers, BothLogInSolveBefriendAndSeeEachOther) {
     solveNextLevel();
     EXPECT_EQ(GameCenterManager::sharedInstance().playerScore, 2);
 
+    // Her achievements live on the service: a later, lower report never lowers one, and a load brings them
+    // back.
+    auto& gc = GameCenterManager::sharedInstance();
+    gc.reportAchievementIdentifierPercentComplete("levels:2", 100.0f);
+    gc.completeMultipleAchievements(
+        {GKAchievement{"levels:2", 30.0, false, {}}, GKAchievement{"days:5", 40.0, false, {}}});
+    // Reports leave in order; a load may still pass them on the way, so it is asked again until both are
+    // there.
+    std::optional<QList<GKAchievement>> achievements;
+    for (int attempt = 0; attempt < 50 && (!achievements || achievements->size() < 2); ++attempt) {
+        achievements.reset();
+        GKAchievement::loadAchievementsWithCompletionHandler(
+            [&achievements](auto list, auto) { achievements = list.value_or(QList<GKAchievement>{}); });
+        ASSERT_TRUE(QTest::qWaitFor([&achievements] { return achievements.has_value(); }, 15000));
+    }
+    ASSERT_EQ(achievements->size(), 2);
+    EXPECT_EQ(achievements->at(0).identifier, "days:5");
+    EXPECT_EQ(achievements->at(1).percentComplete, 100.0);
+
     // Badr: an account and three levels put him above her; her place as seen from his game.
     enter("badr");
     createAccount(badr);
