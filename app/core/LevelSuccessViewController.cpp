@@ -140,13 +140,8 @@ void LevelSuccessViewController::nextLevelAction() {
 
 void LevelSuccessViewController::goHomeAction() {
     SoundFactory::sharedInstance().playMenuTap();
-    QPointer<GameViewController> screen = playScreen;
     Platform::shared().navigator().dismissViewController();
-    if (Platform::shared().navigator().depth() > 1) {
-        Platform::shared().navigator().popToViewControllerAtIndex(1);
-    } else if (screen) {
-        screen->openCurrentLevel();
-    }
+    goBackToLevelsSelectorViewController();
 }
 
 void LevelSuccessViewController::goBackToLevelsSelectorViewController() {

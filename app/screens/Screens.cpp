@@ -19,47 +19,34 @@
 #include <QQmlContext>
 #include <QQmlEngine>
 
+namespace {
+// Every screen the navigator can make, with its identifier.
+template <class F> void forEachScreen(F&& f) {
+    f.template operator()<MainViewController>("MainViewController");
+    f.template operator()<RoundSelectorViewController>("RoundSelectorViewController");
+    f.template operator()<LevelSelectorViewController>("LevelSelectorViewController");
+    f.template operator()<GameViewController>("GameViewController");
+    f.template operator()<LevelSuccessViewController>("LevelSuccessViewController");
+    f.template operator()<RoundFinishViewController>("RoundFinishViewController");
+    f.template operator()<LoginViewController>("LoginViewController");
+    f.template operator()<LeaderboardViewController>("LeaderboardViewController");
+    f.template operator()<AccountViewController>("AccountViewController");
+    f.template operator()<CreditsViewController>("CreditsViewController");
+}
+} // namespace
+
 void registerScreens(Navigator& navigator) {
-    navigator.registerScreen(QStringLiteral("MainViewController"), [] { return new MainViewController(); });
-    navigator.registerScreen(QStringLiteral("RoundSelectorViewController"),
-                             [] { return new RoundSelectorViewController(); });
-    navigator.registerScreen(QStringLiteral("LevelSelectorViewController"),
-                             [] { return new LevelSelectorViewController(); });
-    navigator.registerScreen(QStringLiteral("GameViewController"), [] { return new GameViewController(); });
-    navigator.registerScreen(QStringLiteral("LevelSuccessViewController"),
-                             [] { return new LevelSuccessViewController(); });
-    navigator.registerScreen(QStringLiteral("CreditsViewController"),
-                             [] { return new CreditsViewController(); });
-    navigator.registerScreen(QStringLiteral("RoundFinishViewController"),
-                             [] { return new RoundFinishViewController(); });
-    navigator.registerScreen(QStringLiteral("LoginViewController"), [] { return new LoginViewController(); });
-    navigator.registerScreen(QStringLiteral("LeaderboardViewController"),
-                             [] { return new LeaderboardViewController(); });
-    navigator.registerScreen(QStringLiteral("AccountViewController"),
-                             [] { return new AccountViewController(); });
+    forEachScreen([&navigator]<class T>(const char* identifier) {
+        navigator.registerScreen(QString::fromLatin1(identifier), [] { return new T(); });
+    });
 }
 
 void registerQmlTypes() {
     const char* uri = "Tarvolin";
     qmlRegisterUncreatableType<ViewController>(uri, 1, 0, "ViewController", "made by the navigator");
-    qmlRegisterUncreatableType<GameViewController>(uri, 1, 0, "GameViewController", "made by the navigator");
-    qmlRegisterUncreatableType<LevelSuccessViewController>(uri, 1, 0, "LevelSuccessViewController",
-                                                           "made by the navigator");
-    qmlRegisterUncreatableType<MainViewController>(uri, 1, 0, "MainViewController", "made by the navigator");
-    qmlRegisterUncreatableType<RoundSelectorViewController>(uri, 1, 0, "RoundSelectorViewController",
-                                                            "made by the navigator");
-    qmlRegisterUncreatableType<LevelSelectorViewController>(uri, 1, 0, "LevelSelectorViewController",
-                                                            "made by the navigator");
-    qmlRegisterUncreatableType<RoundFinishViewController>(uri, 1, 0, "RoundFinishViewController",
-                                                          "made by the navigator");
-    qmlRegisterUncreatableType<LoginViewController>(uri, 1, 0, "LoginViewController",
-                                                    "made by the navigator");
-    qmlRegisterUncreatableType<LeaderboardViewController>(uri, 1, 0, "LeaderboardViewController",
-                                                          "made by the navigator");
-    qmlRegisterUncreatableType<AccountViewController>(uri, 1, 0, "AccountViewController",
-                                                      "made by the navigator");
-    qmlRegisterUncreatableType<CreditsViewController>(uri, 1, 0, "CreditsViewController",
-                                                      "made by the navigator");
+    forEachScreen([uri]<class T>(const char* identifier) {
+        qmlRegisterUncreatableType<T>(uri, 1, 0, identifier, "made by the navigator");
+    });
     qmlRegisterUncreatableType<LetterLabel>(uri, 1, 0, "LetterLabel", "made by the board");
     qmlRegisterUncreatableType<SolutionBlock>(uri, 1, 0, "SolutionBlock", "made by the board");
     qmlRegisterUncreatableType<GameView>(uri, 1, 0, "GameView", "made by the board");
