@@ -61,7 +61,7 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
         QStringLiteral("open"),
         QStringLiteral(
             "Go on from the main screen to SCREEN: rounds, levels, play, solved (the current level just "
-            "solved), login or leaderboard."),
+            "solved), login, leaderboard or account."),
         QStringLiteral("SCREEN"));
     parser.addOptions({profile, screenshot, service, device, offline, dataDir, open});
 
@@ -102,9 +102,10 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
     options->profileRoot = parser.value(dataDir);
     options->open = parser.value(open);
     if (!options->open.isEmpty() &&
-        !QStringList{"rounds", "levels", "play", "solved", "login", "leaderboard"}.contains(options->open)) {
+        !QStringList{"rounds", "levels", "play", "solved", "login", "leaderboard", "account"}.contains(
+            options->open)) {
         err << "Unknown screen \"" << options->open
-            << "\": use rounds, levels, play, solved, login or leaderboard.\n";
+            << "\": use rounds, levels, play, solved, login, leaderboard or account.\n";
         *exitCode = 2;
         return false;
     }
@@ -229,10 +230,11 @@ void Application::openScreen(const QString& which) {
         main->loginToGameCenter();
         return;
     }
-    if (which == QLatin1String("leaderboard")) {
-        if (auto* board =
-                nav.instantiateViewControllerWithIdentifier(QStringLiteral("LeaderboardViewController"))) {
-            nav.presentViewController(board);
+    if (which == QLatin1String("leaderboard") || which == QLatin1String("account")) {
+        const QString id = which == QLatin1String("account") ? QStringLiteral("AccountViewController")
+                                                             : QStringLiteral("LeaderboardViewController");
+        if (auto* screen = nav.instantiateViewControllerWithIdentifier(id)) {
+            nav.presentViewController(screen);
         }
         return;
     }

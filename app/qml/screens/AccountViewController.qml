@@ -38,6 +38,7 @@ Item {
             width: parent.width
             spacing: 8 * screen.u
             Text {
+                width: parent.width
                 text: "طلبات الصداقة"
                 font.family: Theme.fontFamily
                 font.pixelSize: 17 * screen.u
@@ -45,6 +46,7 @@ Item {
                 color: Theme.gold
             }
             Text {
+                width: parent.width
                 visible: controller.requests.length === 0
                 text: "لا توجد طلبات جديدة"
                 font.family: Theme.fontFamily
@@ -107,6 +109,7 @@ Item {
                 height: 10
             }
             Text {
+                width: parent.width
                 text: "أصدقائي"
                 font.family: Theme.fontFamily
                 font.pixelSize: 17 * screen.u
@@ -114,6 +117,7 @@ Item {
                 color: Theme.gold
             }
             Text {
+                width: parent.width
                 visible: controller.friends.length === 0
                 text: "أضف أصدقاء من قائمة الأذكياء"
                 font.family: Theme.fontFamily

@@ -90,12 +90,14 @@ Item {
                 anchors.verticalCenter: parent.verticalCenter
                 spacing: 6 * screen.u
                 Text {
+                    width: parent.width
                     text: "رتبتك"
                     font.family: Theme.fontFamily
                     font.pixelSize: 13 * screen.u
                     color: "#bdb4e0"
                 }
                 Text {
+                    width: parent.width
                     objectName: "rankName"
                     text: controller.currentBadgeLabel
                     font.family: Theme.fontFamily
