@@ -12,6 +12,7 @@
 #include "progress/TutorialAlertsManager.h"
 #include "progress/UserStatsManager.h"
 #include "screens/ColorUtil.h"
+#include "screens/PresentationUtil.h"
 #include "screens/Util.h"
 
 #include <QDebug>
@@ -318,11 +319,7 @@ void GameViewController::displayHelpView() {
 }
 
 void GameViewController::openCredits() {
-    auto& nav = Platform::shared().navigator();
-    if (auto* credits =
-            nav.instantiateViewControllerWithIdentifier(QStringLiteral("CreditsViewController"))) {
-        nav.presentViewController(credits);
-    }
+    PresentationUtil::openCreditsViewController(this);
 }
 
 void GameViewController::dismissHelpAction() {

@@ -9,6 +9,7 @@
 #include "progress/CreditsManager.h"
 #include "progress/ScorePointsManager.h"
 #include "progress/UserStatsManager.h"
+#include "screens/PresentationUtil.h"
 #include "screens/Util.h"
 
 LevelSuccessViewController::LevelSuccessViewController(QObject* parent)
@@ -107,11 +108,7 @@ void LevelSuccessViewController::scoreLoaded() {
 
 void LevelSuccessViewController::openLeaderboardAction() {
     SoundFactory::sharedInstance().playMenuTap();
-    auto& nav = Platform::shared().navigator();
-    if (auto* board =
-            nav.instantiateViewControllerWithIdentifier(QStringLiteral("LeaderboardViewController"))) {
-        nav.presentViewController(board);
-    }
+    PresentationUtil::openLeaderboardViewController(this);
 }
 
 void LevelSuccessViewController::nextLevelAction() {

@@ -1,6 +1,7 @@
 #include "MainViewController.h"
 
 #include "ColorUtil.h"
+#include "PresentationUtil.h"
 #include "Util.h"
 #include "core/LevelManager.h"
 #include "multiplayer/GameCenterManager.h"
@@ -140,11 +141,7 @@ void MainViewController::scoreLoaded() {
 void MainViewController::openGameCenter() {
     SoundFactory::sharedInstance().playMenuTap();
     if (GameCenterManager::sharedInstance().currentStatus == QLatin1String("AUTHENTICATED")) {
-        auto& nav = Platform::shared().navigator();
-        if (auto* board =
-                nav.instantiateViewControllerWithIdentifier(QStringLiteral("LeaderboardViewController"))) {
-            nav.presentViewController(board);
-        }
+        PresentationUtil::openLeaderboardViewController(this);
         return;
     }
     Util::showMessageWithTitleOnDismiss(

@@ -1,0 +1,13 @@
+#pragma once
+
+class ViewController;
+
+// Opens the screens that are presented over the others, each by its identifier.
+class PresentationUtil {
+public:
+    static void openLeaderboardViewController(ViewController* presenting);
+    static void openCreditsViewController(ViewController* presenting);
+
+private:
+    static void present(const char* identifier);
+};
