@@ -9,6 +9,7 @@
 #include "multiplayer/AccountViewController.h"
 #include "multiplayer/LeaderboardViewController.h"
 #include "multiplayer/LoginViewController.h"
+#include "multiplayer/PlayerPhotoProvider.h"
 #include "platform/Platform.h"
 #include "screens/CreditsViewController.h"
 #include "screens/LevelSelectorViewController.h"
@@ -68,6 +69,7 @@ std::unique_ptr<QQmlApplicationEngine> createGameEngine() {
     ctx->setContextProperty(QStringLiteral("progressHud"), &platform.progressHud());
     ctx->setContextProperty(QStringLiteral("device"), &platform.device());
     ctx->setContextProperty(QStringLiteral("reachability"), &platform.reachability());
+    engine->addImageProvider(QStringLiteral("players"), new PlayerPhotoProvider());
     engine->load(QUrl(QStringLiteral("qrc:/qml/Main.qml")));
     if (engine->rootObjects().isEmpty()) {
         return nullptr;

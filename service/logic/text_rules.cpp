@@ -1,4 +1,6 @@
 #include "logic/text_rules.h"
+#include <cmath>
+#include <cstdio>
 
 #include <cstdint>
 #include <stdexcept>
@@ -205,11 +207,47 @@ std::string avatarSvg(std::string_view playerId, std::string_view displayName) {
             initial = std::string(displayName.substr(0, i));
         }
     }
-    int hue = static_cast<int>(h % 360);
+    // A hue from the identifier at saturation 55% and lightness 45%, written as #rrggbb: SVG readers that
+    // know only the basic colour forms (such as the game's) draw it too.
+    const double hue = static_cast<double>(h % 360);
+    const double sat = 0.55, light = 0.45;
+    const double chroma = (1.0 - std::fabs(2.0 * light - 1.0)) * sat;
+    const double x = chroma * (1.0 - std::fabs(std::fmod(hue / 60.0, 2.0) - 1.0));
+    const double m = light - chroma / 2.0;
+    double r = 0, g = 0, b = 0;
+    switch (static_cast<int>(hue / 60.0)) {
+    case 0:
+        r = chroma;
+        g = x;
+        break;
+    case 1:
+        r = x;
+        g = chroma;
+        break;
+    case 2:
+        g = chroma;
+        b = x;
+        break;
+    case 3:
+        g = x;
+        b = chroma;
+        break;
+    case 4:
+        r = x;
+        b = chroma;
+        break;
+    default:
+        r = chroma;
+        b = x;
+        break;
+    }
+    char colour[8];
+    std::snprintf(colour, sizeof colour, "#%02x%02x%02x", static_cast<int>(std::lround((r + m) * 255)),
+                  static_cast<int>(std::lround((g + m) * 255)), static_cast<int>(std::lround((b + m) * 255)));
     return "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"128\" height=\"128\" viewBox=\"0 0 128 128\">"
-           "<rect width=\"128\" height=\"128\" rx=\"24\" fill=\"hsl(" +
-           std::to_string(hue) +
-           ",55%,45%)\"/>"
+           "<rect width=\"128\" height=\"128\" rx=\"24\" fill=\"" +
+           std::string(colour) +
+           "\"/>"
            "<text x=\"64\" y=\"84\" font-size=\"64\" font-family=\"sans-serif\" text-anchor=\"middle\" "
            "fill=\"#ffffff\">" +
            escapeXml(initial) + "</text></svg>";

@@ -1,6 +1,7 @@
 #include "logic/text_rules.h"
 
 #include <gtest/gtest.h>
+#include <regex>
 
 using namespace tarvolin::logic;
 
@@ -73,4 +74,6 @@ TEST(Avatar, DependsOnTheIdentifierAndEscapesTheInitial) {
     EXPECT_EQ(a.find("<b>"), std::string::npos);
     EXPECT_NE(avatarSvg("T1", "x"), avatarSvg("T2", "x"));
     EXPECT_NE(avatarSvg("T1", "علي").find("ع"), std::string::npos);
+    // The colour is a plain #rrggbb, which every SVG reader draws.
+    EXPECT_TRUE(std::regex_search(avatarSvg("T1", "x"), std::regex("<rect[^>]*fill=\"#[0-9a-f]{6}\"")));
 }

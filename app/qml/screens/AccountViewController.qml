@@ -62,8 +62,8 @@ Item {
                     radius: 12
                     color: Theme.paper
                     Column {
-                        anchors.right: parent.right
-                        anchors.rightMargin: 12
+                        anchors.left: parent.left
+                        anchors.leftMargin: 12
                         anchors.verticalCenter: parent.verticalCenter
                         Text {
                             text: modelData.name
@@ -80,8 +80,8 @@ Item {
                         }
                     }
                     Row {
-                        anchors.left: parent.left
-                        anchors.leftMargin: 10
+                        anchors.right: parent.right
+                        anchors.rightMargin: 10
                         anchors.verticalCenter: parent.verticalCenter
                         spacing: 6
                         GameButton {
@@ -133,8 +133,8 @@ Item {
                     radius: 12
                     color: "#1fffffff"
                     Text {
-                        anchors.right: parent.right
-                        anchors.rightMargin: 12
+                        anchors.left: parent.left
+                        anchors.leftMargin: 12
                         anchors.verticalCenter: parent.verticalCenter
                         text: modelData.name
                         font.family: Theme.fontFamily

@@ -67,8 +67,8 @@ Item {
         border.color: Theme.gold
         border.width: 2
         Row {
-            anchors.right: parent.right
-            anchors.rightMargin: 14
+            anchors.left: parent.left
+            anchors.leftMargin: 14
             anchors.verticalCenter: parent.verticalCenter
             spacing: 10
             Text {
@@ -89,8 +89,8 @@ Item {
             }
         }
         Text {
-            anchors.left: parent.left
-            anchors.leftMargin: 14
+            anchors.right: parent.right
+            anchors.rightMargin: 14
             anchors.verticalCenter: parent.verticalCenter
             text: controller.localScoreText + " نقطة · من " + controller.totalText
             font.family: Theme.fontFamily
@@ -119,8 +119,8 @@ Item {
             color: modelData.isLocal ? "#fff1c9" : "#1fffffff"
             Text {
                 id: rankText
-                anchors.right: parent.right
-                anchors.rightMargin: 12
+                anchors.left: parent.left
+                anchors.leftMargin: 12
                 anchors.verticalCenter: parent.verticalCenter
                 width: 52 * screen.u
                 text: modelData.rank
@@ -129,9 +129,22 @@ Item {
                 font.bold: true
                 color: modelData.isLocal ? Theme.ink : Theme.gold
             }
+            Image {
+                id: avatar
+                objectName: "avatar" + index
+                anchors.left: rankText.right
+                anchors.leftMargin: 4
+                anchors.verticalCenter: parent.verticalCenter
+                width: 34 * screen.u
+                height: width
+                source: "image://players/" + modelData.playerID
+                sourceSize.width: 68
+                sourceSize.height: 68
+                asynchronous: true
+            }
             Text {
-                anchors.right: rankText.left
-                anchors.rightMargin: 8
+                anchors.left: avatar.right
+                anchors.leftMargin: 8
                 anchors.verticalCenter: parent.verticalCenter
                 text: modelData.name
                 font.family: Theme.fontFamily
@@ -139,8 +152,8 @@ Item {
                 color: modelData.isLocal ? Theme.ink : "#ffffff"
             }
             Row {
-                anchors.left: parent.left
-                anchors.leftMargin: 10
+                anchors.right: parent.right
+                anchors.rightMargin: 10
                 anchors.verticalCenter: parent.verticalCenter
                 spacing: 8
                 Rectangle {

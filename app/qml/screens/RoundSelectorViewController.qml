@@ -56,8 +56,8 @@ Item {
 
             Image {
                 id: rowBadge
-                anchors.right: parent.right
-                anchors.rightMargin: 10 * screen.u
+                anchors.left: parent.left
+                anchors.leftMargin: 10 * screen.u
                 anchors.verticalCenter: parent.verticalCenter
                 width: 64 * screen.u
                 height: width
@@ -68,10 +68,10 @@ Item {
                 mipmap: true
             }
             Column {
-                anchors.right: rowBadge.left
-                anchors.rightMargin: 10 * screen.u
-                anchors.left: side.right
-                anchors.leftMargin: 8 * screen.u
+                anchors.left: rowBadge.right
+                anchors.leftMargin: 10 * screen.u
+                anchors.right: side.left
+                anchors.rightMargin: 8 * screen.u
                 anchors.verticalCenter: parent.verticalCenter
                 spacing: 4 * screen.u
                 Row {
@@ -129,8 +129,8 @@ Item {
             // The leaderboard place held in that round, or the lock.
             Item {
                 id: side
-                anchors.left: parent.left
-                anchors.leftMargin: 12 * screen.u
+                anchors.right: parent.right
+                anchors.rightMargin: 12 * screen.u
                 anchors.verticalCenter: parent.verticalCenter
                 width: 62 * screen.u
                 height: parent.height - 20
