@@ -617,11 +617,7 @@ void GameViewController::handleNoEnoughCredits() {
 
 void GameViewController::openStore(QObject*) {
     SoundFactory::sharedInstance().playMenuTap();
-    if (Outreach::store) {
-        Outreach::store->openInAppStore(this);
-    } else {
-        Outreach::showUnavailable(QStringLiteral("المتجر"));
-    }
+    PresentationUtil::openInAppStore(this);
 }
 
 void GameViewController::revealLetter(QObject*) {

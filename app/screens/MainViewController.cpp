@@ -5,7 +5,6 @@
 #include "Util.h"
 #include "core/LevelManager.h"
 #include "multiplayer/GameCenterManager.h"
-#include "outreach/Outreach.h"
 #include "outreach/SoundFactory.h"
 #include "platform/Platform.h"
 #include "progress/CreditsManager.h"
@@ -176,9 +175,5 @@ void MainViewController::startAction() {
 
 void MainViewController::openStore() {
     SoundFactory::sharedInstance().playMenuTap();
-    if (Outreach::store) {
-        Outreach::store->openInAppStore(this);
-    } else {
-        Outreach::showUnavailable(QStringLiteral("المتجر"));
-    }
+    PresentationUtil::openInAppStore(this);
 }

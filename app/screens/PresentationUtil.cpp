@@ -1,5 +1,6 @@
 #include "PresentationUtil.h"
 
+#include "outreach/Outreach.h"
 #include "platform/Platform.h"
 
 void PresentationUtil::present(const char* identifier) {
@@ -14,4 +15,12 @@ void PresentationUtil::openLeaderboardViewController(ViewController*) {
 }
 void PresentationUtil::openCreditsViewController(ViewController*) {
     present("CreditsViewController");
+}
+
+void PresentationUtil::openInAppStore(ViewController* presenting) {
+    if (Outreach::store) {
+        Outreach::store->openInAppStore(presenting);
+    } else {
+        Outreach::showUnavailable(QStringLiteral("المتجر"));
+    }
 }

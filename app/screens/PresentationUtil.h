@@ -5,6 +5,8 @@ class ViewController;
 // Opens the screens that are presented over the others, each by its identifier.
 class PresentationUtil {
 public:
+    // The store, or the word that it is not available yet.
+    static void openInAppStore(ViewController* presenting);
     static void openLeaderboardViewController(ViewController* presenting);
     static void openCreditsViewController(ViewController* presenting);
 

@@ -8,13 +8,7 @@ Item {
     property QtObject controller
     anchors.fill: parent
 
-    Rectangle {
-        anchors.fill: parent
-        gradient: Gradient {
-            GradientStop { position: 0.0; color: Theme.backgroundTop }
-            GradientStop { position: 1.0; color: Theme.backgroundBottom }
-        }
-    }
+    Background {}
 
     // Top bar: back, the level's number, gold and skips.
     Rectangle {

@@ -9,13 +9,7 @@ Item {
     anchors.fill: parent
     readonly property real u: Math.min(width / 375, height / 667)
 
-    Rectangle {
-        anchors.fill: parent
-        gradient: Gradient {
-            GradientStop { position: 0.0; color: Theme.backgroundTop }
-            GradientStop { position: 1.0; color: Theme.backgroundBottom }
-        }
-    }
+    Background {}
     MouseArea {
         anchors.fill: parent
     }
