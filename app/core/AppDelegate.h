@@ -19,6 +19,10 @@ public:
     // A local notification is a map with "alertBody" and "userInfo" (itself a map with "type").
     void applicationDidReceiveLocalNotification(const QVariantMap& notification);
     void handleReceivingLocalNotification(const QVariantMap& notification);
+    // Asks for the usage bonuses due by the server's date and pays them. Called on a worker thread, it takes
+    // the payment and the congratulation to the main thread; called on the main thread it pays and says
+    // nothing.
+    static void checkForEntitledBonuses();
 
     bool isPenaltyMessageShown = false;
     int applicationIconBadgeNumber() const { return m_badge; }
@@ -27,7 +31,11 @@ public:
     static inline const QString kPenaltyMessage =
         QStringLiteral("لم تربح جائزة الاستخدام اليومي بسبب مشكلة بالاتصال.. يرجى المحاولة لاحقا");
     static inline const QString kPenaltyTitle = QStringLiteral("جائزة الاستخدام اليومي");
+    static inline const QString kBonusTitle = QStringLiteral("مبروووك");
 
 private:
+    // No connection: the player hears once per run that the day's prize is lost.
+    void showPenaltyMessageOnce();
+
     int m_badge = 0;
 };

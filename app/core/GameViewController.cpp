@@ -9,6 +9,7 @@
 #include "progress/CreditsManager.h"
 #include "progress/RankManager.h"
 #include "progress/ScorePointsManager.h"
+#include "progress/SessionManager.h"
 #include "progress/TutorialAlertsManager.h"
 #include "progress/UserStatsManager.h"
 #include "screens/ColorUtil.h"
@@ -473,8 +474,8 @@ void GameViewController::onTimerTick() {
     // Fifty seconds into a period, now and then, the share view is suggested to a player of a few sessions.
     if (std::fabs(static_cast<double>(currentTick) - 50.0) < 0.05) {
         const std::uint32_t r = arc4random();
-        if (r % 5 == 2 && Outreach::sessions && Outreach::sessions->activeSessions() >= 5 &&
-            Outreach::sessions->activeSessions() <= 15) {
+        const qint64 sessions = SessionManager::sharedInstance().activeSessions();
+        if (r % 5 == 2 && sessions >= 5 && sessions <= 15) {
             shareLevelWithFriends(nullptr);
         }
     }
@@ -710,8 +711,8 @@ void GameViewController::videoAdFailedToLoad() {
 }
 
 void GameViewController::videoWatchedAction() {
-    Sessions* sessions = Outreach::sessions;
-    if (sessions && sessions->videoRewardsCount() >= kVideoRewardsPerSession) {
+    SessionManager& sessions = SessionManager::sharedInstance();
+    if (sessions.videoRewardsCount() >= kVideoRewardsPerSession) {
         Util::showMessageWithTitle(QStringLiteral("يمكنك المحاولة لاحقا بعد حوالي نصف ساعة أو أقل"),
                                    QStringLiteral("لم يتبقى لديك جوائز مشاهدة فيديو في هذه الجلسة"));
         return;
@@ -726,9 +727,7 @@ void GameViewController::videoWatchedAction() {
     Util::showMessageWithTitle(QStringLiteral("لقد ربحت %1 قطعة ذهبية").arg(kVideoRewardCredits),
                                QStringLiteral("قطع ذهب مجانية"));
     videoRewardedCount += 1;
-    if (sessions) {
-        sessions->setVideoRewardsCount(sessions->videoRewardsCount() + 1);
-    }
+    sessions.setVideoRewardsCount(sessions.videoRewardsCount() + 1);
 }
 
 void GameViewController::shareLevelWithFriends(QObject*) {

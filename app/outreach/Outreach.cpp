@@ -5,14 +5,12 @@
 AdPacing* Outreach::ads = nullptr;
 Sharing* Outreach::sharing = nullptr;
 Reminders* Outreach::reminders = nullptr;
-Sessions* Outreach::sessions = nullptr;
 Store* Outreach::store = nullptr;
 
 void Outreach::clear() {
     ads = nullptr;
     sharing = nullptr;
     reminders = nullptr;
-    sessions = nullptr;
     store = nullptr;
 }
 

@@ -38,6 +38,10 @@ public:
     virtual qint64 levelsShared() const = 0;
     virtual void incrementLevelsShared() = 0;
     virtual QString appStoreLink() const = 0;
+    // What the tasks ask: a share of the game completed, the rate page opened, the maker's page opened.
+    virtual bool isAppShared() const = 0;
+    virtual bool isAppRated() const = 0;
+    virtual bool isOurAppsOpened() const = 0;
 };
 
 // Local notifications, for the wait option.
@@ -52,15 +56,6 @@ public:
     virtual void setCurrentWaitMinutes(qint64 minutes) = 0;
 };
 
-// The session's counts that the play screen reads.
-class Sessions {
-public:
-    virtual ~Sessions() = default;
-    virtual qint64 activeSessions() const = 0;
-    virtual qint64 videoRewardsCount() const = 0;
-    virtual void setVideoRewardsCount(qint64 count) = 0;
-};
-
 // The store screen.
 class Store {
 public:
@@ -68,14 +63,13 @@ public:
     virtual void openInAppStore(ViewController* presenting) = 0;
 };
 
-// The managers behind ads, sharing, reminders, sessions and the store register here when they start; while
+// The managers behind ads, sharing, reminders and the store register here when they start; while
 // one is missing, the features that need it tell the player they are not available.
 class Outreach {
 public:
     static AdPacing* ads;
     static Sharing* sharing;
     static Reminders* reminders;
-    static Sessions* sessions;
     static Store* store;
     static void clear();
 

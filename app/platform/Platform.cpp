@@ -1,5 +1,7 @@
 #include "Platform.h"
 
+#include "Dispatch.h"
+
 #include <QDebug>
 
 namespace {
@@ -34,12 +36,17 @@ void Platform::install(Services services) {
     if (!services.gameService) {
         services.gameService = std::make_unique<GameService>(QUrl(QStringLiteral("http://127.0.0.1:8470")));
     }
+    if (!services.web) {
+        services.web = std::make_unique<QtWebClient>();
+    }
     Q_ASSERT(services.userDefaults);
     slot().reset(new Platform(std::move(services)));
 }
 
 void Platform::uninstall() {
     if (slot()) {
+        // Work on the worker threads uses the platform: it ends first.
+        Dispatch::waitForGlobal();
         // Screens go first: their destructors may still ask for platform services.
         slot()->m_navigator.reset();
         slot().reset();

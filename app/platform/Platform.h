@@ -11,6 +11,7 @@
 #include "Reachability.h"
 #include "Scheduler.h"
 #include "UserDefaults.h"
+#include "WebClient.h"
 #include "gamekit/GameService.h"
 
 #include <memory>
@@ -29,6 +30,7 @@ public:
         std::unique_ptr<Device> device;
         std::unique_ptr<Audio> audio;
         std::unique_ptr<GameService> gameService;
+        std::unique_ptr<WebClient> web;
     };
 
     static void install(Services services);
@@ -45,6 +47,7 @@ public:
     Device& device() { return *m_services.device; }
     Audio& audio() { return *m_services.audio; }
     GameService& gameService() { return *m_services.gameService; }
+    WebClient& web() { return *m_services.web; }
     Alerts& alerts() { return m_alerts; }
     ProgressHud& progressHud() { return m_hud; }
     Navigator& navigator() { return *m_navigator; }

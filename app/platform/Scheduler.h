@@ -3,6 +3,7 @@
 #include <QDateTime>
 #include <QHash>
 #include <QObject>
+#include <QTimeZone>
 #include <functional>
 #include <memory>
 
@@ -14,6 +15,8 @@ class Scheduler {
 public:
     virtual ~Scheduler() = default;
     virtual QDateTime now() const = 0;
+    // The zone whose calendar days count: where a day begins and ends for the player.
+    virtual QTimeZone timeZone() const { return QTimeZone::systemTimeZone(); }
     // Runs `callback` once after `seconds` on the main thread; returns an id for cancel().
     virtual quint64 schedule(double seconds, std::function<void()> callback) = 0;
     virtual void cancel(quint64 id) = 0;

@@ -1,6 +1,10 @@
 #include "UserStatsManager.h"
 
+#include "AchievementManager.h"
+#include "RankManager.h"
+#include "SessionManager.h"
 #include "core/LevelManager.h"
+#include "multiplayer/GameCenterManager.h"
 #include "platform/Platform.h"
 #include "platform/SharedInstances.h"
 #include "screens/Util.h"
@@ -8,6 +12,22 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <limits>
+
+namespace {
+const QString kCreditsUsedKey = QStringLiteral("creditsUsed");
+const QString kSkipsUsedKey = QStringLiteral("skipsUsed");
+const QString kExchangeSentKey = QStringLiteral("totalExchangeSent");
+const QString kExchangeReceivedKey = QStringLiteral("totalExchangeReceived");
+const QString kWinsKey = QStringLiteral("totalWins");
+const QString kDrawsKey = QStringLiteral("totalDraws");
+const QString kLossesKey = QStringLiteral("totalLosses");
+const QString kBattlePointsKey = QStringLiteral("totalBattlePoints");
+const QString kWikiKey = QStringLiteral("wikiRead");
+const QString kTimeTraveledKey = QStringLiteral("timeTraveled");
+const QString kFlyOverKey = QStringLiteral("flyOverPassed");
+const QString kTrainingsKey = QStringLiteral("trainingsTaken");
+} // namespace
 
 UserStatsManager& UserStatsManager::sharedInstance() {
     return Shared<UserStatsManager>::instance();
@@ -15,10 +35,23 @@ UserStatsManager& UserStatsManager::sharedInstance() {
 
 void UserStatsManager::loadData() {
     auto& defaults = Platform::shared().userDefaults();
-    m_creditsUsed = defaults.integerForKey(QStringLiteral("creditsUsed"));
-    m_skipsUsed = defaults.integerForKey(QStringLiteral("skipsUsed"));
-    const QByteArray levels = defaults.stringForKey(QStringLiteral("dailyLevels")).toUtf8();
-    const QByteArray ranks = defaults.stringForKey(QStringLiteral("dailyRanks")).toUtf8();
+    m_creditsUsed = defaults.integerForKey(kCreditsUsedKey);
+    m_skipsUsed = defaults.integerForKey(kSkipsUsedKey);
+    m_totalExchangeSent = defaults.integerForKey(kExchangeSentKey);
+    m_totalExchangeReceived = defaults.integerForKey(kExchangeReceivedKey);
+    m_totalWins = defaults.integerForKey(kWinsKey);
+    m_totalDraws = defaults.integerForKey(kDrawsKey);
+    m_totalLosses = defaults.integerForKey(kLossesKey);
+    m_totalBattlePoints = defaults.integerForKey(kBattlePointsKey);
+    m_wikipediaRead = defaults.integerForKey(kWikiKey);
+    m_timeTraveled = defaults.integerForKey(kTimeTraveledKey);
+    m_flyOverPassed = defaults.integerForKey(kFlyOverKey);
+    // "trainingsTaken" is not read back: the figure starts at 0 with every run.
+
+    m_dailyCompletedLevels.clear();
+    m_dailyGamecenterRanks.clear();
+    const QByteArray levels = defaults.stringForKey(kDailyLevelsKey).toUtf8();
+    const QByteArray ranks = defaults.stringForKey(kDailyRanksKey).toUtf8();
     // An unreadable series loses both, together.
     if ((!levels.isEmpty() && !unarchiveRecords(levels, &m_dailyCompletedLevels)) ||
         (!ranks.isEmpty() && !unarchiveRecords(ranks, &m_dailyGamecenterRanks))) {
@@ -26,32 +59,84 @@ void UserStatsManager::loadData() {
         m_dailyCompletedLevels.clear();
         m_dailyGamecenterRanks.clear();
     }
+
+    const SessionManager& sessions = SessionManager::sharedInstance();
+    if (sessions.isNewActiveDay()) {
+        const QDateTime now = Platform::shared().scheduler().now();
+        m_dailyCompletedLevels.append({sessions.acitveDays(), now, 0});
+        saveSeries(m_dailyCompletedLevels, kDailyLevelsKey);
+        const GameCenterManager& gc = GameCenterManager::sharedInstance();
+        if (gc.isPlayerScoreLoaded) {
+            m_dailyGamecenterRanks.append({sessions.acitveDays(), now, gc.playerRank});
+            saveSeries(m_dailyGamecenterRanks, kDailyRanksKey);
+        }
+    }
+}
+
+void UserStatsManager::addToCounter(qint64& field, const QString& key, qint64 amount) {
+    field += amount;
+    auto& defaults = Platform::shared().userDefaults();
+    defaults.setIntegerForKey(field, key);
+    defaults.synchronize();
 }
 
 void UserStatsManager::incrementCreditsUsedBy(qint64 amount) {
-    m_creditsUsed += amount;
-    auto& defaults = Platform::shared().userDefaults();
-    defaults.setIntegerForKey(m_creditsUsed, QStringLiteral("creditsUsed"));
-    defaults.synchronize();
+    addToCounter(m_creditsUsed, kCreditsUsedKey, amount);
+}
+void UserStatsManager::incrementSkipsUsed() {
+    addToCounter(m_skipsUsed, kSkipsUsedKey, 1);
+}
+void UserStatsManager::incrementTotalExchangeSent(qint64 amount) {
+    addToCounter(m_totalExchangeSent, kExchangeSentKey, amount);
+}
+void UserStatsManager::incrementTotalExchangeReceived(qint64 amount) {
+    addToCounter(m_totalExchangeReceived, kExchangeReceivedKey, amount);
+}
+void UserStatsManager::incrementTotalWins() {
+    addToCounter(m_totalWins, kWinsKey, 1);
+    modifyTotalBattlePoints(RankManager::sharedInstance().getBattleWinPoints());
+}
+void UserStatsManager::incrementTotalDraws() {
+    addToCounter(m_totalDraws, kDrawsKey, 1);
+    modifyTotalBattlePoints(RankManager::sharedInstance().getBattleDrawPoints());
+}
+void UserStatsManager::incrementTotalLosses() {
+    addToCounter(m_totalLosses, kLossesKey, 1);
+    modifyTotalBattlePoints(RankManager::sharedInstance().getBattleLossPoints());
+}
+void UserStatsManager::modifyTotalBattlePoints(qint64 delta) {
+    addToCounter(m_totalBattlePoints, kBattlePointsKey, delta);
+}
+void UserStatsManager::incrementWikipediaRead() {
+    addToCounter(m_wikipediaRead, kWikiKey, 1);
+}
+void UserStatsManager::incrementTimeTraveled() {
+    addToCounter(m_timeTraveled, kTimeTraveledKey, 1);
+}
+void UserStatsManager::incrementFlyOverPassed() {
+    addToCounter(m_flyOverPassed, kFlyOverKey, 1);
+}
+void UserStatsManager::incrementTrainingsTaken() {
+    addToCounter(m_totalTrainingsTaken, kTrainingsKey, 1);
 }
 
-void UserStatsManager::incrementSkipsUsed() {
-    m_skipsUsed += 1;
-    auto& defaults = Platform::shared().userDefaults();
-    defaults.setIntegerForKey(m_skipsUsed, QStringLiteral("skipsUsed"));
-    defaults.synchronize();
+void UserStatsManager::recordForToday(QList<StatRecord>& series, bool add, qint64 value) {
+    const QDateTime now = Platform::shared().scheduler().now();
+    if (!series.isEmpty() && Util::isTwoDatesSameDay(series.last().date, now)) {
+        series.last().value = add ? series.last().value + value : value;
+    } else {
+        series.append({SessionManager::sharedInstance().acitveDays(), now, value});
+    }
 }
 
 void UserStatsManager::incrementCompletedLevelsForCurrentDay() {
-    const QDateTime now = Platform::shared().scheduler().now();
-    if (!m_dailyCompletedLevels.isEmpty() &&
-        Util::isTwoDatesSameDay(m_dailyCompletedLevels.last().date, now)) {
-        m_dailyCompletedLevels.last().value += 1;
-    } else {
-        // The record's day number is the count of active days, which the session bookkeeping will provide.
-        m_dailyCompletedLevels.append({0, now, 1});
-    }
-    saveDailyLevels();
+    recordForToday(m_dailyCompletedLevels, true, 1);
+    saveSeries(m_dailyCompletedLevels, kDailyLevelsKey);
+}
+
+void UserStatsManager::updateGamecenterRankForCurrentDay(qint64 position) {
+    recordForToday(m_dailyGamecenterRanks, false, position);
+    saveSeries(m_dailyGamecenterRanks, kDailyRanksKey);
 }
 
 qint64 UserStatsManager::getMaxCompletedLevelsInSingleDay() const {
@@ -71,23 +156,32 @@ QList<qint64> UserStatsManager::lastDays(const QList<StatRecord>& list, qint64 n
     return result;
 }
 
+QStringList UserStatsManager::dayLabels(const QList<StatRecord>& list) {
+    QStringList labels;
+    const qsizetype n = std::max<qsizetype>(list.size(), 10);
+    for (qsizetype i = 0; i < n; ++i) {
+        labels.append(QString::number(i));
+    }
+    return labels;
+}
+
 QList<qint64> UserStatsManager::getCompletedLevelsForLastDays(qint64 n) const {
     return lastDays(m_dailyCompletedLevels, n);
 }
-
+QList<qint64> UserStatsManager::getCompletedLevelsForAllDays() const {
+    return lastDays(m_dailyCompletedLevels, std::max<qint64>(m_dailyCompletedLevels.size(), 10));
+}
+QStringList UserStatsManager::getCompletedLevelsForAllDaysLabels() const {
+    return dayLabels(m_dailyCompletedLevels);
+}
 QList<qint64> UserStatsManager::getGCRanksForLastDays(qint64 n) const {
     return lastDays(m_dailyGamecenterRanks, n);
 }
-
-void UserStatsManager::updateGamecenterRankForCurrentDay(qint64 position) {
-    const QDateTime now = Platform::shared().scheduler().now();
-    if (!m_dailyGamecenterRanks.isEmpty() &&
-        Util::isTwoDatesSameDay(m_dailyGamecenterRanks.last().date, now)) {
-        m_dailyGamecenterRanks.last().value = position;
-    } else {
-        m_dailyGamecenterRanks.append({0, now, position});
-    }
-    saveDailyRanks();
+QList<qint64> UserStatsManager::getGCRanksForAllDays() const {
+    return lastDays(m_dailyGamecenterRanks, std::max<qint64>(m_dailyGamecenterRanks.size(), 10));
+}
+QStringList UserStatsManager::getGCRanksForAllDaysLabels() const {
+    return dayLabels(m_dailyGamecenterRanks);
 }
 
 qint64 UserStatsManager::getBestRank() const {
@@ -111,13 +205,6 @@ qint64 UserStatsManager::getLast2DaysRank() const {
     return n < 2 ? 0 : m_dailyGamecenterRanks.at(n - 2).value;
 }
 
-void UserStatsManager::saveDailyRanks() {
-    auto& defaults = Platform::shared().userDefaults();
-    defaults.setStringForKey(QString::fromUtf8(archiveRecords(m_dailyGamecenterRanks)),
-                             QStringLiteral("dailyRanks"));
-    defaults.synchronize();
-}
-
 QString UserStatsManager::createPaddingStringWithDigits(qint64 value, qint64 digits) {
     QString s = QString::number(value);
     while (s.size() < digits) {
@@ -129,48 +216,88 @@ QString UserStatsManager::createPaddingStringWithDigits(qint64 value, qint64 dig
     return s;
 }
 
-qint64 UserStatsManager::generateGeneralUserStatsContextNumber() const {
+bool UserStatsManager::longHoldsDigits(qsizetype digits) {
+    return QString::number(std::numeric_limits<long>::max()).size() >= digits;
+}
+
+QString UserStatsManager::headFields() const {
     const qint64 level = LevelManager::sharedInstance().currentLevel() + 1;
-    // No achievement is won yet, and active days are counted once sessions are; a day is the least there is.
-    const qint64 achievements = 0 + 1;
-    const qint64 activeDays = 1;
-    const QString joined = createPaddingStringWithDigits(level, 4) +
-                           createPaddingStringWithDigits(achievements, 2) +
-                           createPaddingStringWithDigits(std::max<qint64>(activeDays, 1), 3) +
-                           createPaddingStringWithDigits(totalBattles(), 3) +
-                           createPaddingStringWithDigits(m_creditsUsed + 1, 5);
+    const qint64 achievements = AchievementManager::sharedInstance().getAchievedCount() + 1;
+    const qint64 activeDays = std::max<qint64>(SessionManager::sharedInstance().acitveDays(), 1);
+    return createPaddingStringWithDigits(level, 4) + createPaddingStringWithDigits(achievements, 2) +
+           createPaddingStringWithDigits(activeDays, 3);
+}
+
+qint64 UserStatsManager::generateGeneralUserStatsContextNumber() const {
+    QString joined = headFields();
+    if (longHoldsDigits(18)) {
+        joined += createPaddingStringWithDigits(totalBattles(), 3) +
+                  createPaddingStringWithDigits(m_creditsUsed + 1, 5);
+    }
     return joined.toLongLong();
 }
 
-QStringList UserStatsManager::breakGeneralContextNumber(qint64 number) {
+qint64 UserStatsManager::generateUserStatsContextNumberWithTimeTravel() const {
+    QString joined = headFields();
+    if (longHoldsDigits(15)) {
+        joined += createPaddingStringWithDigits(m_timeTraveled, 2) +
+                  createPaddingStringWithDigits(totalBattles(), 3);
+    }
+    return joined.toLongLong();
+}
+
+qint64 UserStatsManager::generateUserStatsContextNumberWithTrialsUsed() const {
+    QString joined = headFields();
+    if (longHoldsDigits(17)) {
+        joined += createPaddingStringWithDigits(m_totalTrainingsTaken, 3) +
+                  createPaddingStringWithDigits(m_creditsUsed + 1, 4);
+    }
+    return joined.toLongLong();
+}
+
+QStringList UserStatsManager::breakWithLayout(qint64 number, const Layout& layout) {
     QString s = QString::number(number);
-    qsizetype length = s.size();
+    const qsizetype length = s.size();
     if (length < 5) {
         return {};
     }
     if (length > 9) {
-        if (length > 17) {
+        if (length > layout.total) {
             return {};
         }
-        qsizetype h = length - 13;
-        if (h < 1) {
-            s = QStringLiteral("00000000000000000");
+        qsizetype h = length - (layout.total - 4);
+        if (h < 1 && layout.zeroFill) {
+            s = QString(layout.total, QLatin1Char('0'));
             h = 4;
         }
-        return {s.mid(0, h), s.mid(h, 2), s.mid(h + 2, 3), s.mid(h + 5, 3), s.mid(h + 8, 5)};
+        if (h < 0) {
+            return {};
+        }
+        const qsizetype w3 = layout.tailWidth3;
+        return {s.mid(0, h), s.mid(h, 2), s.mid(h + 2, 3), s.mid(h + 5, w3),
+                s.mid(h + 5 + w3, layout.tailWidth4)};
     }
     qsizetype h = length - 5;
-    if (h < 1) {
+    if (h < 1 && layout.zeroFill) {
         s = QStringLiteral("000000000");
         h = 4;
     }
     return {s.mid(0, h), s.mid(h, 2), s.mid(h + 2, 3)};
 }
 
-void UserStatsManager::saveDailyLevels() {
+QStringList UserStatsManager::breakGeneralContextNumber(qint64 number) {
+    return breakWithLayout(number, {17, 3, 5, true});
+}
+QStringList UserStatsManager::breakContextNumberWithTimeTravel(qint64 number) {
+    return breakWithLayout(number, {14, 2, 3, false});
+}
+QStringList UserStatsManager::breakContextNumberWithTrialsUsed(qint64 number) {
+    return breakWithLayout(number, {16, 3, 4, false});
+}
+
+void UserStatsManager::saveSeries(const QList<StatRecord>& series, const QString& key) {
     auto& defaults = Platform::shared().userDefaults();
-    defaults.setStringForKey(QString::fromUtf8(archiveRecords(m_dailyCompletedLevels)),
-                             QStringLiteral("dailyLevels"));
+    defaults.setStringForKey(QString::fromUtf8(archiveRecords(series)), key);
     defaults.synchronize();
 }
 
@@ -196,8 +323,7 @@ bool UserStatsManager::unarchiveRecords(const QByteArray& bytes, QList<StatRecor
         if (!v.isObject() || !o.value("day").isDouble() || !o.value("value").isDouble() || !date.isValid()) {
             return false;
         }
-        out.append({static_cast<qint64>(o.value("day").toDouble()), date,
-                    static_cast<qint64>(o.value("value").toDouble())});
+        out.append({o.value("day").toInteger(), date, o.value("value").toInteger()});
     }
     *records = std::move(out);
     return true;

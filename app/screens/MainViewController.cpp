@@ -7,6 +7,7 @@
 #include "multiplayer/GameCenterManager.h"
 #include "outreach/SoundFactory.h"
 #include "platform/Platform.h"
+#include "progress/AchievementManager.h"
 #include "progress/CreditsManager.h"
 #include "progress/RankManager.h"
 #include "progress/ScorePointsManager.h"
@@ -65,6 +66,12 @@ void MainViewController::viewWillAppear() {
     m_badgeName = rank.name;
     m_badgeDesc = rank.desc;
     m_badgeImage = rank.getBadge();
+    const auto& achievements = AchievementManager::sharedInstance();
+    m_completedAchmts = QStringLiteral("%1/%2")
+                            .arg(achievements.getAchievedCount())
+                            .arg(achievements.getTotalAchievementsCount());
+    const auto& stats = UserStatsManager::sharedInstance();
+    m_totalWins = QStringLiteral("%1 / %2").arg(stats.totalBattles()).arg(stats.totalWins());
     // Battles open after two solved levels, and stay open.
     if (levels.currentLevel() >= 2) {
         m_battleButtonVisible = true;

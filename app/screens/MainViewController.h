@@ -16,6 +16,8 @@ class MainViewController : public ViewController {
     Q_PROPERTY(QString currentBadgeLabel READ currentBadgeLabel NOTIFY labelsChanged)
     Q_PROPERTY(QString currentBadgeDesc READ currentBadgeDesc NOTIFY labelsChanged)
     Q_PROPERTY(QString currentBadgeImage READ currentBadgeImage NOTIFY labelsChanged)
+    Q_PROPERTY(QString completedAchmtsLabel READ completedAchmtsLabel NOTIFY labelsChanged)
+    Q_PROPERTY(QString totalWinsLabel READ totalWinsLabel NOTIFY labelsChanged)
     Q_PROPERTY(bool battleButtonVisible READ battleButtonVisible NOTIFY labelsChanged)
     Q_PROPERTY(QString notLoggedLabel READ notLoggedLabel NOTIFY labelsChanged)
     Q_PROPERTY(bool notLoggedVisible READ notLoggedVisible NOTIFY labelsChanged)
@@ -52,6 +54,8 @@ public:
     QString currentBadgeLabel() const { return m_badgeName; }
     QString currentBadgeDesc() const { return m_badgeDesc; }
     QString currentBadgeImage() const { return m_badgeImage; }
+    QString completedAchmtsLabel() const { return m_completedAchmts; }
+    QString totalWinsLabel() const { return m_totalWins; }
     bool battleButtonVisible() const { return m_battleButtonVisible; }
     QString notLoggedLabel() const { return m_notLogged; }
     bool notLoggedVisible() const { return m_notLoggedVisible; }
@@ -66,6 +70,7 @@ signals:
 
 private:
     QString m_skips, m_credits, m_level, m_round, m_points, m_badgeName, m_badgeDesc, m_badgeImage;
+    QString m_completedAchmts, m_totalWins;
     bool m_battleButtonVisible = false;
     QString m_notLogged;
     bool m_notLoggedVisible = true;

@@ -63,13 +63,20 @@ QColor Util::generateRandomColor() {
     return QColor::fromRgbF(r / 255.0f, g / 255.0f, b / 255.0f, 1.0f);
 }
 
+QDateTime Util::inPlayersZone(const QDateTime& date) {
+    if (!Platform::isInstalled()) {
+        return date.toLocalTime();
+    }
+    return date.toTimeZone(Platform::shared().scheduler().timeZone());
+}
+
 bool Util::isTwoDatesSameDay(const QDateTime& a, const QDateTime& b) {
-    return a.toLocalTime().date() == b.toLocalTime().date();
+    return inPlayersZone(a).date() == inPlayersZone(b).date();
 }
 
 qint64 Util::daysBetween(const QDateTime& from, const QDateTime& to) {
-    const QDateTime f = from.toLocalTime();
-    const QDateTime t = to.toLocalTime();
+    const QDateTime f = inPlayersZone(from);
+    const QDateTime t = inPlayersZone(to);
     qint64 days = f.date().daysTo(t.date());
     if (days > 0 && t.time() < f.time()) {
         --days;
@@ -128,7 +135,7 @@ QString Util::formatLongNumber(qint64 number) {
 }
 
 QString Util::formatDateWithFormat(const QDateTime& date, const QString& format) {
-    return QLocale::c().toString(date.toLocalTime(), format);
+    return QLocale::c().toString(inPlayersZone(date), format);
 }
 
 bool Util::isStringContainedInArray(const QString& text, const QStringList& array) {

@@ -38,7 +38,9 @@ public:
     }
     static QColor generateRandomColor();
 
-    // Same calendar day in the local time zone.
+    // The moment as the player's clock on the wall shows it (the platform's time zone).
+    static QDateTime inPlayersZone(const QDateTime& date);
+    // Same calendar day in the player's time zone; a daylight-saving change does not move a day's bounds.
     static bool isTwoDatesSameDay(const QDateTime& a, const QDateTime& b);
     // Whole days elapsed from `from` to `to`; negative when `to` is earlier.
     static qint64 daysBetween(const QDateTime& from, const QDateTime& to);

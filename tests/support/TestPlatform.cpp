@@ -1,12 +1,14 @@
 #include "TestPlatform.h"
 
 #include "outreach/Outreach.h"
+#include "platform/Dispatch.h"
 #include "platform/SharedInstances.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QEvent>
 #include <QFile>
+#include <QLocale>
 #include <cmath>
 
 ManualScheduler::ManualScheduler(QDateTime start) : m_now(std::move(start)) {}
@@ -38,6 +40,62 @@ void ManualScheduler::advance(double seconds) {
     }
     m_now = m_now.addMSecs(target - m_nowMs);
     m_nowMs = target;
+}
+
+void ManualScheduler::setNow(const QDateTime& now) {
+    m_nowMs += m_now.msecsTo(now);
+    m_now = now;
+}
+
+WebResponse ScriptedWebClient::sendSynchronousRequest(const QByteArray& method, const QUrl& url, int) {
+    QMutexLocker lock(&m_mutex);
+    ++m_requests;
+    m_lastMethod = QString::fromLatin1(method);
+    m_lastUrl = url;
+    if (m_always) {
+        return *m_always;
+    }
+    WebResponse none;
+    none.error = QStringLiteral("no answer scripted");
+    return none;
+}
+
+void ScriptedWebClient::answerAlways(WebResponse response) {
+    QMutexLocker lock(&m_mutex);
+    m_always = std::move(response);
+}
+
+void ScriptedWebClient::answerWithDate(const QDateTime& date) {
+    WebResponse r;
+    r.received = true;
+    r.status = 200;
+    if (date.isValid()) {
+        r.headers.insert("date", httpDate(date));
+    }
+    answerAlways(r);
+}
+
+void ScriptedWebClient::answerNothing() {
+    QMutexLocker lock(&m_mutex);
+    m_always.reset();
+}
+
+QByteArray ScriptedWebClient::httpDate(const QDateTime& date) {
+    return QLocale::c().toString(date.toUTC(), QStringLiteral("ddd, dd MMM yyyy HH:mm:ss")).toLatin1() +
+           " GMT";
+}
+
+int ScriptedWebClient::requests() const {
+    QMutexLocker lock(&m_mutex);
+    return m_requests;
+}
+QString ScriptedWebClient::lastMethod() const {
+    QMutexLocker lock(&m_mutex);
+    return m_lastMethod;
+}
+QUrl ScriptedWebClient::lastUrl() const {
+    QMutexLocker lock(&m_mutex);
+    return m_lastUrl;
 }
 
 void ManualAnimator::animateWithDurationAnimationsCompletion(double seconds, std::function<void()> changes,
@@ -88,6 +146,7 @@ void flushDeletes() {
 } // namespace
 
 TestPlatform::~TestPlatform() {
+    Dispatch::waitForGlobal();
     Outreach::clear();
     flushDeletes();
     SharedInstances::resetAll();
@@ -112,6 +171,9 @@ void TestPlatform::install() {
     services.random = std::move(random);
     services.reachability = std::make_unique<Reachability>(false);
     services.device = std::make_unique<Device>(m_device);
+    auto web = std::make_unique<ScriptedWebClient>();
+    m_web = web.get();
+    services.web = std::move(web);
     // Nothing listens on the discard port: a test that does not start a service gets a refused connection.
     services.gameService = std::make_unique<GameService>(QUrl(m_serviceUrl));
     Platform::install(std::move(services));
@@ -147,6 +209,7 @@ void TestPlatform::setServiceUrl(const QString& url) {
 }
 
 void TestPlatform::restart() {
+    Dispatch::waitForGlobal();
     flushDeletes();
     SharedInstances::resetAll();
     Platform::uninstall();

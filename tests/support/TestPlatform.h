@@ -2,10 +2,12 @@
 
 #include "platform/Platform.h"
 
+#include <QMutex>
 #include <QTemporaryDir>
 #include <deque>
 #include <map>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <vector>
 
@@ -19,6 +21,10 @@ class ManualScheduler : public Scheduler {
 public:
     explicit ManualScheduler(QDateTime start);
     QDateTime now() const override { return m_now; }
+    QTimeZone timeZone() const override { return m_zone; }
+    void setTimeZone(const QTimeZone& zone) { m_zone = zone; }
+    // Puts the clock at a moment; nothing due on the way runs.
+    void setNow(const QDateTime& now);
     quint64 schedule(double seconds, std::function<void()> callback) override;
     void cancel(quint64 id) override;
     // Moves the clock forward, running everything that falls due on the way.
@@ -27,10 +33,34 @@ public:
 
 private:
     QDateTime m_now;
+    QTimeZone m_zone = QTimeZone::systemTimeZone();
     qint64 m_nowMs = 0;
     quint64 m_nextId = 1;
     // (due time in ms, id) -> callback; the id keeps equal times in the order they were scheduled.
     std::map<std::pair<qint64, quint64>, std::function<void()>> m_queue;
+};
+
+// Web requests answered from a script, on whichever thread asks; what nothing was scripted for gets no
+// answer.
+class ScriptedWebClient : public WebClient {
+public:
+    WebResponse sendSynchronousRequest(const QByteArray& method, const QUrl& url, int timeoutMs) override;
+    // Every request from now on gets this answer.
+    void answerAlways(WebResponse response);
+    // A 200 with this Date header; an invalid moment means no header at all.
+    void answerWithDate(const QDateTime& date);
+    void answerNothing();
+    static QByteArray httpDate(const QDateTime& date);
+    int requests() const;
+    QString lastMethod() const;
+    QUrl lastUrl() const;
+
+private:
+    mutable QMutex m_mutex;
+    std::optional<WebResponse> m_always;
+    int m_requests = 0;
+    QString m_lastMethod;
+    QUrl m_lastUrl;
 };
 
 // Animations that end only when the test says so.
@@ -125,6 +155,7 @@ public:
     ManualAnimator& animator() { return *m_animator; }
     ScriptedRandom& random() { return *m_random; }
     RecordingAudio& audio() { return *m_audio; }
+    ScriptedWebClient& web() { return *m_web; }
     Reachability& reachability() { return Platform::shared().reachability(); }
     Alerts& alerts() { return Platform::shared().alerts(); }
     UserDefaults& defaults() { return Platform::shared().userDefaults(); }
@@ -145,4 +176,5 @@ private:
     ManualAnimator* m_animator = nullptr;
     ScriptedRandom* m_random = nullptr;
     RecordingAudio* m_audio = nullptr;
+    ScriptedWebClient* m_web = nullptr;
 };

@@ -9,6 +9,7 @@
 #include "progress/CreditsManager.h"
 #include "progress/RankManager.h"
 #include "progress/ScorePointsManager.h"
+#include "progress/SessionManager.h"
 #include "progress/UserStatsManager.h"
 #include "screens/Screens.h"
 
@@ -45,6 +46,9 @@ struct FakeSharing : Sharing {
     qint64 levelsShared() const override { return count; }
     void incrementLevelsShared() override { ++count; }
     QString appStoreLink() const override { return "https://example.invalid/tarvolin"; }
+    bool isAppShared() const override { return false; }
+    bool isAppRated() const override { return false; }
+    bool isOurAppsOpened() const override { return false; }
     void finish(const QString& activity) {
         auto done = std::move(pending);
         pending = nullptr;
@@ -73,13 +77,6 @@ struct FakeReminders : Reminders {
     qint64 delay = 0, wait = 0;
 };
 
-struct FakeSessions : Sessions {
-    qint64 activeSessions() const override { return active; }
-    qint64 videoRewardsCount() const override { return videos; }
-    void setVideoRewardsCount(qint64 c) override { videos = c; }
-    qint64 active = 1, videos = 0;
-};
-
 class Play : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -90,7 +87,6 @@ protected:
         Outreach::ads = &ads;
         Outreach::sharing = &sharing;
         Outreach::reminders = &reminders;
-        Outreach::sessions = &sessions;
     }
     void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
 
@@ -139,7 +135,6 @@ protected:
     FakeAds ads;
     FakeSharing sharing;
     FakeReminders reminders;
-    FakeSessions sessions;
 };
 
 TEST_F(Play, TimerOffersAtOneHundredAndTwoHundredThirtySecondsThenStops) {
@@ -188,13 +183,13 @@ TEST_F(Play, NoOfferWithoutAChanceOrWhileSomethingIsOnScreen) {
 }
 
 TEST_F(Play, ShareSuggestionFiftySecondsInForPlayersOfAFewSessions) {
-    sessions.active = 5;
+    SessionManager::sharedInstance().setActiveSessions(5);
     open(3, 0);
     platform.random().queue({7}); // 7 % 5 == 2
     platform.scheduler().advance(50.05);
     EXPECT_EQ(sharing.shared.size(), 1);
 
-    sessions.active = 16;
+    SessionManager::sharedInstance().setActiveSessions(16);
     open(4, 0);
     platform.random().queue({7});
     platform.scheduler().advance(50.05);
@@ -329,7 +324,7 @@ TEST_F(Play, VideoRewardsPerLevelAndPerSession) {
     EXPECT_EQ(CreditsManager::sharedInstance().currentCredits(), 150 + 8 * 25);
     Platform::shared().notificationCenter().postNotificationName(NotificationVideoWatched);
     EXPECT_EQ(titles(), QStringList{"لايوجد ذهب"});
-    EXPECT_EQ(sessions.videos, 8);
+    EXPECT_EQ(SessionManager::sharedInstance().videoRewardsCount(), 8);
 
     auto* next = open(4, 0);
     Platform::shared().notificationCenter().postNotificationName(NotificationVideoWatched);

@@ -211,6 +211,36 @@ Item {
             }
         }
 
+        // The tasks: how many of them are met.
+        Rectangle {
+            objectName: "achievementsView"
+            width: parent.width
+            height: 44 * screen.u
+            radius: 14 * screen.u
+            color: "#1affffff"
+            border.color: "#30ffffff"
+            Row {
+                anchors.centerIn: parent
+                spacing: 10 * screen.u
+                Text {
+                    text: "المهمات"
+                    font.family: Theme.fontFamily
+                    font.pixelSize: 14 * screen.u
+                    color: "#d9d2f5"
+                    anchors.verticalCenter: parent.verticalCenter
+                }
+                Text {
+                    objectName: "completedAchmtsLabel"
+                    text: controller.completedAchmtsLabel
+                    font.family: Theme.fontFamily
+                    font.pixelSize: 18 * screen.u
+                    font.bold: true
+                    color: Theme.gold
+                    anchors.verticalCenter: parent.verticalCenter
+                }
+            }
+        }
+
     }
 
     Column {

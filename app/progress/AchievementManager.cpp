@@ -1,0 +1,217 @@
+#include "AchievementManager.h"
+
+#include "BrainPowersManager.h"
+#include "CreditsManager.h"
+#include "GameAdditions.h"
+#include "RankManager.h"
+#include "SessionManager.h"
+#include "UserStatsManager.h"
+#include "multiplayer/GameCenterManager.h"
+#include "outreach/Outreach.h"
+#include "platform/Platform.h"
+#include "platform/SharedInstances.h"
+
+#include <algorithm>
+
+Achievement Achievement::initWithDescArray(const QVariantList& row) {
+    Achievement a;
+    a.rewardCount = row.value(0).toLongLong();
+    a.desc = row.value(2).toString();
+    a.calcString = row.value(1).toString();
+    a.id = a.calcString;
+    return a;
+}
+
+AchievementManager& AchievementManager::sharedInstance() {
+    return Shared<AchievementManager>::instance();
+}
+
+void AchievementManager::loadData() {
+    m_achievementList.clear();
+    QList<QVariantList> table = GameAdditions::getGameAchievementsData();
+    // Cheapest first; rows of equal gold keep the table's order.
+    std::stable_sort(table.begin(), table.end(), [](const QVariantList& a, const QVariantList& b) {
+        return a.value(0).toLongLong() < b.value(0).toLongLong();
+    });
+    const auto& defaults = Platform::shared().userDefaults();
+    for (const QVariantList& row : std::as_const(table)) {
+        Achievement a = Achievement::initWithDescArray(row);
+        a.isAchieved = defaults.boolForKey(kAchievedKeyFormat.arg(a.id));
+        a.isRewarded = defaults.boolForKey(kRewardedKeyFormat.arg(a.id));
+        m_achievementList.append(a);
+    }
+}
+
+bool AchievementManager::isCalcStringMet(const QString& calcString) const {
+    const QStringList parts = calcString.split(QLatin1Char(':'));
+    const QString key = parts.first();
+    const qint64 n = parts.size() == 2 ? parts.at(1).toLongLong() : 0;
+    if (key == QLatin1String("share")) {
+        return isGameShared();
+    }
+    if (key == QLatin1String("rate")) {
+        return isGameRated();
+    }
+    if (key == QLatin1String("ourgames")) {
+        return isOurGamesDownloaded();
+    }
+    if (key == QLatin1String("days")) {
+        return checkActiveDaysReached(n);
+    }
+    if (key == QLatin1String("levels")) {
+        return checkMaxLevelsPerDayReached(n);
+    }
+    if (key == QLatin1String("credits")) {
+        return checkUsedCreditsReached(n);
+    }
+    if (key == QLatin1String("gc")) {
+        return checkCurrentGameCenterRankReached(n);
+    }
+    if (key == QLatin1String("rank")) {
+        return checkRankReached(n);
+    }
+    if (key == QLatin1String("dailynotify")) {
+        return checkDailyRoutinesReached(n);
+    }
+    if (key == QLatin1String("shareLevel")) {
+        return checkLevelsSharedReached(n);
+    }
+    if (key == QLatin1String("battleWin")) {
+        return checkWonBattlesReached(n);
+    }
+    if (key == QLatin1String("wiki")) {
+        return checkWikiReadReached(n);
+    }
+    if (key == QLatin1String("fly")) {
+        return checkFlyOeverPassedReached(n);
+    }
+    if (key == QLatin1String("timeTravel")) {
+        return checkTimeTraveledReached(n);
+    }
+    static const QStringList powers{"brain", "mpower", "cpower", "fpower", "spower", "copower"};
+    const qsizetype power = powers.indexOf(key);
+    if (power >= 0) {
+        return checkBrainPowerReachedPercentage(power, static_cast<double>(n));
+    }
+    return false;
+}
+
+void AchievementManager::checkAndUpdateAchievements() {
+    for (Achievement& a : m_achievementList) {
+        if (!a.isAchieved && isCalcStringMet(a.calcString)) {
+            markAchievementAsAchieved(a);
+        }
+    }
+}
+
+void AchievementManager::markAchievementAsAchieved(Achievement& achievement) {
+    achievement.isAchieved = true;
+    auto& defaults = Platform::shared().userDefaults();
+    defaults.setBoolForKey(true, kAchievedKeyFormat.arg(achievement.id));
+    defaults.synchronize();
+}
+
+void AchievementManager::markAchievementAsRewarded(Achievement& achievement) {
+    achievement.isRewarded = true;
+    auto& defaults = Platform::shared().userDefaults();
+    defaults.setBoolForKey(true, kRewardedKeyFormat.arg(achievement.id));
+    defaults.synchronize();
+}
+
+qint64 AchievementManager::collectAchievementReward(const QString& id) {
+    for (Achievement& a : m_achievementList) {
+        if (a.id != id) {
+            continue;
+        }
+        if (!a.isAchieved || a.isRewarded) {
+            return 0;
+        }
+        markAchievementAsRewarded(a);
+        CreditsManager::sharedInstance().addCredits(a.rewardCount);
+        return a.rewardCount;
+    }
+    return 0;
+}
+
+qint64 AchievementManager::getAchievedCount() const {
+    return std::count_if(m_achievementList.begin(), m_achievementList.end(),
+                         [](const Achievement& a) { return a.isAchieved; });
+}
+
+bool AchievementManager::isThereUnRewardedAchievement() const {
+    return std::any_of(m_achievementList.begin(), m_achievementList.end(),
+                       [](const Achievement& a) { return a.isAchieved && !a.isRewarded; });
+}
+
+bool AchievementManager::isGameShared() const {
+    return Outreach::sharing && Outreach::sharing->isAppShared();
+}
+bool AchievementManager::isGameRated() const {
+    return Outreach::sharing && Outreach::sharing->isAppRated();
+}
+bool AchievementManager::isOurGamesDownloaded() const {
+    return Outreach::sharing && Outreach::sharing->isOurAppsOpened();
+}
+bool AchievementManager::checkActiveDaysReached(qint64 n) const {
+    return SessionManager::sharedInstance().acitveDays() >= n;
+}
+bool AchievementManager::checkMaxLevelsPerDayReached(qint64 n) const {
+    return UserStatsManager::sharedInstance().getMaxCompletedLevelsInSingleDay() >= n;
+}
+bool AchievementManager::checkUsedCreditsReached(qint64 n) const {
+    return UserStatsManager::sharedInstance().creditsUsed() >= n;
+}
+bool AchievementManager::checkCurrentGameCenterRankReached(qint64 n) const {
+    const qint64 rank = GameCenterManager::sharedInstance().playerRank;
+    // A brand-new player does not collect the whole family on the first day: three active days first.
+    return rank > 0 && SessionManager::sharedInstance().acitveDays() > 2 && rank <= n;
+}
+bool AchievementManager::checkRankReached(qint64 n) const {
+    return RankManager::sharedInstance().getCurrentRankIndex() >= n;
+}
+bool AchievementManager::checkDailyRoutinesReached(qint64 n) const {
+    return UserStatsManager::sharedInstance().totalTrainingsTaken() >= n;
+}
+bool AchievementManager::checkLevelsSharedReached(qint64 n) const {
+    return (Outreach::sharing ? Outreach::sharing->levelsShared() : 0) >= n;
+}
+bool AchievementManager::checkWonBattlesReached(qint64 n) const {
+    return UserStatsManager::sharedInstance().totalWins() >= n;
+}
+bool AchievementManager::checkWikiReadReached(qint64 n) const {
+    return UserStatsManager::sharedInstance().wikipediaRead() >= n;
+}
+bool AchievementManager::checkFlyOeverPassedReached(qint64 n) const {
+    return UserStatsManager::sharedInstance().flyOverPassed() >= n;
+}
+bool AchievementManager::checkTimeTraveledReached(qint64 n) const {
+    return UserStatsManager::sharedInstance().timeTraveled() >= n;
+}
+
+bool AchievementManager::checkBrainPowerReachedPercentage(qint64 power, double threshold) const {
+    const BrainPowersManager& brain = BrainPowersManager::sharedInstance();
+    float figure = 0.0f;
+    switch (power) {
+    case 0:
+        figure = brain.getTotalPercent();
+        break;
+    case 1:
+        figure = brain.getMemoryPercent();
+        break;
+    case 2:
+        figure = brain.getCalcPercent();
+        break;
+    case 3:
+        figure = brain.getFocusPercent();
+        break;
+    case 4:
+        figure = brain.getSightPercent();
+        break;
+    case 5:
+        figure = brain.getCoordPercent();
+        break;
+    default:
+        return false;
+    }
+    return figure >= static_cast<float>(threshold);
+}

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QList>
+#include <QVariantList>
+
+// What this product adds to the shared game: its table of achievements.
+class GameAdditions {
+public:
+    // A new list of rows, each {reward, calc string, text}, in the table's own order.
+    static QList<QVariantList> getGameAchievementsData();
+};
