@@ -17,18 +17,29 @@ WebResponse QtWebClient::sendSynchronousRequest(const QByteArray& method, const 
     QNetworkRequest request(url);
     request.setTransferTimeout(timeoutMs);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
-    QNetworkReply* reply = network.sendCustomRequest(request, method);
+    // HEAD and GET by name: a HEAD sent as a custom verb would wait for the body that never comes.
+    QNetworkReply* reply = method == "HEAD"  ? network.head(request)
+                           : method == "GET" ? network.get(request)
+                                             : network.sendCustomRequest(request, method);
     QEventLoop loop;
     QTimer limit;
     limit.setSingleShot(true);
-    QObject::connect(&limit, &QTimer::timeout, reply, &QNetworkReply::abort);
+    bool timedOut = false;
+    QObject::connect(&limit, &QTimer::timeout, reply, [reply, &timedOut] {
+        timedOut = true;
+        reply->abort();
+    });
     QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
     limit.start(timeoutMs);
     if (!reply->isFinished()) {
         loop.exec();
     }
     const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-    if (status.isValid()) {
+    // An answer cut off by the limit or the connection is no answer; an HTTP error status is one.
+    const QNetworkReply::NetworkError error = reply->error();
+    const bool transportFailed =
+        error != QNetworkReply::NoError && error < QNetworkReply::ContentAccessDenied;
+    if (status.isValid() && !timedOut && !transportFailed) {
         response.received = true;
         response.status = status.toInt();
         for (const auto& pair : reply->rawHeaderPairs()) {
@@ -36,7 +47,7 @@ WebResponse QtWebClient::sendSynchronousRequest(const QByteArray& method, const 
         }
         response.body = reply->readAll();
     } else {
-        response.error = limit.isActive() ? reply->errorString() : QStringLiteral("timed out");
+        response.error = timedOut ? QStringLiteral("timed out") : reply->errorString();
     }
     delete reply;
     return response;

@@ -2,6 +2,7 @@
 // login screen, solve levels, befriend each other and see each other on the leaderboard with the right ranks;
 // a restart keeps the login.
 #include "TestPlatform.h"
+#include "core/AppDelegate.h"
 #include "core/GameViewController.h"
 #include "core/LevelManager.h"
 #include "core/LevelSuccessViewController.h"
@@ -10,10 +11,15 @@
 #include "multiplayer/GameCenterManager.h"
 #include "multiplayer/LeaderboardViewController.h"
 #include "multiplayer/LoginViewController.h"
+#include "platform/Dispatch.h"
 #include "platform/gamekit/GKEventChannel.h"
 #include "platform/gamekit/GKLocalPlayer.h"
+#include "progress/BonusManager.h"
+#include "progress/CreditsManager.h"
 #include "progress/RankManager.h"
 #include "progress/ScorePointsManager.h"
+#include "progress/SessionManager.h"
+#include "progress/UserStatsManager.h"
 #include "screens/MainViewController.h"
 #include "screens/Screens.h"
 
@@ -287,6 +293,55 @@ TEST_F(TwoPlayers, RefusalsOfTheServiceReachTheLoginScreenInArabic) {
     login->cancel();
     EXPECT_EQ(nav.presentedViewController(), nullptr);
     EXPECT_EQ(GameCenterManager::sharedInstance().currentStatus, "LOGIN_CANCELLED");
+}
+
+TEST_F(TwoPlayers, TheDailyBonusIsPaidOncePerServerDayAndTheContextNumberTravels) {
+    platform.useRealWebClient();
+    // A start of the game: the bonus check runs on a worker; its gold and message reach the main thread.
+    const auto start = [this] {
+        enter("dana");
+        AppDelegate app;
+        const qint64 before = CreditsManager::sharedInstance().currentCredits();
+        app.applicationDidFinishLaunchingWithOptions({});
+        Dispatch::waitForGlobal();
+        QCoreApplication::sendPostedEvents();
+        QStringList shown;
+        while (Platform::shared().alerts().isVisible()) {
+            shown << Platform::shared().alerts().title() + "|" + Platform::shared().alerts().message();
+            Platform::shared().alerts().press(0);
+        }
+        return std::make_pair(CreditsManager::sharedInstance().currentCredits() - before, shown);
+    };
+
+    // The first start seeds the history with the service's date and pays nothing.
+    EXPECT_EQ(start(), std::make_pair(qint64(0), QStringList()));
+    ASSERT_EQ(BonusManager::sharedInstance().previousBonusList().size(), 1);
+    const QDateTime seeded = BonusManager::sharedInstance().previousBonusList().first().bonusDay;
+    ASSERT_TRUE(seeded.isValid());
+    EXPECT_LT(std::abs(seeded.secsTo(QDateTime::currentDateTimeUtc())), 120);
+    EXPECT_EQ(start(), std::make_pair(qint64(0), QStringList()));
+
+    // Had the last bonus been a day earlier, this start of the day pays it, once.
+    const QList<Bonus> yesterday{Bonus::initWithDayType(seeded.addDays(-1), Bonus::Daily)};
+    platform.defaults().setStringForKey(QString::fromUtf8(BonusManager::archiveBonuses(yesterday)),
+                                        BonusManager::kBonusListKey);
+    EXPECT_EQ(start(),
+              std::make_pair(qint64(25),
+                             QStringList{QStringLiteral("مبروووك|لقد ربحت 25 ذهبة بفضل استخدامك اليومي\n")}));
+    EXPECT_EQ(start(), std::make_pair(qint64(0), QStringList()));
+    EXPECT_EQ(SessionManager::sharedInstance().acitveDays(), 1);
+
+    // The first login's report carries the context number, and it comes back digit for digit.
+    createAccount(QStringLiteral("دانة"));
+    const qint64 context = UserStatsManager::sharedInstance().generateUserStatsContextNumber();
+    auto load = std::make_shared<GKLeaderboard>();
+    bool done = false;
+    load->loadScoresWithCompletionHandler([&done](auto, auto) { done = true; });
+    ASSERT_TRUE(QTest::qWaitFor([&done] { return done; }, 10000));
+    ASSERT_TRUE(load->localPlayerScore.has_value());
+    EXPECT_EQ(load->localPlayerScore->context, context);
+    EXPECT_EQ(UserStatsManager::breakContextNumber(load->localPlayerScore->context),
+              (QStringList{"1", "01", "001", "000", "00001"}));
 }
 
 } // namespace

@@ -171,9 +171,14 @@ void TestPlatform::install() {
     services.random = std::move(random);
     services.reachability = std::make_unique<Reachability>(false);
     services.device = std::make_unique<Device>(m_device);
-    auto web = std::make_unique<ScriptedWebClient>();
-    m_web = web.get();
-    services.web = std::move(web);
+    if (m_realWeb) {
+        m_web = nullptr;
+        services.web = std::make_unique<QtWebClient>();
+    } else {
+        auto web = std::make_unique<ScriptedWebClient>();
+        m_web = web.get();
+        services.web = std::move(web);
+    }
     // Nothing listens on the discard port: a test that does not start a service gets a refused connection.
     services.gameService = std::make_unique<GameService>(QUrl(m_serviceUrl));
     Platform::install(std::move(services));

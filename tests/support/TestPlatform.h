@@ -144,6 +144,9 @@ public:
     explicit TestPlatform(Device::Class device = Device::Phone);
     // The game service the platform talks to (by default an address where nothing answers).
     void setServiceUrl(const QString& url);
+    // From the next restart on, web requests go out for real (to a service on loopback) instead of the
+    // script.
+    void useRealWebClient() { m_realWeb = true; }
     ~TestPlatform();
 
     // Drops the managers and the platform, and installs them again on the same settings file: a restart.
@@ -155,6 +158,7 @@ public:
     ManualAnimator& animator() { return *m_animator; }
     ScriptedRandom& random() { return *m_random; }
     RecordingAudio& audio() { return *m_audio; }
+    // The scripted web client; not there after useRealWebClient().
     ScriptedWebClient& web() { return *m_web; }
     Reachability& reachability() { return Platform::shared().reachability(); }
     Alerts& alerts() { return Platform::shared().alerts(); }
@@ -177,4 +181,5 @@ private:
     ScriptedRandom* m_random = nullptr;
     RecordingAudio* m_audio = nullptr;
     ScriptedWebClient* m_web = nullptr;
+    bool m_realWeb = false;
 };

@@ -115,13 +115,24 @@ WebResponse requestFromWorker(const QByteArray& method, const QUrl& url, int tim
 }
 
 TEST(WebClient, ReadsStatusAndHeadersFromAWorkerThread) {
+    // A HEAD answer names the length of the body it does not send.
     LoopbackServer server(
-        "HTTP/1.1 200 OK\r\nDate: Sun, 22 Nov 2026 01:48:00 GMT\r\nContent-Length: 0\r\n\r\n");
-    const WebResponse r = requestFromWorker("HEAD", server.url(), 5000);
+        "HTTP/1.1 200 OK\r\nDate: Sun, 22 Nov 2026 01:48:00 GMT\r\nContent-Length: 17\r\n\r\n");
+    const WebResponse r = requestFromWorker("HEAD", server.url(), 2000);
     EXPECT_TRUE(r.received);
     EXPECT_EQ(r.status, 200);
     EXPECT_EQ(r.header("Date"), "Sun, 22 Nov 2026 01:48:00 GMT");
     EXPECT_TRUE(server.request().startsWith("HEAD / HTTP/1.1"));
+
+    LoopbackServer settings("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nservice=t");
+    EXPECT_EQ(requestFromWorker("GET", settings.url(), 2000).body, "service=t");
+    LoopbackServer missing("HTTP/1.1 404 Not Found\r\nContent-Length: 2\r\n\r\nno");
+    const WebResponse notFound = requestFromWorker("GET", missing.url(), 2000);
+    EXPECT_TRUE(notFound.received);
+    EXPECT_EQ(notFound.status, 404);
+    // A body cut short, by the server or by the limit, is no answer.
+    LoopbackServer cut("HTTP/1.1 200 OK\r\nContent-Length: 90\r\n\r\nservice=t");
+    EXPECT_FALSE(requestFromWorker("GET", cut.url(), 2000).received);
 }
 
 TEST(WebClient, NoAnswerIsNoResponse) {
