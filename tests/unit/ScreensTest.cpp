@@ -4,9 +4,12 @@
 #include "core/GameViewController.h"
 #include "core/LevelManager.h"
 #include "core/LevelsInfoReader.h"
+#include "progress/AchievementManager.h"
 #include "progress/CreditsManager.h"
 #include "progress/RankManager.h"
 #include "progress/ScorePointsManager.h"
+#include "progress/SessionManager.h"
+#include "progress/UserStatsManager.h"
 #include "screens/LevelSelectorViewController.h"
 #include "screens/MainViewController.h"
 #include "screens/RoundSelectorViewController.h"
@@ -74,6 +77,18 @@ TEST_F(Screens, MainScreenShowsWhereThePlayerStands) {
     m->viewWillAppear();
     EXPECT_EQ(m->currentBadgeLabel(), QStringLiteral("ممتاز"));
     EXPECT_EQ(m->currentBadgeImage(), "badge6.png");
+
+    // Tasks met out of all of them, and battles with their wins, as the last opening of the tasks left them.
+    EXPECT_EQ(m->completedAchmtsLabel(), "0/41");
+    EXPECT_EQ(m->totalWinsLabel(), "0 / 0");
+    SessionManager::sharedInstance().setAcitveDays(5);
+    AchievementManager::sharedInstance().checkAndUpdateAchievements();
+    UserStatsManager::sharedInstance().incrementTotalWins();
+    UserStatsManager::sharedInstance().incrementTotalLosses();
+    m->viewWillAppear();
+    // Two days' tasks, and at round 6 the first three rounds' tasks.
+    EXPECT_EQ(m->completedAchmtsLabel(), "5/41");
+    EXPECT_EQ(m->totalWinsLabel(), "2 / 1");
 }
 
 TEST_F(Screens, RoundsFinishedCurrentAndLocked) {

@@ -110,18 +110,20 @@ Item {
             }
         }
 
-        // Level, round and points.
+        // Level, round, points and the tasks met.
         Row {
+            id: figures
             anchors.horizontalCenter: parent.horizontalCenter
-            spacing: 10 * screen.u
+            spacing: 8 * screen.u
             Repeater {
                 model: [
                     { "caption": "المرحلة", "value": controller.currentLevelLabel, "name": "levelValue" },
                     { "caption": "الجولة", "value": controller.currentRoundLabel, "name": "roundValue" },
-                    { "caption": "النقاط", "value": controller.totalPointsLabel, "name": "pointsValue" }
+                    { "caption": "النقاط", "value": controller.totalPointsLabel, "name": "pointsValue" },
+                    { "caption": "المهمات", "value": controller.completedAchmtsLabel, "name": "completedAchmtsLabel" }
                 ]
                 delegate: Rectangle {
-                    width: 103 * screen.u
+                    width: (figures.parent.width - 3 * figures.spacing) / 4
                     height: 74 * screen.u
                     radius: 16 * screen.u
                     color: "#44000000"
@@ -134,7 +136,11 @@ Item {
                             anchors.horizontalCenter: parent.horizontalCenter
                             text: modelData.value
                             font.family: Theme.fontFamily
-                            font.pixelSize: 24 * screen.u
+                            font.pixelSize: 22 * screen.u
+                            fontSizeMode: Text.HorizontalFit
+                            minimumPixelSize: 12 * screen.u
+                            width: Math.min(implicitWidth, parent.parent.width - 8 * screen.u)
+                            horizontalAlignment: Text.AlignHCenter
                             font.bold: true
                             color: Theme.gold
                         }
@@ -208,36 +214,6 @@ Item {
             MouseArea {
                 anchors.fill: parent
                 onClicked: controller.notLoggedVisible ? controller.loginToGameCenterAction() : controller.openGameCenter()
-            }
-        }
-
-        // The tasks: how many of them are met.
-        Rectangle {
-            objectName: "achievementsView"
-            width: parent.width
-            height: 44 * screen.u
-            radius: 14 * screen.u
-            color: "#1affffff"
-            border.color: "#30ffffff"
-            Row {
-                anchors.centerIn: parent
-                spacing: 10 * screen.u
-                Text {
-                    text: "المهمات"
-                    font.family: Theme.fontFamily
-                    font.pixelSize: 14 * screen.u
-                    color: "#d9d2f5"
-                    anchors.verticalCenter: parent.verticalCenter
-                }
-                Text {
-                    objectName: "completedAchmtsLabel"
-                    text: controller.completedAchmtsLabel
-                    font.family: Theme.fontFamily
-                    font.pixelSize: 18 * screen.u
-                    font.bold: true
-                    color: Theme.gold
-                    anchors.verticalCenter: parent.verticalCenter
-                }
             }
         }
 
