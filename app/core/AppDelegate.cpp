@@ -27,7 +27,7 @@ bool AppDelegate::applicationDidFinishLaunchingWithOptions(const QVariantMap& /*
 
     isPenaltyMessageShown = false;
     if (Util::isConnected()) {
-        Dispatch::asyncGlobal(&AppDelegate::checkForEntitledBonuses);
+        dispatchBonusCheck();
     } else {
         showPenaltyMessageOnce();
     }
@@ -42,13 +42,19 @@ void AppDelegate::applicationWillEnterForeground() {
     if (sessions.isNewSession()) {
         // The bonus check is on its way before the session is counted.
         if (Util::isConnected()) {
-            Dispatch::asyncGlobal(&AppDelegate::checkForEntitledBonuses);
+            dispatchBonusCheck();
         } else if (!isPenaltyMessageShown) {
             showPenaltyMessageOnce();
         }
         sessions.checkAndLogSessionInfo();
     }
     setApplicationIconBadgeNumber(0);
+}
+
+void AppDelegate::dispatchBonusCheck() {
+    // The manager is made here, on the main thread, like every other; the check waits on the network.
+    BonusManager::sharedInstance();
+    Dispatch::asyncGlobal(&AppDelegate::checkForEntitledBonuses);
 }
 
 void AppDelegate::showPenaltyMessageOnce() {

@@ -36,6 +36,7 @@ public:
 private:
     // No connection: the player hears once per run that the day's prize is lost.
     void showPenaltyMessageOnce();
+    static void dispatchBonusCheck();
 
     int m_badge = 0;
 };
