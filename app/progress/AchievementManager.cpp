@@ -11,6 +11,7 @@
 #include "platform/Platform.h"
 #include "platform/SharedInstances.h"
 
+#include <QHash>
 #include <algorithm>
 
 Achievement Achievement::initWithDescArray(const QVariantList& row) {
@@ -43,8 +44,25 @@ void AchievementManager::loadData() {
 }
 
 bool AchievementManager::isCalcStringMet(const QString& calcString) const {
+    using Test = bool (AchievementManager::*)(qint64) const;
+    // The rules by key; a product's table picks its rows from them.
+    static const QHash<QString, Test> tests{
+        {"days", &AchievementManager::checkActiveDaysReached},
+        {"levels", &AchievementManager::checkMaxLevelsPerDayReached},
+        {"credits", &AchievementManager::checkUsedCreditsReached},
+        {"gc", &AchievementManager::checkCurrentGameCenterRankReached},
+        {"rank", &AchievementManager::checkRankReached},
+        {"dailynotify", &AchievementManager::checkDailyRoutinesReached},
+        {"shareLevel", &AchievementManager::checkLevelsSharedReached},
+        {"battleWin", &AchievementManager::checkWonBattlesReached},
+        {"wiki", &AchievementManager::checkWikiReadReached},
+        {"fly", &AchievementManager::checkFlyOeverPassedReached},
+        {"timeTravel", &AchievementManager::checkTimeTraveledReached},
+    };
+    static const QStringList powers{"brain", "mpower", "cpower", "fpower", "spower", "copower"};
+
     const QStringList parts = calcString.split(QLatin1Char(':'));
-    const QString key = parts.first();
+    const QString& key = parts.first();
     const qint64 n = parts.size() == 2 ? parts.at(1).toLongLong() : 0;
     if (key == QLatin1String("share")) {
         return isGameShared();
@@ -55,45 +73,11 @@ bool AchievementManager::isCalcStringMet(const QString& calcString) const {
     if (key == QLatin1String("ourgames")) {
         return isOurGamesDownloaded();
     }
-    if (key == QLatin1String("days")) {
-        return checkActiveDaysReached(n);
+    if (const auto it = tests.constFind(key); it != tests.constEnd()) {
+        return (this->*(*it))(n);
     }
-    if (key == QLatin1String("levels")) {
-        return checkMaxLevelsPerDayReached(n);
-    }
-    if (key == QLatin1String("credits")) {
-        return checkUsedCreditsReached(n);
-    }
-    if (key == QLatin1String("gc")) {
-        return checkCurrentGameCenterRankReached(n);
-    }
-    if (key == QLatin1String("rank")) {
-        return checkRankReached(n);
-    }
-    if (key == QLatin1String("dailynotify")) {
-        return checkDailyRoutinesReached(n);
-    }
-    if (key == QLatin1String("shareLevel")) {
-        return checkLevelsSharedReached(n);
-    }
-    if (key == QLatin1String("battleWin")) {
-        return checkWonBattlesReached(n);
-    }
-    if (key == QLatin1String("wiki")) {
-        return checkWikiReadReached(n);
-    }
-    if (key == QLatin1String("fly")) {
-        return checkFlyOeverPassedReached(n);
-    }
-    if (key == QLatin1String("timeTravel")) {
-        return checkTimeTraveledReached(n);
-    }
-    static const QStringList powers{"brain", "mpower", "cpower", "fpower", "spower", "copower"};
     const qsizetype power = powers.indexOf(key);
-    if (power >= 0) {
-        return checkBrainPowerReachedPercentage(power, static_cast<double>(n));
-    }
-    return false;
+    return power >= 0 && checkBrainPowerReachedPercentage(power, static_cast<double>(n));
 }
 
 void AchievementManager::checkAndUpdateAchievements() {

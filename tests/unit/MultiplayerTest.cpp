@@ -327,30 +327,6 @@ TEST(RoundState, TravelAndPassesAreKept) {
     EXPECT_FALSE(again.isRoundFlipImagePassed());
 }
 
-TEST(ContextNumber, PaddingBuildingAndBreaking) {
-    EXPECT_EQ(UserStatsManager::createPaddingStringWithDigits(7, 3), "007");
-    EXPECT_EQ(UserStatsManager::createPaddingStringWithDigits(123, 3), "123");
-    EXPECT_EQ(UserStatsManager::createPaddingStringWithDigits(1234, 3), "123");
-    EXPECT_EQ(UserStatsManager::breakContextNumber(1241004001200400LL),
-              (QStringList{"124", "10", "040", "012", "00400"}));
-    EXPECT_EQ(UserStatsManager::breakContextNumber(10100100000001LL),
-              (QStringList{"1", "01", "001", "000", "00001"}));
-    EXPECT_TRUE(UserStatsManager::breakContextNumber(123456789012345678LL).isEmpty());
-    EXPECT_TRUE(UserStatsManager::breakContextNumber(1234).isEmpty());
-    EXPECT_EQ(UserStatsManager::breakContextNumber(123456789012LL),
-              (QStringList{"0000", "00", "000", "000", "00000"}));
-    EXPECT_EQ(UserStatsManager::breakContextNumber(1234567), (QStringList{"12", "34", "567"}));
-    EXPECT_EQ(UserStatsManager::breakContextNumber(12345), (QStringList{"0000", "00", "000"}));
-
-    TestPlatform platform;
-    EXPECT_EQ(UserStatsManager::sharedInstance().generateUserStatsContextNumber(), 10100100000001LL);
-    LevelManager::sharedInstance().saveCurrentLevelTo(123);
-    UserStatsManager::sharedInstance().incrementCreditsUsedBy(399);
-    EXPECT_EQ(UserStatsManager::breakContextNumber(
-                  UserStatsManager::sharedInstance().generateUserStatsContextNumber()),
-              (QStringList{"124", "01", "001", "000", "00400"}));
-}
-
 } // namespace
 
 namespace {
