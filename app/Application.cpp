@@ -125,6 +125,7 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
 Application::Application(Options options) : m_options(std::move(options)) {}
 
 Application::~Application() {
+    m_delivery.reset();
     m_engine.reset();
     Platform::uninstall();
 }
@@ -185,6 +186,8 @@ bool Application::start() {
     services.animator = std::make_unique<ScheduledAnimator>();
     services.device = std::make_unique<Device>(cls);
     services.gameService = std::make_unique<GameService>(QUrl(m_options.service));
+    services.localNotifications = std::make_unique<LocalNotifications>(
+        QDir(profileFolder()).filePath(QStringLiteral("notifications.json")));
     Platform::install(std::move(services));
     auto& platform = Platform::shared();
     platform.reachability().setForcedOffline(m_options.offline);
@@ -197,7 +200,11 @@ bool Application::start() {
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     }
 
-    m_delegate.applicationDidFinishLaunchingWithOptions({});
+    QVariantMap launchOptions;
+    if (const std::optional<LocalNotification> launching = NotificationDelivery::takeLaunchNotification()) {
+        launchOptions.insert(AppDelegate::kLaunchOptionsLocalNotificationKey, launching->toMap());
+    }
+    m_delegate.applicationDidFinishLaunchingWithOptions(launchOptions);
 
     if (!m_options.open.isEmpty()) {
         openScreen(m_options.open);
@@ -214,10 +221,33 @@ bool Application::start() {
                          }
                          last = state;
                      });
+    m_desktop = std::make_unique<DesktopNotifier>();
+    m_delivery = std::make_unique<NotificationDelivery>();
+    m_delivery->start([this](const LocalNotification& n) { deliver(n); });
     if (!m_options.screenshot.isEmpty()) {
         scheduleScreenshot();
     }
     return true;
+}
+
+void Application::deliver(const LocalNotification& notification) {
+    const QVariantMap map = notification.toMap();
+    QQuickWindow* w = window();
+    const bool inFront = w && w->isVisible() && w->isActive();
+    const QString title = notification.alertAction.isEmpty() ? QGuiApplication::applicationDisplayName()
+                                                             : notification.alertAction;
+    if (!inFront && m_desktop->notify(title, notification.alertBody, [this, map] {
+            if (QQuickWindow* front = window()) {
+                front->show();
+                front->raise();
+                front->requestActivate();
+            }
+            m_delegate.applicationDidReceiveLocalNotification(map);
+        })) {
+        return;
+    }
+    Platform::shared().banner().titleMessageTime(title, notification.alertBody, 4.0);
+    m_delegate.applicationDidReceiveLocalNotification(map);
 }
 
 void Application::openScreen(const QString& which) {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "core/AppDelegate.h"
+#include "platform/DesktopNotifier.h"
+#include "platform/NotificationDelivery.h"
 
 #include <QString>
 #include <QStringList>
@@ -40,6 +42,9 @@ public:
 
 private:
     void scheduleScreenshot();
+    // A due notification: a banner in the game when its window is in front, a desktop notification otherwise
+    // (a click brings the game forward and hands it over); the banner alone when the desktop has no service.
+    void deliver(const LocalNotification& notification);
     // Goes from the main screen to the rounds, the current round's levels or the current level, as taps
     // would.
     void openScreen(const QString& which);
@@ -47,4 +52,6 @@ private:
     Options m_options;
     AppDelegate m_delegate;
     std::unique_ptr<QQmlApplicationEngine> m_engine;
+    std::unique_ptr<NotificationDelivery> m_delivery;
+    std::unique_ptr<DesktopNotifier> m_desktop;
 };

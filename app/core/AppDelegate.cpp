@@ -4,7 +4,10 @@
 #include "platform/Platform.h"
 #include "progress/BonusManager.h"
 #include "progress/CreditsManager.h"
+#include "progress/NotificationManager.h"
+#include "progress/RankManager.h"
 #include "progress/SessionManager.h"
+#include "progress/SettingsManager.h"
 #include "progress/UserStatsManager.h"
 #include "screens/Util.h"
 
@@ -13,7 +16,7 @@ ViewController* AppDelegate::instantiateInitialViewController() {
         QStringLiteral("MainViewController"));
 }
 
-bool AppDelegate::applicationDidFinishLaunchingWithOptions(const QVariantMap& /*launchOptions*/) {
+bool AppDelegate::applicationDidFinishLaunchingWithOptions(const QVariantMap& launchOptions) {
     auto& platform = Platform::shared();
     // The session is counted first: everything after it sees this start's day and session.
     SessionManager::sharedInstance().checkAndLogSessionInfo();
@@ -33,6 +36,19 @@ bool AppDelegate::applicationDidFinishLaunchingWithOptions(const QVariantMap& /*
     }
     (void)SessionManager::sharedInstance().isFirstLaunch();
 
+    NotificationManager& notifications = NotificationManager::sharedInstance();
+    if (notifications.areNotificationsAllowed()) {
+        const QVariantMap launching = launchOptions.value(kLaunchOptionsLocalNotificationKey).toMap();
+        if (!launching.isEmpty()) {
+            handleReceivingLocalNotification(launching);
+            if (isTraining(launching)) {
+                UserStatsManager::sharedInstance().incrementTrainingsTaken();
+            }
+        }
+        notifications.cancelReEngagementNotifications();
+        notifications.scheduleReEngagementNotifications();
+    }
+
     setApplicationIconBadgeNumber(0);
     return true;
 }
@@ -47,8 +63,21 @@ void AppDelegate::applicationWillEnterForeground() {
             showPenaltyMessageOnce();
         }
         sessions.checkAndLogSessionInfo();
+        NotificationManager& notifications = NotificationManager::sharedInstance();
+        notifications.cancelReEngagementNotifications();
+        notifications.scheduleReEngagementNotifications();
     }
     setApplicationIconBadgeNumber(0);
+}
+
+void AppDelegate::applicationDidRegisterUserNotificationSettings(int /*types*/) {
+    NotificationManager::sharedInstance().setPermissionDialogueAsShown();
+}
+
+bool AppDelegate::isTraining(const QVariantMap& notification) {
+    const QString type =
+        notification.value(QStringLiteral("userInfo")).toMap().value(QStringLiteral("type")).toString();
+    return type == QLatin1String("repeated") || type == QLatin1String("reengagement");
 }
 
 void AppDelegate::dispatchBonusCheck() {
@@ -90,9 +119,7 @@ void AppDelegate::checkForEntitledBonuses() {
 
 void AppDelegate::applicationDidReceiveLocalNotification(const QVariantMap& notification) {
     handleReceivingLocalNotification(notification);
-    const QString type =
-        notification.value(QStringLiteral("userInfo")).toMap().value(QStringLiteral("type")).toString();
-    if (type == QLatin1String("repeated") || type == QLatin1String("reengagement")) {
+    if (isTraining(notification)) {
         UserStatsManager::sharedInstance().incrementTrainingsTaken();
     }
     setApplicationIconBadgeNumber(0);
@@ -101,8 +128,24 @@ void AppDelegate::applicationDidReceiveLocalNotification(const QVariantMap& noti
 void AppDelegate::handleReceivingLocalNotification(const QVariantMap& notification) {
     const QString type =
         notification.value(QStringLiteral("userInfo")).toMap().value(QStringLiteral("type")).toString();
+    const QString gold = QStringLiteral("ذهبة");
     if (type == QLatin1String("normal")) {
         Util::showMessageWithTitle(notification.value(QStringLiteral("alertBody")).toString(),
                                    QStringLiteral("الحل الصحيح"));
+    } else if (type == QLatin1String("reengagement")) {
+        CreditsManager::sharedInstance().addCredits(NotificationManager::kReEngagementGift);
+        Util::showMessageWithTitle(QStringLiteral("لقد ربحت %1  %2 لتساعدك في الفوز على بقية اللاعبين")
+                                       .arg(NotificationManager::kReEngagementGift)
+                                       .arg(gold),
+                                   QStringLiteral("مبرووك"));
+    } else if (type == QLatin1String("repeated")) {
+        const RankManager& ranks = RankManager::sharedInstance();
+        const int perDay = static_cast<int>(SettingsManager::sharedInstance().notificationsPerDay());
+        const qint64 reward = perDay == 2   ? ranks.getDailyNotification2Reward()
+                              : perDay == 1 ? ranks.getDailyNotificationReward()
+                                            : 0;
+        CreditsManager::sharedInstance().addCredits(reward);
+        Util::showMessageWithTitle(QStringLiteral("مبروك لقد ربحت %1 محاولة مع التمرين الدماغي").arg(reward),
+                                   QStringLiteral("جائزة التمرين الدماغي"));
     }
 }

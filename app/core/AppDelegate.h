@@ -19,6 +19,8 @@ public:
     // A local notification is a map with "alertBody" and "userInfo" (itself a map with "type").
     void applicationDidReceiveLocalNotification(const QVariantMap& notification);
     void handleReceivingLocalNotification(const QVariantMap& notification);
+    // The player answered the platform's question about notifications.
+    void applicationDidRegisterUserNotificationSettings(int types);
     // Asks for the usage bonuses due by the server's date and pays them. Called on a worker thread, it takes
     // the payment and the congratulation to the main thread; called on the main thread it pays and says
     // nothing.
@@ -37,6 +39,8 @@ private:
     // No connection: the player hears once per run that the day's prize is lost.
     void showPenaltyMessageOnce();
     static void dispatchBonusCheck();
+    // A "repeated" or "reengagement" notification counts as a training taken.
+    static bool isTraining(const QVariantMap& notification);
 
     int m_badge = 0;
 };

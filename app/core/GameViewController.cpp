@@ -7,6 +7,7 @@
 #include "outreach/SoundFactory.h"
 #include "platform/Platform.h"
 #include "progress/CreditsManager.h"
+#include "progress/NotificationManager.h"
 #include "progress/RankManager.h"
 #include "progress/ScorePointsManager.h"
 #include "progress/SessionManager.h"
@@ -877,23 +878,17 @@ void GameViewController::shareAppAndReveal(QObject*) {
 
 void GameViewController::scheduleSolutionNotification(QObject*) {
     SoundFactory::sharedInstance().playMenuTap();
-    Reminders* reminders = Outreach::reminders;
-    if (!reminders) {
-        Outreach::showUnavailable(QStringLiteral("تنبيه الحل"));
-        return;
-    }
+    NotificationManager& reminders = NotificationManager::sharedInstance();
     const qint64 minutes = RankManager::sharedInstance().getNotificationWaitTime();
     const qint64 number = minutes > 59 ? minutes / 60 : minutes;
     const QString word = minutes > 59 ? QStringLiteral("ساعة") : QStringLiteral("دقيقة");
     const QString promise = QStringLiteral("سيصلك تنبيه بعد %1 %2 بالحل الصحيح   ").arg(number).arg(word);
-    if (!reminders->areNotificationsAllowed()) {
+    if (!reminders.areNotificationsAllowed()) {
         Util::showMessageWithTitleOnDismiss(promise, QStringLiteral("مساعدة"), [] {
-            if (Outreach::reminders) {
-                Outreach::reminders->enableNotificationPermissions();
-            }
+            NotificationManager::sharedInstance().enableNotificationPermissions();
         });
     }
-    if (reminders->isWaitNotificationIsScheduled()) {
+    if (reminders.isWaitNotificationIsScheduled()) {
         Util::showMessageWithTitle(
             QStringLiteral("لقد ضغطت زر الانتظار من قبل.. لذلك يرجى الانتظار حتى يصلك التنبيه "
                            "عند انتهاء الوقت المحدد"),
@@ -901,10 +896,10 @@ void GameViewController::scheduleSolutionNotification(QObject*) {
         return;
     }
     const auto info = game ? game->levelInfo() : nullptr;
-    reminders->scheduleNotificationWithDelay(
+    reminders.scheduleNotificationWithDelay(
         QStringLiteral("الحل الصحيح هو: %1").arg(info ? info->fullSolution : QString()), minutes);
     Util::showMessageWithTitle(promise, QStringLiteral("مساعدة"));
-    reminders->setCurrentWaitMinutes(reminders->currentWaitMinutes() + 5);
+    reminders.setCurrentWaitMinutes(reminders.currentWaitMinutes() + 5);
 }
 
 void GameViewController::presentPopupViewControllerWithTypeGameAndPointsAndCredits(qint32 type,

@@ -4,13 +4,11 @@
 
 AdPacing* Outreach::ads = nullptr;
 Sharing* Outreach::sharing = nullptr;
-Reminders* Outreach::reminders = nullptr;
 Store* Outreach::store = nullptr;
 
 void Outreach::clear() {
     ads = nullptr;
     sharing = nullptr;
-    reminders = nullptr;
     store = nullptr;
 }
 

@@ -44,18 +44,6 @@ public:
     virtual bool isOurAppsOpened() const = 0;
 };
 
-// Local notifications, for the wait option.
-class Reminders {
-public:
-    virtual ~Reminders() = default;
-    virtual bool areNotificationsAllowed() const = 0;
-    virtual void enableNotificationPermissions() = 0;
-    virtual bool isWaitNotificationIsScheduled() const = 0;
-    virtual void scheduleNotificationWithDelay(const QString& text, qint64 minutes) = 0;
-    virtual qint64 currentWaitMinutes() const = 0;
-    virtual void setCurrentWaitMinutes(qint64 minutes) = 0;
-};
-
 // The store screen.
 class Store {
 public:
@@ -63,13 +51,12 @@ public:
     virtual void openInAppStore(ViewController* presenting) = 0;
 };
 
-// The managers behind ads, sharing, reminders and the store register here when they start; while
+// The managers behind ads, sharing and the store register here when they start; while
 // one is missing, the features that need it tell the player they are not available.
 class Outreach {
 public:
     static AdPacing* ads;
     static Sharing* sharing;
-    static Reminders* reminders;
     static Store* store;
     static void clear();
 

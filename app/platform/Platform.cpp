@@ -36,6 +36,9 @@ void Platform::install(Services services) {
     if (!services.gameService) {
         services.gameService = std::make_unique<GameService>(QUrl(QStringLiteral("http://127.0.0.1:8470")));
     }
+    if (!services.localNotifications) {
+        services.localNotifications = std::make_unique<LocalNotifications>();
+    }
     if (!services.web) {
         services.web = std::make_unique<QtWebClient>();
     }

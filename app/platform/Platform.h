@@ -3,7 +3,9 @@
 #include "Alerts.h"
 #include "Animator.h"
 #include "Audio.h"
+#include "Banner.h"
 #include "Device.h"
+#include "LocalNotifications.h"
 #include "Navigator.h"
 #include "NotificationCenter.h"
 #include "ProgressHud.h"
@@ -31,6 +33,7 @@ public:
         std::unique_ptr<Audio> audio;
         std::unique_ptr<GameService> gameService;
         std::unique_ptr<WebClient> web;
+        std::unique_ptr<LocalNotifications> localNotifications;
     };
 
     static void install(Services services);
@@ -48,6 +51,8 @@ public:
     Audio& audio() { return *m_services.audio; }
     GameService& gameService() { return *m_services.gameService; }
     WebClient& web() { return *m_services.web; }
+    LocalNotifications& localNotifications() { return *m_services.localNotifications; }
+    Banner& banner() { return m_banner; }
     Alerts& alerts() { return m_alerts; }
     ProgressHud& progressHud() { return m_hud; }
     Navigator& navigator() { return *m_navigator; }
@@ -59,6 +64,7 @@ private:
     NotificationCenter m_center;
     Alerts m_alerts;
     ProgressHud m_hud;
+    Banner m_banner;
     std::unique_ptr<Navigator> m_navigator;
 };
 

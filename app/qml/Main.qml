@@ -37,6 +37,10 @@ Window {
                 enabled: index === navigator.presented.length - 1
             }
         }
+        DropdownBanner {
+            anchors.left: parent.left
+            anchors.right: parent.right
+        }
         AlertOverlay {
             anchors.fill: parent
         }

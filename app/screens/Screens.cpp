@@ -69,6 +69,7 @@ std::unique_ptr<QQmlApplicationEngine> createGameEngine() {
     ctx->setContextProperty(QStringLiteral("progressHud"), &platform.progressHud());
     ctx->setContextProperty(QStringLiteral("device"), &platform.device());
     ctx->setContextProperty(QStringLiteral("reachability"), &platform.reachability());
+    ctx->setContextProperty(QStringLiteral("banner"), &platform.banner());
     engine->addImageProvider(QStringLiteral("players"), new PlayerPhotoProvider());
     engine->load(QUrl(QStringLiteral("qrc:/qml/Main.qml")));
     if (engine->rootObjects().isEmpty()) {

@@ -171,6 +171,8 @@ void TestPlatform::install() {
     services.random = std::move(random);
     services.reachability = std::make_unique<Reachability>(false);
     services.device = std::make_unique<Device>(m_device);
+    services.localNotifications =
+        std::make_unique<LocalNotifications>(m_dir.filePath(m_profile + "notifications.json"));
     if (m_realWeb) {
         m_web = nullptr;
         services.web = std::make_unique<QtWebClient>();

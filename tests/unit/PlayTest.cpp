@@ -7,6 +7,7 @@
 #include "core/LevelsInfoReader.h"
 #include "outreach/Outreach.h"
 #include "progress/CreditsManager.h"
+#include "progress/NotificationManager.h"
 #include "progress/RankManager.h"
 #include "progress/ScorePointsManager.h"
 #include "progress/SessionManager.h"
@@ -61,22 +62,6 @@ struct FakeSharing : Sharing {
     qint64 count = 0;
 };
 
-struct FakeReminders : Reminders {
-    bool areNotificationsAllowed() const override { return allowed; }
-    void enableNotificationPermissions() override { ++permissionAsked; }
-    bool isWaitNotificationIsScheduled() const override { return !scheduled.isEmpty(); }
-    void scheduleNotificationWithDelay(const QString& text, qint64 minutes) override {
-        scheduled = text;
-        delay = minutes;
-    }
-    qint64 currentWaitMinutes() const override { return wait; }
-    void setCurrentWaitMinutes(qint64 m) override { wait = m; }
-    bool allowed = true;
-    int permissionAsked = 0;
-    QString scheduled;
-    qint64 delay = 0, wait = 0;
-};
-
 class Play : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -86,7 +71,6 @@ protected:
         LevelsInfoReader::sharedInstance().loadAllPacksLevelsWithEnc("ok", false);
         Outreach::ads = &ads;
         Outreach::sharing = &sharing;
-        Outreach::reminders = &reminders;
     }
     void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
 
@@ -134,7 +118,6 @@ protected:
     TestPlatform platform;
     FakeAds ads;
     FakeSharing sharing;
-    FakeReminders reminders;
 };
 
 TEST_F(Play, TimerOffersAtOneHundredAndTwoHundredThirtySecondsThenStops) {
@@ -391,28 +374,37 @@ TEST_F(Play, SharingForALetterOnceOrTwiceByTheAnswersLength) {
 }
 
 TEST_F(Play, WaitForTheAnswerByAReminder) {
-    reminders.allowed = false;
+    auto& schedule = Platform::shared().localNotifications();
     auto* vc = open(3, 0);
+    const QDateTime asked = platform.scheduler().now();
     vc->scheduleSolutionNotification(nullptr);
     ASSERT_EQ(platform.alerts().count(), 2);
     EXPECT_EQ(platform.alerts().message(), "سيصلك تنبيه بعد 5 دقيقة بالحل الصحيح   ");
-    EXPECT_EQ(reminders.scheduled, "الحل الصحيح هو: سمكة");
-    EXPECT_EQ(reminders.delay, 5);
-    EXPECT_EQ(reminders.wait, 5);
+    ASSERT_EQ(schedule.scheduledLocalNotifications().size(), 1);
+    const LocalNotification wait = schedule.scheduledLocalNotifications().first();
+    EXPECT_EQ(wait.alertBody, "الحل الصحيح هو: سمكة");
+    EXPECT_EQ(wait.type(), "normal");
+    EXPECT_EQ(asked.secsTo(wait.fireDate), 5 * 60);
+    EXPECT_EQ(NotificationManager::sharedInstance().currentWaitMinutes(), 15);
+    // Notifications are not allowed yet: the first message leads to the platform's question.
     platform.alerts().press(0);
-    EXPECT_EQ(reminders.permissionAsked, 1);
     platform.alerts().press(0);
+    EXPECT_EQ(platform.alerts().title(), "التنبيهات");
+    platform.alerts().press(1);
+    EXPECT_TRUE(NotificationManager::sharedInstance().areNotificationsAllowed());
 
     vc->scheduleSolutionNotification(nullptr);
-    EXPECT_EQ(titles(), (QStringList{"مساعدة", "خطأ"}));
+    EXPECT_EQ(titles(), QStringList{"خطأ"});
 
     // In round 2 the wait is 90 minutes, told in hours.
-    reminders.scheduled.clear();
-    reminders.allowed = true;
+    platform.scheduler().advance(300);
+    schedule.takeDueNotifications(platform.scheduler().now(), platform.scheduler().timeZone());
     LevelManager::sharedInstance().saveCurrentLevelTo(2 * 25);
     open(0, 2)->scheduleSolutionNotification(nullptr);
     EXPECT_EQ(platform.alerts().message(), "سيصلك تنبيه بعد 1 ساعة بالحل الصحيح   ");
-    EXPECT_EQ(reminders.delay, 90);
+    ASSERT_EQ(schedule.scheduledLocalNotifications().size(), 1);
+    EXPECT_EQ(platform.scheduler().now().secsTo(schedule.scheduledLocalNotifications().first().fireDate),
+              5400);
 }
 
 TEST_F(Play, FeaturesWithoutTheirServiceSaySo) {
@@ -420,9 +412,8 @@ TEST_F(Play, FeaturesWithoutTheirServiceSaySo) {
     auto* vc = open(3, 0);
     vc->watchVideo(nullptr);
     vc->shareLevelWithFriends(nullptr);
-    vc->scheduleSolutionNotification(nullptr);
     vc->openStore(nullptr);
-    EXPECT_EQ(titles(), QStringList(4, Outreach::kUnavailableTitle));
+    EXPECT_EQ(titles(), QStringList(3, Outreach::kUnavailableTitle));
     EXPECT_FALSE(Platform::shared().progressHud().isVisible());
 }
 
