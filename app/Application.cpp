@@ -15,6 +15,7 @@
 #include <QFile>
 #include <QFontDatabase>
 #include <QGuiApplication>
+#include <QMap>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
 #include <QRegularExpression>
@@ -25,6 +26,16 @@
 #include <QTimer>
 
 namespace {
+// The screens that --open presents over the main screen, by their short names.
+const QMap<QString, QString>& presentedScreens() {
+    static const QMap<QString, QString> screens{
+        {"leaderboard", "LeaderboardViewController"},   {"account", "AccountViewController"},
+        {"settings", "SettingsViewController"},         {"rank", "RankViewController"},
+        {"achievements", "AchievementsViewController"},
+    };
+    return screens;
+}
+
 bool validProfileName(const QString& name) {
     static const QRegularExpression re(QStringLiteral("^[A-Za-z0-9_-]{1,64}$"));
     return re.match(name).hasMatch();
@@ -61,7 +72,7 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
         QStringLiteral("open"),
         QStringLiteral(
             "Go on from the main screen to SCREEN: rounds, levels, play, solved (the current level just "
-            "solved), login, leaderboard or account."),
+            "solved), login, leaderboard, account, settings, rank or achievements."),
         QStringLiteral("SCREEN"));
     parser.addOptions({profile, screenshot, service, device, offline, dataDir, open});
 
@@ -101,11 +112,10 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
     options->offline = parser.isSet(offline);
     options->profileRoot = parser.value(dataDir);
     options->open = parser.value(open);
-    if (!options->open.isEmpty() &&
-        !QStringList{"rounds", "levels", "play", "solved", "login", "leaderboard", "account"}.contains(
-            options->open)) {
-        err << "Unknown screen \"" << options->open
-            << "\": use rounds, levels, play, solved, login, leaderboard or account.\n";
+    if (!options->open.isEmpty() && !presentedScreens().contains(options->open) &&
+        !QStringList{"rounds", "levels", "play", "solved", "login"}.contains(options->open)) {
+        err << "Unknown screen \"" << options->open << "\": use rounds, levels, play, solved, login, "
+            << presentedScreens().keys().join(", ") << ".\n";
         *exitCode = 2;
         return false;
     }
@@ -260,10 +270,8 @@ void Application::openScreen(const QString& which) {
         main->loginToGameCenter();
         return;
     }
-    if (which == QLatin1String("leaderboard") || which == QLatin1String("account")) {
-        const QString id = which == QLatin1String("account") ? QStringLiteral("AccountViewController")
-                                                             : QStringLiteral("LeaderboardViewController");
-        if (auto* screen = nav.instantiateViewControllerWithIdentifier(id)) {
+    if (presentedScreens().contains(which)) {
+        if (auto* screen = nav.instantiateViewControllerWithIdentifier(presentedScreens().value(which))) {
             nav.presentViewController(screen);
         }
         return;

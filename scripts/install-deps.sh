@@ -12,7 +12,7 @@ packages=(
   qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-layouts
   qml6-module-qtquick-window qml6-module-qtquick-templates qml6-module-qtqml-workerscript
   qml6-module-qtquick-particles qml6-module-qtquick-shapes qml6-module-qtmultimedia
-  qml6-module-qttest qml6-module-qtqml-models
+  qml6-module-qttest qml6-module-qtqml-models qt6-charts-dev qml6-module-qtcharts
   libgl-dev libvulkan-dev libxkbcommon-dev
   # the service
   libboost1.81-dev libsqlite3-dev libpqxx-dev libpq-dev libsodium-dev

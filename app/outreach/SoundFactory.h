@@ -4,6 +4,7 @@
 
 #include <QString>
 #include <memory>
+#include <vector>
 
 // The game's short sound effects: every effect is loaded once, at first use, and each play is gated by the
 // sound switch of the settings. There is no music.
@@ -11,6 +12,8 @@ class SoundFactory {
 public:
     static SoundFactory& sharedInstance();
     void loadData();
+    // Takes the volume of the settings into every effect at once, each at its own share of it.
+    void applySoundVolume();
 
     std::unique_ptr<AudioPlayer> createSoundPlayerWithFileOfType(const QString& stem, const QString& type);
 
@@ -48,4 +51,5 @@ public:
 private:
     void playOn(AudioPlayer* player);
     float m_volume = 0.25f;
+    std::vector<std::pair<AudioPlayer*, float>> m_shares;
 };

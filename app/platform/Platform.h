@@ -5,6 +5,7 @@
 #include "Audio.h"
 #include "Banner.h"
 #include "Device.h"
+#include "Emitter.h"
 #include "LocalNotifications.h"
 #include "Navigator.h"
 #include "NotificationCenter.h"
@@ -53,6 +54,7 @@ public:
     WebClient& web() { return *m_services.web; }
     LocalNotifications& localNotifications() { return *m_services.localNotifications; }
     Banner& banner() { return m_banner; }
+    MyEmitter& emitter() { return m_emitter; }
     Alerts& alerts() { return m_alerts; }
     ProgressHud& progressHud() { return m_hud; }
     Navigator& navigator() { return *m_navigator; }
@@ -65,6 +67,7 @@ private:
     Alerts m_alerts;
     ProgressHud m_hud;
     Banner m_banner;
+    MyEmitter m_emitter;
     std::unique_ptr<Navigator> m_navigator;
 };
 

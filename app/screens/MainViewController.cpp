@@ -180,6 +180,21 @@ void MainViewController::startAction() {
     }
 }
 
+void MainViewController::openSettings() {
+    SoundFactory::sharedInstance().playMenuTap();
+    PresentationUtil::openSettingsViewController(this);
+}
+
+void MainViewController::openAchievements() {
+    SoundFactory::sharedInstance().playMenuTap();
+    PresentationUtil::openAchievementsViewController(this);
+}
+
+void MainViewController::openRankings() {
+    SoundFactory::sharedInstance().playMenuTap();
+    PresentationUtil::openRankViewController(this);
+}
+
 void MainViewController::openStore() {
     SoundFactory::sharedInstance().playMenuTap();
     PresentationUtil::openInAppStore(this);

@@ -40,6 +40,9 @@ public:
     Q_INVOKABLE void openStore();
     Q_INVOKABLE void loginToGameCenterAction() { loginToGameCenter(); }
     Q_INVOKABLE void openGameCenter();
+    Q_INVOKABLE void openSettings();
+    Q_INVOKABLE void openAchievements();
+    Q_INVOKABLE void openRankings();
     void loginToGameCenter();
     void loginBookkeeping();
     void scoreLoaded();

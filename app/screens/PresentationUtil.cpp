@@ -17,6 +17,16 @@ void PresentationUtil::openCreditsViewController(ViewController*) {
     present("CreditsViewController");
 }
 
+void PresentationUtil::openSettingsViewController(ViewController*) {
+    present("SettingsViewController");
+}
+void PresentationUtil::openRankViewController(ViewController*) {
+    present("RankViewController");
+}
+void PresentationUtil::openAchievementsViewController(ViewController*) {
+    present("AchievementsViewController");
+}
+
 void PresentationUtil::openInAppStore(ViewController* presenting) {
     if (Outreach::store) {
         Outreach::store->openInAppStore(presenting);

@@ -9,6 +9,9 @@ public:
     static void openInAppStore(ViewController* presenting);
     static void openLeaderboardViewController(ViewController* presenting);
     static void openCreditsViewController(ViewController* presenting);
+    static void openSettingsViewController(ViewController* presenting);
+    static void openRankViewController(ViewController* presenting);
+    static void openAchievementsViewController(ViewController* presenting);
 
 private:
     static void present(const char* identifier);

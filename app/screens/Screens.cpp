@@ -11,10 +11,13 @@
 #include "multiplayer/LoginViewController.h"
 #include "multiplayer/PlayerPhotoProvider.h"
 #include "platform/Platform.h"
+#include "screens/AchievementsViewController.h"
 #include "screens/CreditsViewController.h"
 #include "screens/LevelSelectorViewController.h"
 #include "screens/MainViewController.h"
+#include "screens/RankViewController.h"
 #include "screens/RoundSelectorViewController.h"
+#include "screens/SettingsViewController.h"
 
 #include <QQmlApplicationEngine>
 #include <QQmlContext>
@@ -33,6 +36,9 @@ template <class F> void forEachScreen(F&& f) {
     f.template operator()<LeaderboardViewController>("LeaderboardViewController");
     f.template operator()<AccountViewController>("AccountViewController");
     f.template operator()<CreditsViewController>("CreditsViewController");
+    f.template operator()<SettingsViewController>("SettingsViewController");
+    f.template operator()<RankViewController>("RankViewController");
+    f.template operator()<AchievementsViewController>("AchievementsViewController");
 }
 } // namespace
 
@@ -70,6 +76,7 @@ std::unique_ptr<QQmlApplicationEngine> createGameEngine() {
     ctx->setContextProperty(QStringLiteral("device"), &platform.device());
     ctx->setContextProperty(QStringLiteral("reachability"), &platform.reachability());
     ctx->setContextProperty(QStringLiteral("banner"), &platform.banner());
+    ctx->setContextProperty(QStringLiteral("emitter"), &platform.emitter());
     engine->addImageProvider(QStringLiteral("players"), new PlayerPhotoProvider());
     engine->load(QUrl(QStringLiteral("qrc:/qml/Main.qml")));
     if (engine->rootObjects().isEmpty()) {

@@ -4,15 +4,20 @@
 #include "core/GameViewController.h"
 #include "core/LevelManager.h"
 #include "core/LevelsInfoReader.h"
+#include "outreach/SoundFactory.h"
 #include "progress/AchievementManager.h"
 #include "progress/CreditsManager.h"
 #include "progress/RankManager.h"
 #include "progress/ScorePointsManager.h"
 #include "progress/SessionManager.h"
+#include "progress/SettingsManager.h"
 #include "progress/UserStatsManager.h"
+#include "screens/AchievementsViewController.h"
 #include "screens/LevelSelectorViewController.h"
 #include "screens/MainViewController.h"
+#include "screens/RankViewController.h"
 #include "screens/RoundSelectorViewController.h"
+#include "screens/SettingsViewController.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -196,6 +201,129 @@ TEST_F(Screens, AfterALevelTheMenuLeadsBackToTheRounds) {
     EXPECT_NE(qobject_cast<RoundSelectorViewController*>(nav.topViewController()), nullptr);
     // The level stays counted: the next opening goes on from the next one.
     EXPECT_EQ(LevelManager::sharedInstance().currentLevel(), 1);
+}
+
+} // namespace
+
+namespace {
+
+class ReportScreens : public ::testing::Test {
+protected:
+    void SetUp() override { registerScreens(Platform::shared().navigator()); }
+    template <class T> T* present(const char* identifier) {
+        auto& nav = Platform::shared().navigator();
+        nav.presentViewController(nav.instantiateViewControllerWithIdentifier(identifier));
+        return qobject_cast<T*>(nav.presentedViewController());
+    }
+    TestPlatform platform;
+};
+
+TEST_F(ReportScreens, SettingsStoreTheirDefaultsAndTakeEffectAtOnce) {
+    auto* s = present<SettingsViewController>("SettingsViewController");
+    ASSERT_NE(s, nullptr);
+    EXPECT_TRUE(platform.defaults().boolForKey("sound"));
+    EXPECT_TRUE(platform.defaults().boolForKey("bgmusic"));
+    EXPECT_FLOAT_EQ(static_cast<float>(platform.defaults().doubleForKey("soundvolume")), 0.25f);
+    EXPECT_FALSE(platform.defaults().hasKey("dailyNotificationsNum"));
+    EXPECT_DOUBLE_EQ(s->sliderValue(), 0.5);
+    EXPECT_EQ(s->trainingLabel(), "يرجى اختيار نوع التمرين");
+    EXPECT_EQ(s->goldLabel(), "0");
+    EXPECT_EQ(s->selectedSegment(), -1);
+    EXPECT_FALSE(s->notificationsViewHidden());
+
+    // The volume reaches the effects while the slider moves.
+    SoundFactory::sharedInstance();
+    s->soundVolumeChanged(1.0);
+    EXPECT_FLOAT_EQ(static_cast<float>(platform.defaults().doubleForKey("soundvolume")), 0.5f);
+    EXPECT_FLOAT_EQ(platform.audio().player("tap5")->volume(), 0.5f * 0.6f);
+    const int taps = platform.audio().player("tap5")->plays;
+    s->toggleGeneralSound();
+    EXPECT_EQ(s->soundImage(), "soundoff.png");
+    EXPECT_EQ(platform.audio().player("tap5")->plays, taps);
+    s->toggleGeneralSound();
+    EXPECT_EQ(platform.audio().player("tap5")->plays, taps + 1);
+    s->toggleBackgroundMusic();
+    EXPECT_FALSE(platform.defaults().boolForKey("bgmusic"));
+
+    // Two trainings a day: scheduled first, then the permission is asked.
+    s->dailyNotificationsSegmentChanged(2);
+    EXPECT_EQ(s->trainingLabel(), "تمرينين في اليوم");
+    EXPECT_EQ(platform.defaults().doubleForKey("dailyNotificationsNum"), 2.0);
+    EXPECT_EQ(Platform::shared().localNotifications().scheduledLocalNotifications().size(), 2);
+    EXPECT_EQ(platform.alerts().title(), "التنبيهات");
+    platform.alerts().press(1);
+    EXPECT_TRUE(s->notificationsViewHidden());
+    s->dailyNotificationsSegmentChanged(7);
+    EXPECT_EQ(s->selectedSegment(), 2);
+    s->dailyNotificationsSegmentChanged(0);
+    EXPECT_EQ(s->trainingLabel(), "بدون تمارين يومية");
+    EXPECT_TRUE(Platform::shared().localNotifications().scheduledLocalNotifications().isEmpty());
+    s->goBack();
+
+    // Reopened: the stored choices come back.
+    s = present<SettingsViewController>("SettingsViewController");
+    EXPECT_DOUBLE_EQ(s->sliderValue(), 1.0);
+    SettingsManager::sharedInstance().configureNotificationsPerDay(1);
+    s = present<SettingsViewController>("SettingsViewController");
+    EXPECT_EQ(s->selectedSegment(), 1);
+    EXPECT_EQ(s->trainingLabel(), "تمرين واحد كل يوم");
+}
+
+TEST_F(ReportScreens, TheLadderTintsOneRowPastTheRank) {
+    LevelManager::sharedInstance().setCurrentLevel(4 * 25); // rank index 4
+    auto* r = present<RankViewController>("RankViewController");
+    ASSERT_NE(r, nullptr);
+    EXPECT_EQ(r->currentRankIndex(), 4);
+    const QVariantList rows = r->rows();
+    ASSERT_EQ(rows.size(), 41);
+    for (int i = 0; i < rows.size(); ++i) {
+        EXPECT_EQ(rows.at(i).toMap().value("tinted").toBool(), i <= 5) << i;
+    }
+    EXPECT_EQ(rows.at(7).toMap().value("badge"), "badge7.png");
+    const QVariantList badges = r->badges();
+    EXPECT_EQ(badges.at(4).toMap().value("image"), "badge4.png");
+    EXPECT_EQ(badges.at(5).toMap().value("image"), "gbadge5.png");
+}
+
+TEST_F(ReportScreens, TasksAreMarkedOnOpeningAndCollectedOnce) {
+    SessionManager::sharedInstance().setAcitveDays(5);
+    auto* a = present<AchievementsViewController>("AchievementsViewController");
+    ASSERT_NE(a, nullptr);
+    EXPECT_EQ(a->counterLabel(), "2/41");
+    QVariantMap first = a->rows().first().toMap();
+    EXPECT_EQ(first.value("id"), "days:1");
+    EXPECT_EQ(first.value("image"), "yes.png");
+    EXPECT_TRUE(first.value("flashing").toBool());
+    EXPECT_EQ(a->rows().at(1).toMap().value("image"), "no.png");
+    const qint64 gold = CreditsManager::sharedInstance().currentCredits();
+    a->tableViewDidSelectRowAtIndexPath(0);
+    a->tableViewDidSelectRowAtIndexPath(0);
+    a->tableViewDidSelectRowAtIndexPath(1); // not met
+    a->tableViewDidSelectRowAtIndexPath(99);
+    EXPECT_EQ(CreditsManager::sharedInstance().currentCredits(), gold + 50);
+    EXPECT_EQ(Platform::shared().emitter().runs(MyEmitter::kConfetti), 1);
+    first = a->rows().first().toMap();
+    EXPECT_TRUE(first.value("achieved").toBool());
+    EXPECT_FALSE(first.value("flashing").toBool());
+    EXPECT_EQ(a->counterLabel(), "2/41");
+}
+
+TEST_F(ReportScreens, TheMainScreenOpensEachOfThem) {
+    auto* m = new MainViewController();
+    Platform::shared().navigator().setRootViewController(m);
+    auto& nav = Platform::shared().navigator();
+    m->openSettings();
+    EXPECT_EQ(nav.presentedViewController()->identifier(), "SettingsViewController");
+    nav.dismissViewController();
+    m->openRankings();
+    EXPECT_EQ(nav.presentedViewController()->identifier(), "RankViewController");
+    nav.dismissViewController();
+    SessionManager::sharedInstance().setAcitveDays(1);
+    m->openAchievements();
+    EXPECT_EQ(nav.presentedViewController()->identifier(), "AchievementsViewController");
+    nav.dismissViewController();
+    // Back on the main screen the count shows what the tasks screen marked.
+    EXPECT_EQ(m->completedAchmtsLabel(), "1/41");
 }
 
 } // namespace

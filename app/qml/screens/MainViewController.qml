@@ -17,6 +17,9 @@ Item {
         width: parent.width - 40 * screen.u
         spacing: 12 * screen.u
 
+        Item {
+            width: parent.width
+            height: 34 * screen.u
         Row {
             anchors.left: parent.left
             spacing: 8
@@ -35,6 +38,24 @@ Item {
                 fontSize: 15 * screen.u
                 height: 34 * screen.u
             }
+        }
+        // The settings, at the end side.
+        Rectangle {
+            objectName: "settingsButton"
+            anchors.right: parent.right
+            width: 34 * screen.u
+            height: width
+            radius: width / 2
+            color: "#66000000"
+            border.color: "#33ffffff"
+            Text {
+                anchors.centerIn: parent
+                text: "⚙"
+                font.pixelSize: 20 * screen.u
+                color: "#ffffff"
+            }
+            MouseArea { anchors.fill: parent; onClicked: controller.openSettings() }
+        }
         }
 
         Text {
@@ -55,8 +76,9 @@ Item {
             color: "#d9d2f5"
         }
 
-        // The rank card.
+        // The rank card: a tap opens the ladder.
         Rectangle {
+            objectName: "rankView"
             width: parent.width
             height: 132 * screen.u
             radius: 20 * screen.u
@@ -108,6 +130,7 @@ Item {
                     wrapMode: Text.WordWrap
                 }
             }
+            MouseArea { anchors.fill: parent; onClicked: controller.openRankings() }
         }
 
         // Level, round, points and the tasks met.
@@ -123,6 +146,7 @@ Item {
                     { "caption": "المهمات", "value": controller.completedAchmtsLabel, "name": "completedAchmtsLabel" }
                 ]
                 delegate: Rectangle {
+                    objectName: modelData.name === "completedAchmtsLabel" ? "achievementsView" : ""
                     width: (figures.parent.width - 3 * figures.spacing) / 4
                     height: 74 * screen.u
                     radius: 16 * screen.u
@@ -151,6 +175,11 @@ Item {
                             font.pixelSize: 12 * screen.u
                             color: "#d9d2f5"
                         }
+                    }
+                    MouseArea {
+                        anchors.fill: parent
+                        enabled: modelData.name === "completedAchmtsLabel"
+                        onClicked: controller.openAchievements()
                     }
                 }
             }
