@@ -31,7 +31,8 @@ const QMap<QString, QString>& presentedScreens() {
     static const QMap<QString, QString> screens{
         {"leaderboard", "LeaderboardViewController"},   {"account", "AccountViewController"},
         {"settings", "SettingsViewController"},         {"rank", "RankViewController"},
-        {"achievements", "AchievementsViewController"},
+        {"achievements", "AchievementsViewController"}, {"tips", "TipsViewController"},
+        {"help", "HelpViewController"},
     };
     return screens;
 }
@@ -72,7 +73,7 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
         QStringLiteral("open"),
         QStringLiteral(
             "Go on from the main screen to SCREEN: rounds, levels, play, solved (the current level just "
-            "solved), login, leaderboard, account, settings, rank or achievements."),
+            "solved), login, leaderboard, account, settings, rank, achievements, tips or help."),
         QStringLiteral("SCREEN"));
     parser.addOptions({profile, screenshot, service, device, offline, dataDir, open});
 

@@ -50,3 +50,7 @@ QList<QVariantList> GameAdditions::getGameAchievementsData() {
         row(500, "levels:200", QStringLiteral("أكمل بنجاح 200 مرحلة بيوم واحد")),
     };
 }
+
+QStringList GameAdditions::getGameAdditionalTips() {
+    return {QStringLiteral("الان يمكنك لعب المراحل السابقة التي أنجزتها لكسب مزيد من النقاط")};
+}

@@ -7,6 +7,7 @@
 #include "core/LevelsInfoReader.h"
 #include "outreach/SoundFactory.h"
 #include "platform/Platform.h"
+#include "progress/TipsManager.h"
 
 LevelSelectorViewController::LevelSelectorViewController(QObject* parent)
     : ViewController(QStringLiteral("LevelSelectorViewController"), parent) {}
@@ -72,4 +73,8 @@ void LevelSelectorViewController::collectionViewDidSelectItemAtIndexPath(int row
 void LevelSelectorViewController::goBack() {
     SoundFactory::sharedInstance().playMenuTap();
     Platform::shared().navigator().popViewController();
+}
+
+void LevelSelectorViewController::showTipOfTheDay() {
+    TipsManager::sharedInstance().showTipOfTheDayBanner();
 }

@@ -11,6 +11,7 @@
 #include "progress/CreditsManager.h"
 #include "progress/RankManager.h"
 #include "progress/ScorePointsManager.h"
+#include "progress/SessionManager.h"
 #include "progress/UserStatsManager.h"
 
 MainViewController::MainViewController(QObject* parent)
@@ -43,6 +44,16 @@ void MainViewController::viewDidLoad() {
             });
     } else {
         m_notLogged = kLoginPrompt;
+    }
+    // The calls for attention: the tasks flash while one waits to be collected, and the start button shakes
+    // in the first session.
+    TipsManager& tips = TipsManager::sharedInstance();
+    if (tips.isTimeToAlertAchievements()) {
+        tips.doAlertAchievements(m_achievementsAttention);
+    }
+    (void)tips.isTimeToAlertSettings();
+    if (SessionManager::sharedInstance().isFirstSession()) {
+        tips.doAlertStartButton(m_startAttention);
     }
     auto& center = Platform::shared().notificationCenter();
     center.addObserver(this, scoreLoadedNotification, [this](const Notification&) { scoreLoaded(); });
@@ -187,6 +198,8 @@ void MainViewController::openSettings() {
 
 void MainViewController::openAchievements() {
     SoundFactory::sharedInstance().playMenuTap();
+    m_achievementsAttention = Attention();
+    emit labelsChanged();
     PresentationUtil::openAchievementsViewController(this);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/ViewController.h"
+#include "progress/TipsManager.h"
 
 #include <QColor>
 #include <memory>
@@ -19,6 +20,8 @@ class MainViewController : public ViewController {
     Q_PROPERTY(QString completedAchmtsLabel READ completedAchmtsLabel NOTIFY labelsChanged)
     Q_PROPERTY(QString totalWinsLabel READ totalWinsLabel NOTIFY labelsChanged)
     Q_PROPERTY(bool battleButtonVisible READ battleButtonVisible NOTIFY labelsChanged)
+    Q_PROPERTY(QString achievementsEffect READ achievementsEffect NOTIFY labelsChanged)
+    Q_PROPERTY(QString startButtonEffect READ startButtonEffect NOTIFY labelsChanged)
     Q_PROPERTY(QString notLoggedLabel READ notLoggedLabel NOTIFY labelsChanged)
     Q_PROPERTY(bool notLoggedVisible READ notLoggedVisible NOTIFY labelsChanged)
     Q_PROPERTY(QString playerRankLabel READ playerRankLabel NOTIFY labelsChanged)
@@ -60,6 +63,8 @@ public:
     QString completedAchmtsLabel() const { return m_completedAchmts; }
     QString totalWinsLabel() const { return m_totalWins; }
     bool battleButtonVisible() const { return m_battleButtonVisible; }
+    QString achievementsEffect() const { return m_achievementsAttention.effect; }
+    QString startButtonEffect() const { return m_startAttention.effect; }
     QString notLoggedLabel() const { return m_notLogged; }
     bool notLoggedVisible() const { return m_notLoggedVisible; }
     QString playerRankLabel() const { return m_playerRank; }
@@ -74,6 +79,7 @@ signals:
 private:
     QString m_skips, m_credits, m_level, m_round, m_points, m_badgeName, m_badgeDesc, m_badgeImage;
     QString m_completedAchmts, m_totalWins;
+    Attention m_achievementsAttention, m_startAttention, m_settingsAttention;
     bool m_battleButtonVisible = false;
     QString m_notLogged;
     bool m_notLoggedVisible = true;

@@ -27,6 +27,13 @@ void PresentationUtil::openAchievementsViewController(ViewController*) {
     present("AchievementsViewController");
 }
 
+void PresentationUtil::openTipsViewController(ViewController*) {
+    present("TipsViewController");
+}
+void PresentationUtil::openHelpViewController(ViewController*) {
+    present("HelpViewController");
+}
+
 void PresentationUtil::openInAppStore(ViewController* presenting) {
     if (Outreach::store) {
         Outreach::store->openInAppStore(presenting);

@@ -12,6 +12,8 @@ public:
     static void openSettingsViewController(ViewController* presenting);
     static void openRankViewController(ViewController* presenting);
     static void openAchievementsViewController(ViewController* presenting);
+    static void openTipsViewController(ViewController* presenting);
+    static void openHelpViewController(ViewController* presenting);
 
 private:
     static void present(const char* identifier);

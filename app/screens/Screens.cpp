@@ -13,11 +13,13 @@
 #include "platform/Platform.h"
 #include "screens/AchievementsViewController.h"
 #include "screens/CreditsViewController.h"
+#include "screens/HelpViewController.h"
 #include "screens/LevelSelectorViewController.h"
 #include "screens/MainViewController.h"
 #include "screens/RankViewController.h"
 #include "screens/RoundSelectorViewController.h"
 #include "screens/SettingsViewController.h"
+#include "screens/TipsViewController.h"
 
 #include <QQmlApplicationEngine>
 #include <QQmlContext>
@@ -39,6 +41,8 @@ template <class F> void forEachScreen(F&& f) {
     f.template operator()<SettingsViewController>("SettingsViewController");
     f.template operator()<RankViewController>("RankViewController");
     f.template operator()<AchievementsViewController>("AchievementsViewController");
+    f.template operator()<TipsViewController>("TipsViewController");
+    f.template operator()<HelpViewController>("HelpViewController");
 }
 } // namespace
 

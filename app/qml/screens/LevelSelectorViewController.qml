@@ -16,6 +16,28 @@ Item {
         color: controller.topbarColor
         title: "الجولة " + controller.currentRoundLabel
         onBack: controller.goBack()
+        // The tip of the day, at the end side of the bar.
+        Rectangle {
+            objectName: "tipButton"
+            anchors.right: parent.right
+            anchors.rightMargin: 10
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: (device.isPad ? 72 : 52) * 0.15
+            width: (device.isPad ? 72 : 52) * 0.7
+            height: width
+            radius: width / 2
+            color: "#22ffffff"
+            border.color: "#55ffffff"
+            Text {
+                anchors.centerIn: parent
+                text: "؟"
+                font.family: Theme.fontFamily
+                font.pixelSize: parent.height * 0.6
+                font.bold: true
+                color: Theme.gold
+            }
+            MouseArea { anchors.fill: parent; onClicked: controller.showTipOfTheDay() }
+        }
     }
     Grid {
         id: grid

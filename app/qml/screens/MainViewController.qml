@@ -176,6 +176,20 @@ Item {
                             color: "#d9d2f5"
                         }
                     }
+                    // A task waits to be collected: the tile flashes green.
+                    Rectangle {
+                        anchors.fill: parent
+                        radius: parent.radius
+                        color: "#32c832"
+                        opacity: 0
+                        SequentialAnimation on opacity {
+                            running: modelData.name === "completedAchmtsLabel" && controller.achievementsEffect === "flash"
+                            loops: Animation.Infinite
+                            onRunningChanged: if (!running) parent.opacity = 0
+                            NumberAnimation { from: 0; to: 0.55; duration: 250 }
+                            NumberAnimation { from: 0.55; to: 0; duration: 250 }
+                        }
+                    }
                     MouseArea {
                         anchors.fill: parent
                         enabled: modelData.name === "completedAchmtsLabel"
@@ -255,8 +269,34 @@ Item {
         anchors.bottomMargin: (device.deviceClass === 1 ? 60 : 34) * screen.u
         spacing: 14 * screen.u
         GameButton {
+            id: startButton
             objectName: "startButton"
             anchors.horizontalCenter: parent.horizontalCenter
+            transformOrigin: Item.Center
+            // The first session: a shake every three seconds.
+            Timer {
+                interval: 3000
+                repeat: true
+                running: controller.startButtonEffect === "shake"
+                onTriggered: tada.restart()
+            }
+            SequentialAnimation {
+                id: tada
+                ParallelAnimation {
+                    NumberAnimation { target: startButton; property: "scale"; to: 0.9; duration: 100 }
+                    NumberAnimation { target: startButton; property: "rotation"; to: -3; duration: 100 }
+                }
+                NumberAnimation { target: startButton; property: "scale"; to: 1.1; duration: 100 }
+                SequentialAnimation {
+                    loops: 3
+                    NumberAnimation { target: startButton; property: "rotation"; to: 3; duration: 80 }
+                    NumberAnimation { target: startButton; property: "rotation"; to: -3; duration: 80 }
+                }
+                ParallelAnimation {
+                    NumberAnimation { target: startButton; property: "scale"; to: 1.0; duration: 100 }
+                    NumberAnimation { target: startButton; property: "rotation"; to: 0; duration: 100 }
+                }
+            }
             width: 250 * screen.u
             height: 64 * screen.u
             fontSize: 24 * screen.u

@@ -1,0 +1,133 @@
+// Tips: the tip of the day round and round, the attention calls and their snapshots, the shown-once alerts;
+// the tips and help screens.
+#include "TestPlatform.h"
+#include "progress/AchievementManager.h"
+#include "progress/SessionManager.h"
+#include "progress/TipsManager.h"
+#include "progress/TutorialAlertsManager.h"
+#include "screens/HelpViewController.h"
+#include "screens/MainViewController.h"
+#include "screens/Screens.h"
+#include "screens/TipsViewController.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(Tips, TheTipOfTheDayGoesRoundInOrder) {
+    TestPlatform platform;
+    platform.defaults().setIntegerForKey(9, "tipOfTheDayKey");
+    auto& tips = TipsManager::sharedInstance();
+    ASSERT_EQ(tips.tips().size(), 10);
+    EXPECT_TRUE(tips.tips().at(7).startsWith(" "));
+    tips.showTipOfTheDayBanner();
+    auto& banner = Platform::shared().banner();
+    EXPECT_TRUE(banner.isVisible());
+    EXPECT_EQ(banner.title(), "ملاحظة اليوم");
+    EXPECT_EQ(banner.message(), "الان يمكنك لعب المراحل السابقة التي أنجزتها لكسب مزيد من النقاط");
+    EXPECT_EQ(platform.defaults().integerForKey("tipOfTheDayKey"), 10);
+    tips.showTipOfTheDayBanner();
+    EXPECT_TRUE(banner.message().startsWith("اضغط على زر المهمات"));
+    // The banner leaves by itself after eight seconds of the newest one.
+    platform.scheduler().advance(7.9);
+    EXPECT_TRUE(banner.isVisible());
+    platform.scheduler().advance(0.2);
+    EXPECT_FALSE(banner.isVisible());
+}
+
+TEST(Tips, AttentionIsJudgedByWhatWasTrueAtTheStart) {
+    TestPlatform platform;
+    for (qint64 n : {0, 4, 5, 6, 7}) {
+        platform.restart();
+        SessionManager::sharedInstance().setActiveSessions(n);
+        EXPECT_EQ(TipsManager::sharedInstance().isTimeToAlertSettings(), n == 5 || n == 6) << n;
+        Platform::shared().localNotifications().setUserNotificationSettingsTypes(7);
+        EXPECT_FALSE(TipsManager::sharedInstance().isTimeToAlertSettings());
+        Platform::shared().localNotifications().setUserNotificationSettingsTypes(0);
+    }
+
+    // A task met during the run flashes only from the next start on.
+    platform.restart();
+    SessionManager::sharedInstance().setActiveSessions(2);
+    SessionManager::sharedInstance().setAcitveDays(1);
+    AchievementManager::sharedInstance().checkAndUpdateAchievements();
+    EXPECT_FALSE(TipsManager::sharedInstance().isTimeToAlertAchievements());
+    platform.restart();
+    SessionManager::sharedInstance().setActiveSessions(3);
+    EXPECT_TRUE(TipsManager::sharedInstance().isTimeToAlertAchievements());
+
+    Attention view;
+    TipsManager::sharedInstance().doAlertAchievements(view);
+    EXPECT_EQ(view.effect, "flash");
+    TipsManager::sharedInstance().doAlertStartButton(view);
+    EXPECT_EQ(view, (Attention{"shake", QColor(), 3.0}));
+    EXPECT_FALSE(TipsManager::sharedInstance().isTimeToAlertLeaderboard());
+}
+
+TEST(Tips, TheMainScreenCallsForAttentionAndTheTasksStopIt) {
+    TestPlatform platform;
+    registerScreens(Platform::shared().navigator());
+    SessionManager::sharedInstance().checkAndLogSessionInfo(); // the first session
+    auto* main = new MainViewController();
+    Platform::shared().navigator().setRootViewController(main);
+    EXPECT_EQ(main->startButtonEffect(), "shake");
+    EXPECT_EQ(main->achievementsEffect(), "");
+
+    platform.defaults().setBoolForKey(true, "achv:days:1");
+    platform.defaults().setIntegerForKey(3, "activeSessions");
+    platform.restart();
+    registerScreens(Platform::shared().navigator());
+    auto* again = new MainViewController();
+    Platform::shared().navigator().setRootViewController(again);
+    EXPECT_EQ(again->startButtonEffect(), "");
+    EXPECT_EQ(again->achievementsEffect(), "flash");
+    again->openAchievements();
+    EXPECT_EQ(again->achievementsEffect(), "");
+}
+
+TEST(Tips, ShownOnceAlertsAreRemembered) {
+    TestPlatform platform;
+    EXPECT_FALSE(TutorialAlertsManager::sharedInstance().isAlertShownWithId("nothing"));
+    TutorialAlertsManager::sharedInstance().setAlertShownWithId("FirstLevelTutorial");
+    platform.restart();
+    EXPECT_TRUE(TutorialAlertsManager::sharedInstance().isAlertShownWithId("FirstLevelTutorial"));
+}
+
+TEST(Help, ThreePagesByButtonOrSwipe) {
+    TestPlatform platform;
+    registerScreens(Platform::shared().navigator());
+    auto& nav = Platform::shared().navigator();
+    nav.presentViewController(nav.instantiateViewControllerWithIdentifier("HelpViewController"));
+    auto* help = qobject_cast<HelpViewController*>(nav.presentedViewController());
+    ASSERT_NE(help, nullptr);
+    EXPECT_EQ(help->titles(), (QStringList{"ميزات اللعبة", "طريقة اللعب", "طارفولين"}));
+    EXPECT_FALSE(help->closeButtonHidden());
+    help->swipeHandler(HelpViewController::kSwipeRight); // nothing before the first page
+    EXPECT_EQ(help->currentPage(), 0);
+    const int taps = platform.audio().totalPlays();
+    help->swipeHandler(HelpViewController::kSwipeLeft);
+    EXPECT_EQ(platform.audio().totalPlays(), taps); // a swipe is silent
+    help->nextButtonAction(true);
+    EXPECT_EQ(help->currentPage(), 2);
+    EXPECT_EQ(help->title(), "طارفولين");
+    EXPECT_EQ(help->nextButtonText(), "ابدأ اللعب");
+    help->swipeHandler(HelpViewController::kSwipeLeft); // only the button ends the show
+    EXPECT_EQ(nav.presentedViewController(), help);
+    help->gotoPreviousView();
+    EXPECT_EQ(help->nextButtonText(), "التالي");
+    help->nextButtonAction(true);
+    help->nextButtonAction(true);
+    EXPECT_EQ(nav.presentedViewController(), nullptr);
+
+    // In the first session the close button stays hidden.
+    SessionManager::sharedInstance().checkAndLogSessionInfo();
+    nav.presentViewController(nav.instantiateViewControllerWithIdentifier("HelpViewController"));
+    EXPECT_TRUE(qobject_cast<HelpViewController*>(nav.presentedViewController())->closeButtonHidden());
+    nav.presentViewController(nav.instantiateViewControllerWithIdentifier("TipsViewController"));
+    auto* tips = qobject_cast<TipsViewController*>(nav.presentedViewController());
+    EXPECT_EQ(tips->tips().size(), 10);
+    tips->close();
+    EXPECT_NE(qobject_cast<HelpViewController*>(nav.presentedViewController()), nullptr);
+}
+
+} // namespace
