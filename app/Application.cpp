@@ -29,10 +29,14 @@ namespace {
 // The screens that --open presents over the main screen, by their short names.
 const QMap<QString, QString>& presentedScreens() {
     static const QMap<QString, QString> screens{
-        {"leaderboard", "LeaderboardViewController"},   {"account", "AccountViewController"},
-        {"settings", "SettingsViewController"},         {"rank", "RankViewController"},
-        {"achievements", "AchievementsViewController"}, {"tips", "TipsViewController"},
+        {"leaderboard", "LeaderboardViewController"},
+        {"account", "AccountViewController"},
+        {"settings", "SettingsViewController"},
+        {"rank", "RankViewController"},
+        {"achievements", "AchievementsViewController"},
+        {"tips", "TipsViewController"},
         {"help", "HelpViewController"},
+        {"profile", "UserProfileViewController"},
     };
     return screens;
 }
@@ -73,7 +77,7 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
         QStringLiteral("open"),
         QStringLiteral(
             "Go on from the main screen to SCREEN: rounds, levels, play, solved (the current level just "
-            "solved), login, leaderboard, account, settings, rank, achievements, tips or help."),
+            "solved), login, leaderboard, account, settings, rank, achievements, tips, help or profile."),
         QStringLiteral("SCREEN"));
     parser.addOptions({profile, screenshot, service, device, offline, dataDir, open});
 

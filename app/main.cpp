@@ -1,9 +1,10 @@
 #include "Application.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 
 int main(int argc, char* argv[]) {
-    QGuiApplication app(argc, argv);
+    // A QApplication: the charts of the profile are drawn by Qt Charts, which needs one.
+    QApplication app(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("tarvolin"));
     QGuiApplication::setOrganizationName(QStringLiteral("Tarvolin"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("طارفولين"));

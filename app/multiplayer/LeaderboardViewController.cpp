@@ -5,6 +5,7 @@
 #include "outreach/SoundFactory.h"
 #include "platform/Platform.h"
 #include "platform/gamekit/GKLocalPlayer.h"
+#include "screens/PresentationUtil.h"
 #include "screens/Util.h"
 
 #include <QPointer>
@@ -84,6 +85,11 @@ void LeaderboardViewController::addFriend(const QString& playerID) {
             }
             Util::showMessageWithTitle(text, QStringLiteral("طلب الصداقة"));
         });
+}
+
+void LeaderboardViewController::openUserProfile() {
+    SoundFactory::sharedInstance().playMenuTap();
+    PresentationUtil::openUserProfileViewController(this);
 }
 
 void LeaderboardViewController::openAccount() {

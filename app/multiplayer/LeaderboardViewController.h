@@ -24,6 +24,8 @@ public:
     Q_INVOKABLE void reload();
     Q_INVOKABLE void addFriend(const QString& playerID);
     Q_INVOKABLE void openAccount();
+    // The player's own figures, a page beside the leaderboard.
+    Q_INVOKABLE void openUserProfile();
     Q_INVOKABLE void close();
 
     int scope() const { return m_scope; }

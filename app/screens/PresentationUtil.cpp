@@ -34,6 +34,10 @@ void PresentationUtil::openHelpViewController(ViewController*) {
     present("HelpViewController");
 }
 
+void PresentationUtil::openUserProfileViewController(ViewController*) {
+    present("UserProfileViewController");
+}
+
 void PresentationUtil::openInAppStore(ViewController* presenting) {
     if (Outreach::store) {
         Outreach::store->openInAppStore(presenting);

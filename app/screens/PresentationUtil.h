@@ -14,6 +14,7 @@ public:
     static void openAchievementsViewController(ViewController* presenting);
     static void openTipsViewController(ViewController* presenting);
     static void openHelpViewController(ViewController* presenting);
+    static void openUserProfileViewController(ViewController* presenting);
 
 private:
     static void present(const char* identifier);

@@ -20,6 +20,7 @@
 #include "screens/RoundSelectorViewController.h"
 #include "screens/SettingsViewController.h"
 #include "screens/TipsViewController.h"
+#include "screens/UserProfileViewController.h"
 
 #include <QQmlApplicationEngine>
 #include <QQmlContext>
@@ -43,6 +44,7 @@ template <class F> void forEachScreen(F&& f) {
     f.template operator()<AchievementsViewController>("AchievementsViewController");
     f.template operator()<TipsViewController>("TipsViewController");
     f.template operator()<HelpViewController>("HelpViewController");
+    f.template operator()<UserProfileViewController>("UserProfileViewController");
 }
 } // namespace
 

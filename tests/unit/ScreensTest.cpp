@@ -18,6 +18,7 @@
 #include "screens/RankViewController.h"
 #include "screens/RoundSelectorViewController.h"
 #include "screens/SettingsViewController.h"
+#include "screens/UserProfileViewController.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -324,6 +325,52 @@ TEST_F(ReportScreens, TheMainScreenOpensEachOfThem) {
     nav.dismissViewController();
     // Back on the main screen the count shows what the tasks screen marked.
     EXPECT_EQ(m->completedAchmtsLabel(), "1/41");
+}
+
+} // namespace
+
+namespace {
+
+TEST_F(ReportScreens, TheProfileWithEmptyAndFullSeries) {
+    auto* p = present<UserProfileViewController>("UserProfileViewController");
+    ASSERT_NE(p, nullptr);
+    EXPECT_EQ(p->barValues(), QVariantList(10, 0));
+    EXPECT_EQ(p->barLabels().first(), "من عشر ايام");
+    EXPECT_EQ(p->barLabels().last(), "اليوم");
+    EXPECT_EQ(p->lineValues(), QVariantList(10, 0));
+    EXPECT_EQ(p->lineLabels(), (QStringList{"0", "1", "2", "3", "4", "5", "6", "7", "8", "9"}));
+    EXPECT_TRUE(p->historyRows().isEmpty());
+    EXPECT_EQ(p->figures().size(), 10);
+    p->goBack();
+
+    auto& stats = UserStatsManager::sharedInstance();
+    for (qint64 place : {50, 30, 50}) {
+        stats.updateGamecenterRankForCurrentDay(place);
+        stats.incrementCompletedLevelsForCurrentDay();
+        platform.scheduler().advance(86400);
+    }
+    stats.incrementCreditsUsedBy(120);
+    p = present<UserProfileViewController>("UserProfileViewController");
+    EXPECT_EQ(p->barValues().mid(7), (QVariantList{50, 30, 50}));
+    const QVariantList rows = p->historyRows();
+    ASSERT_EQ(rows.size(), 3);
+    EXPECT_EQ(rows.at(0).toMap().value("day"), "اليوم 1");
+    EXPECT_FALSE(rows.at(0).toMap().contains("change"));
+    EXPECT_EQ(rows.at(1).toMap().value("change"), "+20");
+    EXPECT_EQ(rows.at(1).toMap().value("arrow"), "green-arrow.png");
+    EXPECT_EQ(rows.at(2).toMap().value("change"), "-20");
+    EXPECT_EQ(rows.at(2).toMap().value("arrow"), "red-arrow.png");
+    QString used;
+    for (const QVariant& f : p->figures()) {
+        if (f.toMap().value("name") == "usedCreditsLabel") {
+            used = f.toMap().value("value").toString();
+        }
+    }
+    EXPECT_EQ(used, "120");
+    p->segmentChanged(1);
+    EXPECT_EQ(p->segment(), 1);
+    p->segmentChanged(0);
+    EXPECT_EQ(p->segment(), 0);
 }
 
 } // namespace

@@ -192,16 +192,29 @@ Item {
         wrapMode: Text.WordWrap
         horizontalAlignment: Text.AlignHCenter
     }
-    GameButton {
+    Row {
         id: account
-        objectName: "accountButton"
         anchors.bottom: parent.bottom
         anchors.bottomMargin: 20 * screen.u
         anchors.horizontalCenter: parent.horizontalCenter
-        width: 220 * screen.u
-        height: 46 * screen.u
-        primary: false
-        text: "حسابي وأصدقائي"
-        onClicked: controller.openAccount()
+        spacing: 10 * screen.u
+        GameButton {
+            objectName: "profileButton"
+            width: 130 * screen.u
+            height: 46 * screen.u
+            primary: false
+            fontSize: 15 * screen.u
+            text: "ارقامي"
+            onClicked: controller.openUserProfile()
+        }
+        GameButton {
+            objectName: "accountButton"
+            width: 190 * screen.u
+            height: 46 * screen.u
+            primary: false
+            fontSize: 15 * screen.u
+            text: "حسابي وأصدقائي"
+            onClicked: controller.openAccount()
+        }
     }
 }

@@ -1,0 +1,116 @@
+#include "UserProfileViewController.h"
+
+#include "ColorUtil.h"
+#include "Util.h"
+#include "multiplayer/GameCenterManager.h"
+#include "outreach/Outreach.h"
+#include "outreach/SoundFactory.h"
+#include "platform/Platform.h"
+#include "platform/gamekit/GKLocalPlayer.h"
+#include "progress/AchievementManager.h"
+#include "progress/SessionManager.h"
+#include "progress/UserStatsManager.h"
+
+UserProfileViewController::UserProfileViewController(QObject* parent)
+    : ViewController(QStringLiteral("UserProfileViewController"), parent) {}
+
+UserProfileViewController::~UserProfileViewController() {
+    if (Platform::isInstalled()) {
+        Platform::shared().notificationCenter().removeObserver(this);
+    }
+}
+
+void UserProfileViewController::viewDidLoad() {
+    Platform::shared().notificationCenter().addObserver(this, scoreLoadedNotification,
+                                                        [this](const Notification&) { scoreLoaded(); });
+    fillHead();
+
+    const UserStatsManager& stats = UserStatsManager::sharedInstance();
+    const SessionManager& sessions = SessionManager::sharedInstance();
+    const qint64 shared = Outreach::sharing ? Outreach::sharing->levelsShared() : 0;
+    const auto figure = [](const char* name, const QString& caption, qint64 value) {
+        return QVariantMap{
+            {"name", QString::fromLatin1(name)}, {"caption", caption}, {"value", QString::number(value)}};
+    };
+    m_figures = {
+        figure("totalSessionsLabel", QStringLiteral("الجلسات"), sessions.activeSessions()),
+        figure("totalDaysLabel", QStringLiteral("أيام اللعب"), sessions.acitveDays()),
+        figure("tasksAchievedLabel", QStringLiteral("المهمات المنجزة"),
+               AchievementManager::sharedInstance().getAchievedCount()),
+        figure("usedCreditsLabel", QStringLiteral("الذهب المستخدم"), stats.creditsUsed()),
+        figure("usedSkipsLabel", QStringLiteral("التخطي المستخدم"), stats.skipsUsed()),
+        figure("trainingsTakenLabel", QStringLiteral("التمارين"), stats.totalTrainingsTaken()),
+        figure("flyOverPassedLabel", QStringLiteral("رحلات الطيران"), stats.flyOverPassed()),
+        figure("timeTraveledLabel", QStringLiteral("السفر عبر الزمن"), stats.timeTraveled()),
+        figure("levelsSharedLabel", QStringLiteral("المراحل المشاركة"), shared),
+        figure("totalBattlesLabel", QStringLiteral("المعارك"), stats.totalBattles()),
+    };
+
+    m_barValues.clear();
+    for (qint64 v : stats.getGCRanksForLastDays(10)) {
+        m_barValues.append(v);
+    }
+    m_lineValues.clear();
+    for (qint64 v : stats.getCompletedLevelsForAllDays()) {
+        m_lineValues.append(v);
+    }
+    m_lineLabels = stats.getCompletedLevelsForAllDaysLabels();
+
+    // The history of places; with none kept, the series as the charts read it.
+    QList<qint64> places;
+    const QList<StatRecord>& history = stats.dailyGamecenterRanks();
+    for (const StatRecord& r : history) {
+        places.append(r.value);
+    }
+    m_history.clear();
+    for (qsizetype i = 0; i < places.size(); ++i) {
+        QVariantMap row{{"day", QStringLiteral("اليوم %1").arg(i + 1)},
+                        {"value", QString::number(places.at(i))}};
+        if (i > 0) {
+            // A rise up the leaderboard is positive.
+            const qint64 d = places.at(i - 1) - places.at(i);
+            if (d < 0) {
+                row.insert("arrow", QStringLiteral("red-arrow.png"));
+                row.insert("change", QString::number(d));
+                row.insert("color", ColorUtil::getRedColor());
+            } else {
+                row.insert("arrow", QStringLiteral("green-arrow.png"));
+                row.insert("change", QStringLiteral("+%1").arg(d));
+                row.insert("color", *ColorUtil::getColorWithType(1));
+            }
+        }
+        m_history.append(row);
+    }
+    emit changed();
+}
+
+void UserProfileViewController::fillHead() {
+    const GameCenterManager& gc = GameCenterManager::sharedInstance();
+    m_alias = GKLocalPlayer::localPlayer().displayName();
+    m_playerID = GKLocalPlayer::localPlayer().playerID();
+    if (gc.scoreObject) {
+        m_points = Util::formatLongNumber(gc.scoreObject->value);
+        m_rank = Util::formatLongNumber(gc.scoreObject->rank);
+    }
+}
+
+void UserProfileViewController::scoreLoaded() {
+    fillHead();
+    emit changed();
+}
+
+QStringList UserProfileViewController::barLabels() const {
+    return {QStringLiteral("من عشر ايام"), QStringLiteral("2"),    QStringLiteral("3"), QStringLiteral("4"),
+            QStringLiteral("5"),           QStringLiteral("6"),    QStringLiteral("7"), QStringLiteral("8"),
+            QStringLiteral("امس"),         QStringLiteral("اليوم")};
+}
+
+void UserProfileViewController::segmentChanged(int segment) {
+    m_segment = segment == 0 ? 0 : 1;
+    emit changed();
+}
+
+void UserProfileViewController::goBack() {
+    SoundFactory::sharedInstance().playMenuTap();
+    Platform::shared().navigator().dismissViewController();
+}
