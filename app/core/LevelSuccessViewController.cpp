@@ -74,7 +74,7 @@ void LevelSuccessViewController::viewDidLoad() {
             }
         },
         kSafetySeconds);
-    m_emitterRuns += 1;
+    Platform::shared().emitter().startEmitterOnViewForDuration(this, kEmitterSeconds);
     emit labelsChanged();
 }
 
@@ -102,6 +102,18 @@ void LevelSuccessViewController::scoreLoaded() {
         m_rankIsChanged = QStringLiteral("** مبروك لقد ارتفع ترتيبك **");
         m_rankChange = QStringLiteral("+%1").arg(Util::formatLongNumber(change));
         m_rankRose = true;
+        // The place panel pulses every two seconds and the share panel shakes every three, while the screen
+        // lasts; a moment later the rise is celebrated.
+        m_pulseGcView = true;
+        m_shakeShareScoreView = true;
+        Util::delayCallbackForTotalSeconds(
+            [this, alive = std::weak_ptr<int>(m_alive)] {
+                if (!alive.expired()) {
+                    Platform::shared().emitter().startGCRankEmitterOnViewForDuration(this,
+                                                                                     kRankEmitterSeconds);
+                }
+            },
+            kRankEmitterDelaySeconds);
     }
     emit labelsChanged();
 }

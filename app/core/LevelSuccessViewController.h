@@ -27,7 +27,8 @@ class LevelSuccessViewController : public ViewController {
     Q_PROPERTY(QString rankChangeText READ rankChangeText NOTIFY labelsChanged)
     Q_PROPERTY(bool rankRose READ rankRose NOTIFY labelsChanged)
     Q_PROPERTY(bool buttonsEnabled READ buttonsEnabled NOTIFY labelsChanged)
-    Q_PROPERTY(int emitterRuns READ emitterRuns NOTIFY labelsChanged)
+    Q_PROPERTY(bool pulseGcView READ pulseGcView NOTIFY labelsChanged)
+    Q_PROPERTY(bool shakeShareScoreView READ shakeShareScoreView NOTIFY labelsChanged)
 public:
     explicit LevelSuccessViewController(QObject* parent = nullptr);
     ~LevelSuccessViewController() override;
@@ -68,7 +69,13 @@ public:
     QString rankChangeText() const { return m_rankChange; }
     bool rankRose() const { return m_rankRose; }
     bool buttonsEnabled() const { return m_buttonsEnabled; }
-    int emitterRuns() const { return m_emitterRuns; }
+    bool pulseGcView() const { return m_pulseGcView; }
+    bool shakeShareScoreView() const { return m_shakeShareScoreView; }
+    static constexpr double kEmitterSeconds = 0.2;
+    static constexpr double kRankEmitterDelaySeconds = 0.3;
+    static constexpr double kRankEmitterSeconds = 1.5;
+    static constexpr double kPulseSeconds = 2.0;
+    static constexpr double kShakeSeconds = 3.0;
 
 signals:
     void labelsChanged();
@@ -77,6 +84,7 @@ private:
     QString m_totalPoints, m_currentCredits, m_lastRank, m_currentRank, m_rankIsChanged, m_rankChange;
     bool m_rankRose = false;
     bool m_buttonsEnabled = false;
-    int m_emitterRuns = 0;
+    bool m_pulseGcView = false;
+    bool m_shakeShareScoreView = false;
     std::shared_ptr<int> m_alive = std::make_shared<int>(0);
 };

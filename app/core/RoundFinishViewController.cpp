@@ -20,6 +20,7 @@ void RoundFinishViewController::viewDidLoad() {
     m_rankName = rank.name;
     rewardedCredits = Util::isConnected() ? RankManager::sharedInstance().getRoundCreditsReward() : 0;
     CreditsManager::sharedInstance().addCredits(rewardedCredits);
+    Platform::shared().emitter().startRoundEmitterOnViewForDuration(this, 0.0);
     rounds.resetRoundBonusValues();
 }
 

@@ -14,3 +14,9 @@ void MyEmitter::startGoldEmitterOnViewForDuration(ViewController*, double second
 void MyEmitter::startBattleWinEmitterOnViewForDuration(ViewController*, double seconds) {
     start(kBattleWin, seconds);
 }
+void MyEmitter::startGCRankEmitterOnViewForDuration(ViewController*, double seconds) {
+    start(kRank, seconds);
+}
+void MyEmitter::startRoundEmitterOnViewForDuration(ViewController*, double seconds) {
+    start(kRound, seconds);
+}

@@ -37,6 +37,9 @@ Window {
                 enabled: index === navigator.presented.length - 1
             }
         }
+        EmitterOverlay {
+            anchors.fill: parent
+        }
         DropdownBanner {
             anchors.left: parent.left
             anchors.right: parent.right

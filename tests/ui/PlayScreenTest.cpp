@@ -2,6 +2,7 @@
 // the levels to the first level of the shipped pack, solved by taps on the rendered tiles through the help
 // popup and the first level's gift, and on to the next level.
 #include "Application.h"
+#include "QuickItems.h"
 #include "TestPlatform.h"
 #include "core/AppDelegate.h"
 #include "core/GameViewController.h"
@@ -15,6 +16,8 @@
 #include <QQuickWindow>
 #include <QSGRendererInterface>
 #include <QtTest>
+
+using namespace QuickItems;
 
 class PlayScreenTest : public QObject {
     Q_OBJECT
@@ -123,26 +126,6 @@ private slots:
 
 private:
     static Alerts& alerts() { return Platform::shared().alerts(); }
-    // Every item of the visual tree, depth first.
-    static QList<QQuickItem*> allItems(QQuickItem* root) {
-        QList<QQuickItem*> items{root};
-        for (QQuickItem* child : root->childItems()) {
-            items += allItems(child);
-        }
-        return items;
-    }
-    static QQuickItem* findItem(QQuickWindow* window, const QString& name) {
-        QQuickItem* hidden = nullptr;
-        for (QQuickItem* item : allItems(window->contentItem())) {
-            if (item->objectName() == name) {
-                if (item->isVisible()) {
-                    return item;
-                }
-                hidden = item;
-            }
-        }
-        return hidden;
-    }
     static int countItems(QQuickWindow* window, const QString& prefix) {
         int n = 0;
         for (QQuickItem* item : allItems(window->contentItem())) {
@@ -161,11 +144,6 @@ private:
             }
         }
         return n;
-    }
-    static void click(QQuickWindow* window, QQuickItem* item) {
-        QVERIFY(item);
-        const QPointF centre = item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
-        QTest::mouseClick(window, Qt::LeftButton, {}, centre.toPoint());
     }
 };
 

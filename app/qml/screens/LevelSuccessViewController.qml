@@ -87,11 +87,25 @@ Item {
             }
             // The leaderboard place: before, now, and how far it rose.
             Rectangle {
+                id: gcView
                 objectName: "gcView"
                 width: parent.width
                 height: rankColumn.implicitHeight + 16
                 radius: 14
                 color: "#f3e6c4"
+                // The place rose: a pulse every two seconds while the screen lasts.
+                Timer {
+                    interval: 2000
+                    repeat: true
+                    running: controller.pulseGcView
+                    triggeredOnStart: true
+                    onTriggered: pulse.restart()
+                }
+                SequentialAnimation {
+                    id: pulse
+                    NumberAnimation { target: gcView; property: "scale"; to: 1.06; duration: 180; easing.type: Easing.OutQuad }
+                    NumberAnimation { target: gcView; property: "scale"; to: 1.0; duration: 220; easing.type: Easing.InQuad }
+                }
                 Column {
                     id: rankColumn
                     anchors.centerIn: parent
