@@ -37,6 +37,7 @@ const QMap<QString, QString>& presentedScreens() {
         {"tips", "TipsViewController"},
         {"help", "HelpViewController"},
         {"profile", "UserProfileViewController"},
+        {"about", "AboutViewController"},
     };
     return screens;
 }
@@ -77,7 +78,8 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
         QStringLiteral("open"),
         QStringLiteral(
             "Go on from the main screen to SCREEN: rounds, levels, play, solved (the current level just "
-            "solved), login, leaderboard, account, settings, rank, achievements, tips, help or profile."),
+            "solved), login, leaderboard, account, settings, rank, achievements, tips, help, profile or "
+            "about."),
         QStringLiteral("SCREEN"));
     parser.addOptions({profile, screenshot, service, device, offline, dataDir, open});
 

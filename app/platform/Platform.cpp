@@ -39,6 +39,9 @@ void Platform::install(Services services) {
     if (!services.localNotifications) {
         services.localNotifications = std::make_unique<LocalNotifications>();
     }
+    if (!services.urls) {
+        services.urls = std::make_unique<UrlOpener>();
+    }
     if (!services.web) {
         services.web = std::make_unique<QtWebClient>();
     }

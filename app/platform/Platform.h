@@ -13,6 +13,7 @@
 #include "Random.h"
 #include "Reachability.h"
 #include "Scheduler.h"
+#include "UrlOpener.h"
 #include "UserDefaults.h"
 #include "WebClient.h"
 #include "gamekit/GameService.h"
@@ -35,6 +36,7 @@ public:
         std::unique_ptr<GameService> gameService;
         std::unique_ptr<WebClient> web;
         std::unique_ptr<LocalNotifications> localNotifications;
+        std::unique_ptr<UrlOpener> urls;
     };
 
     static void install(Services services);
@@ -53,6 +55,7 @@ public:
     GameService& gameService() { return *m_services.gameService; }
     WebClient& web() { return *m_services.web; }
     LocalNotifications& localNotifications() { return *m_services.localNotifications; }
+    UrlOpener& urls() { return *m_services.urls; }
     Banner& banner() { return m_banner; }
     MyEmitter& emitter() { return m_emitter; }
     Alerts& alerts() { return m_alerts; }

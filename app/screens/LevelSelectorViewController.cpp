@@ -1,5 +1,6 @@
 #include "LevelSelectorViewController.h"
 
+#include "PresentationUtil.h"
 #include "Util.h"
 #include "core/Game.h"
 #include "core/GameViewController.h"
@@ -77,4 +78,9 @@ void LevelSelectorViewController::goBack() {
 
 void LevelSelectorViewController::showTipOfTheDay() {
     TipsManager::sharedInstance().showTipOfTheDayBanner();
+}
+
+void LevelSelectorViewController::openAbout() {
+    SoundFactory::sharedInstance().playMenuTap();
+    PresentationUtil::openAboutViewController(this);
 }

@@ -24,6 +24,7 @@ public:
     QVariantMap collectionViewCellForItemAtIndexPath(qint64 row) const;
     Q_INVOKABLE void collectionViewDidSelectItemAtIndexPath(int row);
     Q_INVOKABLE void goBack();
+    Q_INVOKABLE void openAbout();
     Q_INVOKABLE void showTipOfTheDay();
 
     QVariantList cells() const { return m_cells; }

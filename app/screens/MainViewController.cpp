@@ -212,3 +212,8 @@ void MainViewController::openStore() {
     SoundFactory::sharedInstance().playMenuTap();
     PresentationUtil::openInAppStore(this);
 }
+
+void MainViewController::openAbout() {
+    SoundFactory::sharedInstance().playMenuTap();
+    PresentationUtil::openAboutViewController(this);
+}

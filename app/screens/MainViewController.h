@@ -46,6 +46,7 @@ public:
     Q_INVOKABLE void openSettings();
     Q_INVOKABLE void openAchievements();
     Q_INVOKABLE void openRankings();
+    Q_INVOKABLE void openAbout();
     void loginToGameCenter();
     void loginBookkeeping();
     void scoreLoaded();

@@ -38,6 +38,10 @@ void PresentationUtil::openUserProfileViewController(ViewController*) {
     present("UserProfileViewController");
 }
 
+void PresentationUtil::openAboutViewController(ViewController*) {
+    present("AboutViewController");
+}
+
 void PresentationUtil::openInAppStore(ViewController* presenting) {
     if (Outreach::store) {
         Outreach::store->openInAppStore(presenting);

@@ -15,6 +15,7 @@ public:
     static void openTipsViewController(ViewController* presenting);
     static void openHelpViewController(ViewController* presenting);
     static void openUserProfileViewController(ViewController* presenting);
+    static void openAboutViewController(ViewController* presenting);
 
 private:
     static void present(const char* identifier);

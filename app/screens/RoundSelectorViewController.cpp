@@ -1,6 +1,7 @@
 #include "RoundSelectorViewController.h"
 
 #include "LevelSelectorViewController.h"
+#include "PresentationUtil.h"
 #include "Util.h"
 #include "core/Game.h"
 #include "core/LevelManager.h"
@@ -95,4 +96,9 @@ void RoundSelectorViewController::tableViewDidSelectRowAtIndexPath(int row) {
 void RoundSelectorViewController::goBack() {
     SoundFactory::sharedInstance().playMenuTap();
     Platform::shared().navigator().popViewController();
+}
+
+void RoundSelectorViewController::openAbout() {
+    SoundFactory::sharedInstance().playMenuTap();
+    PresentationUtil::openAboutViewController(this);
 }

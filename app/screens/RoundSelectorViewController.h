@@ -27,6 +27,7 @@ public:
     QVariantMap tableViewCellForRowAtIndexPath(qint64 row) const;
     Q_INVOKABLE void tableViewDidSelectRowAtIndexPath(int row);
     Q_INVOKABLE void goBack();
+    Q_INVOKABLE void openAbout();
 
     QVariantList rows() const { return m_rows; }
     int currentGroupValue() const { return static_cast<int>(currentGroup); }

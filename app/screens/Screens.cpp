@@ -11,6 +11,7 @@
 #include "multiplayer/LoginViewController.h"
 #include "multiplayer/PlayerPhotoProvider.h"
 #include "platform/Platform.h"
+#include "screens/AboutViewController.h"
 #include "screens/AchievementsViewController.h"
 #include "screens/CreditsViewController.h"
 #include "screens/HelpViewController.h"
@@ -45,6 +46,7 @@ template <class F> void forEachScreen(F&& f) {
     f.template operator()<TipsViewController>("TipsViewController");
     f.template operator()<HelpViewController>("HelpViewController");
     f.template operator()<UserProfileViewController>("UserProfileViewController");
+    f.template operator()<AboutViewController>("AboutViewController");
 }
 } // namespace
 

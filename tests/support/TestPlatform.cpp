@@ -171,6 +171,9 @@ void TestPlatform::install() {
     services.random = std::move(random);
     services.reachability = std::make_unique<Reachability>(false);
     services.device = std::make_unique<Device>(m_device);
+    auto urls = std::make_unique<RecordingUrlOpener>();
+    m_urls = urls.get();
+    services.urls = std::move(urls);
     services.localNotifications =
         std::make_unique<LocalNotifications>(m_dir.filePath(m_profile + "notifications.json"));
     if (m_realWeb) {

@@ -63,6 +63,16 @@ private:
     QUrl m_lastUrl;
 };
 
+// Addresses are remembered instead of opened.
+class RecordingUrlOpener : public UrlOpener {
+public:
+    bool openURL(const QUrl& url) override {
+        opened.append(url);
+        return canOpenURL(url);
+    }
+    QList<QUrl> opened;
+};
+
 // Animations that end only when the test says so.
 class ManualAnimator : public Animator {
 public:
@@ -160,6 +170,7 @@ public:
     RecordingAudio& audio() { return *m_audio; }
     // The scripted web client; not there after useRealWebClient().
     ScriptedWebClient& web() { return *m_web; }
+    RecordingUrlOpener& urls() { return *m_urls; }
     Reachability& reachability() { return Platform::shared().reachability(); }
     Alerts& alerts() { return Platform::shared().alerts(); }
     UserDefaults& defaults() { return Platform::shared().userDefaults(); }
@@ -181,5 +192,6 @@ private:
     ScriptedRandom* m_random = nullptr;
     RecordingAudio* m_audio = nullptr;
     ScriptedWebClient* m_web = nullptr;
+    RecordingUrlOpener* m_urls = nullptr;
     bool m_realWeb = false;
 };

@@ -5,6 +5,7 @@
 #include "progress/SessionManager.h"
 #include "progress/TipsManager.h"
 #include "progress/TutorialAlertsManager.h"
+#include "screens/AboutViewController.h"
 #include "screens/HelpViewController.h"
 #include "screens/MainViewController.h"
 #include "screens/Screens.h"
@@ -128,6 +129,50 @@ TEST(Help, ThreePagesByButtonOrSwipe) {
     EXPECT_EQ(tips->tips().size(), 10);
     tips->close();
     EXPECT_NE(qobject_cast<HelpViewController*>(nav.presentedViewController()), nullptr);
+}
+
+} // namespace
+
+namespace {
+
+TEST(About, EachActionLeadsWhereItSays) {
+    TestPlatform platform;
+    registerScreens(Platform::shared().navigator());
+    auto& nav = Platform::shared().navigator();
+    auto* main = new MainViewController();
+    nav.setRootViewController(main);
+    main->openAbout();
+    auto* about = qobject_cast<AboutViewController*>(nav.presentedViewController());
+    ASSERT_NE(about, nullptr);
+
+    about->openHelp();
+    EXPECT_EQ(nav.presentedViewController()->identifier(), "HelpViewController");
+    nav.dismissViewController();
+    about->openTips();
+    EXPECT_EQ(nav.presentedViewController()->identifier(), "TipsViewController");
+    nav.dismissViewController();
+    about->openCredits();
+    EXPECT_EQ(nav.presentedViewController()->identifier(), "CreditsViewController");
+    nav.dismissViewController();
+
+    about->rateGame();
+    about->openFacebookPage();
+    about->openTwitterPage();
+    about->openInstagramPage();
+    about->openOurGames();
+    ASSERT_EQ(platform.urls().opened.size(), 5);
+    for (const QUrl& url : platform.urls().opened) {
+        EXPECT_EQ(url.scheme(), "https") << url.toString().toStdString();
+    }
+    EXPECT_TRUE(platform.urls().opened.at(1).host().contains("facebook"));
+
+    // Sharing the game puts the invitation and the store page on the clipboard and says so.
+    about->shareGame();
+    EXPECT_TRUE(AboutViewController::shareText().contains("طارفولين"));
+    EXPECT_TRUE(AboutViewController::shareText().endsWith(platform.urls().opened.first().toString()));
+    EXPECT_EQ(platform.alerts().message(), AboutViewController::shareText());
+    about->close();
+    EXPECT_EQ(nav.presentedViewController(), nullptr);
 }
 
 } // namespace

@@ -16,11 +16,33 @@ Item {
         color: controller.topbarColor
         title: "الجولة " + controller.currentRoundLabel
         onBack: controller.goBack()
-        // The tip of the day, at the end side of the bar.
+        // The about hub, at the end side of the bar.
+        Rectangle {
+            objectName: "aboutButton"
+            anchors.right: parent.right
+            anchors.rightMargin: 10
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: (device.isPad ? 72 : 52) * 0.15
+            width: (device.isPad ? 72 : 52) * 0.7
+            height: width
+            radius: width / 2
+            color: "#22ffffff"
+            border.color: "#55ffffff"
+            Text {
+                anchors.centerIn: parent
+                text: "i"
+                font.family: Theme.fontFamily
+                font.pixelSize: parent.height * 0.55
+                font.bold: true
+                color: "#ffffff"
+            }
+            MouseArea { anchors.fill: parent; onClicked: controller.openAbout() }
+        }
+        // The tip of the day, beside it.
         Rectangle {
             objectName: "tipButton"
             anchors.right: parent.right
-            anchors.rightMargin: 10
+            anchors.rightMargin: 16 + (device.isPad ? 72 : 52) * 0.7
             anchors.bottom: parent.bottom
             anchors.bottomMargin: (device.isPad ? 72 : 52) * 0.15
             width: (device.isPad ? 72 : 52) * 0.7

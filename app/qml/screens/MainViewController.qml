@@ -39,8 +39,28 @@ Item {
                 height: 34 * screen.u
             }
         }
-        // The settings, at the end side.
+        // The settings and the about hub, at the end side.
         Rectangle {
+            objectName: "aboutButton"
+            anchors.right: settingsButton.left
+            anchors.rightMargin: 8
+            width: 34 * screen.u
+            height: width
+            radius: width / 2
+            color: "#66000000"
+            border.color: "#33ffffff"
+            Text {
+                anchors.centerIn: parent
+                text: "i"
+                font.family: Theme.fontFamily
+                font.pixelSize: 18 * screen.u
+                font.bold: true
+                color: "#ffffff"
+            }
+            MouseArea { anchors.fill: parent; onClicked: controller.openAbout() }
+        }
+        Rectangle {
+            id: settingsButton
             objectName: "settingsButton"
             anchors.right: parent.right
             width: 34 * screen.u

@@ -1,0 +1,38 @@
+#include "Addresses.h"
+
+#include <QDebug>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+QUrl Addresses::value(const QString& key) {
+    static const QJsonObject table = [] {
+        QFile file(QStringLiteral(":/outreach.json"));
+        if (!file.open(QIODevice::ReadOnly)) {
+            qWarning("The operator's addresses are missing from the game's resources.");
+            return QJsonObject();
+        }
+        return QJsonDocument::fromJson(file.readAll()).object();
+    }();
+    const QUrl url(table.value(key).toString(), QUrl::StrictMode);
+    if (!url.isValid() || url.isEmpty()) {
+        qWarning().noquote() << "No address for" << key;
+    }
+    return url;
+}
+
+QUrl Addresses::appStorePage() {
+    return value(QStringLiteral("appStorePage"));
+}
+QUrl Addresses::makerStorePage() {
+    return value(QStringLiteral("makerStorePage"));
+}
+QUrl Addresses::facebookPage() {
+    return value(QStringLiteral("facebook"));
+}
+QUrl Addresses::twitterPage() {
+    return value(QStringLiteral("twitter"));
+}
+QUrl Addresses::instagramPage() {
+    return value(QStringLiteral("instagram"));
+}
