@@ -20,7 +20,7 @@ packages=(
   # content tools
   hunspell-ar libhunspell-dev
   # tests and benchmarks
-  libgtest-dev libgmock-dev googletest libbenchmark-dev xvfb xauth
+  libgtest-dev libgmock-dev googletest libbenchmark-dev xvfb xauth dbus-daemon
 )
 
 SUDO=""

@@ -1,0 +1,101 @@
+// Desktop notifications on a session bus of the test's own (a private dbus-daemon): the notifier with and
+// without a notification service, and the running game delivering a due notification to the desktop while its
+// window is hidden, then bringing it forward when the player clicks.
+#include "Application.h"
+#include "FakeNotificationServer.h"
+#include "platform/DesktopNotifier.h"
+#include "platform/Platform.h"
+#include "progress/NotificationManager.h"
+
+#include <QProcess>
+#include <QQuickWindow>
+#include <QSGRendererInterface>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class DesktopNotificationsTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() {
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+        m_bus.setProcessChannelMode(QProcess::SeparateChannels);
+        m_bus.start(QStringLiteral("dbus-daemon"), {"--session", "--nofork", "--nopidfile",
+                                                    "--print-address=1", "--address=unix:tmpdir=/tmp"});
+        QVERIFY2(m_bus.waitForStarted(5000), "dbus-daemon did not start");
+        QTRY_VERIFY(m_bus.canReadLine());
+        m_address = QString::fromUtf8(m_bus.readLine()).trimmed();
+        QVERIFY(!m_address.isEmpty());
+        // The game's session bus is this one from its first use on.
+        qputenv("DBUS_SESSION_BUS_ADDRESS", m_address.toUtf8());
+    }
+
+    void cleanupTestCase() {
+        m_bus.terminate();
+        m_bus.waitForFinished(5000);
+    }
+
+    void withoutAServiceNothingIsShownAndNothingFails() {
+        DesktopNotifier notifier;
+        QVERIFY(!notifier.isAvailable());
+        QVERIFY(!notifier.notify("title", "body", [] {}));
+    }
+
+    void aClickOnTheNotificationRunsItsAction() {
+        FakeNotificationServer server(m_address);
+        QVERIFY(server.isRegistered());
+        DesktopNotifier notifier;
+        QTRY_VERIFY(notifier.isAvailable());
+        int clicks = 0;
+        QVERIFY(notifier.notify(QStringLiteral("اعرف الحل"), QStringLiteral("الحل الصحيح هو: نجم"),
+                                [&] { ++clicks; }));
+        QCOMPARE(server.shown().size(), 1);
+        QCOMPARE(server.shown().first().summary, QStringLiteral("اعرف الحل"));
+        QCOMPARE(server.shown().first().body, QStringLiteral("الحل الصحيح هو: نجم"));
+        QVERIFY(server.shown().first().actions.contains("default"));
+        server.click(server.shown().first().id);
+        QTRY_COMPARE(clicks, 1);
+        // Another notification's click is not this one's.
+        server.click(99);
+        QTest::qWait(100);
+        QCOMPARE(clicks, 1);
+    }
+
+    void theRunningGameSendsADueNotificationToTheDesktop() {
+        FakeNotificationServer server(m_address);
+        QVERIFY(server.isRegistered());
+        QTemporaryDir data;
+        Application::Options options;
+        options.profileRoot = data.path();
+        options.service = QStringLiteral("http://127.0.0.1:9");
+        options.offline = true;
+        Application game(options);
+        QVERIFY(game.start());
+        Platform::shared().alerts().press(0); // the offline prize message
+        QQuickWindow* window = game.window();
+        QVERIFY(window);
+        window->hide();
+
+        NotificationManager::sharedInstance().scheduleNotificationWithDelay(
+            QStringLiteral("الحل الصحيح هو: قمر"), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(server.shown().size(), 1, 5000);
+        QCOMPARE(server.shown().first().body, QStringLiteral("الحل الصحيح هو: قمر"));
+        QVERIFY(!Platform::shared().alerts().isVisible());
+
+        // The click brings the game forward and hands the notification over: the answer is shown.
+        server.click(server.shown().first().id);
+        QTRY_VERIFY(window->isVisible());
+        QTRY_COMPARE(Platform::shared().alerts().title(), QStringLiteral("الحل الصحيح"));
+        QCOMPARE(Platform::shared().alerts().message(), QStringLiteral("الحل الصحيح هو: قمر"));
+        // Delivered to the desktop, not as the in-game banner, and gone from the schedule.
+        QVERIFY(!Platform::shared().banner().isVisible());
+        QVERIFY(!NotificationManager::sharedInstance().isWaitNotificationIsScheduled());
+    }
+
+private:
+    QProcess m_bus;
+    QString m_address;
+};
+
+QTEST_MAIN(DesktopNotificationsTest)
+#include "DesktopNotificationsTest.moc"

@@ -1,0 +1,60 @@
+#include "FakeNotificationServer.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+
+QList<ShownNotification> NotificationService::shown() const {
+    QMutexLocker lock(&m_mutex);
+    return m_shown;
+}
+
+uint NotificationService::Notify(const QString& appName, uint, const QString&, const QString& summary,
+                                 const QString& body, const QStringList& actions, const QVariantMap&, int) {
+    QMutexLocker lock(&m_mutex);
+    m_shown.append({m_next, appName, summary, body, actions});
+    return m_next++;
+}
+
+void NotificationService::click(uint id) {
+    emit ActionInvoked(id, QStringLiteral("default"));
+    emit NotificationClosed(id, 2);
+}
+
+FakeNotificationServer::FakeNotificationServer(const QString& busAddress) {
+    m_service = new NotificationService();
+    m_service->moveToThread(&m_thread);
+    m_thread.start();
+    // The connection is made on the service's thread, so that it answers while the game's thread waits.
+    QMetaObject::invokeMethod(
+        m_service,
+        [this, busAddress] {
+            QDBusConnection bus =
+                QDBusConnection::connectToBus(busAddress, QStringLiteral("fake-notifications"));
+            m_registered =
+                bus.isConnected() &&
+                bus.registerObject(QStringLiteral("/org/freedesktop/Notifications"), m_service,
+                                   QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals) &&
+                bus.registerService(QStringLiteral("org.freedesktop.Notifications"));
+        },
+        Qt::BlockingQueuedConnection);
+}
+
+FakeNotificationServer::~FakeNotificationServer() {
+    QMetaObject::invokeMethod(
+        m_service,
+        [this] {
+            QDBusConnection bus(QStringLiteral("fake-notifications"));
+            bus.unregisterService(QStringLiteral("org.freedesktop.Notifications"));
+            bus.unregisterObject(QStringLiteral("/org/freedesktop/Notifications"));
+            QDBusConnection::disconnectFromBus(QStringLiteral("fake-notifications"));
+            delete m_service;
+        },
+        Qt::BlockingQueuedConnection);
+    m_thread.quit();
+    m_thread.wait();
+}
+
+void FakeNotificationServer::click(uint id) {
+    QMetaObject::invokeMethod(
+        m_service, [this, id] { m_service->click(id); }, Qt::QueuedConnection);
+}
