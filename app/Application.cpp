@@ -238,6 +238,9 @@ bool Application::start() {
                          }
                          last = state;
                      });
+    QObject::connect(&platform.localNotifications(), &LocalNotifications::userNotificationSettingsRegistered,
+                     qApp,
+                     [this](int types) { m_delegate.applicationDidRegisterUserNotificationSettings(types); });
     m_desktop = std::make_unique<DesktopNotifier>();
     m_delivery = std::make_unique<NotificationDelivery>();
     m_delivery->start([this](const LocalNotification& n) { deliver(n); });

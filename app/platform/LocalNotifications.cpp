@@ -168,4 +168,5 @@ void LocalNotifications::setUserNotificationSettingsTypes(int types) {
     m_types = types;
     m_asked = true;
     save();
+    emit userNotificationSettingsRegistered(types);
 }

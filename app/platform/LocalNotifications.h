@@ -50,6 +50,8 @@ public:
 
 signals:
     void scheduleChanged();
+    // The player answered the question about notifications: the kinds now allowed.
+    void userNotificationSettingsRegistered(int types);
 
 private:
     void load();
