@@ -33,6 +33,7 @@ Item {
                 font.pixelSize: 15
                 font.bold: true
                 color: "#2b1d00"
+                LayoutMirroring.enabled: false
                 horizontalAlignment: Text.AlignRight
             }
             Text {
@@ -43,6 +44,7 @@ Item {
                 font.family: Theme.fontFamily
                 font.pixelSize: 13
                 color: "#3d2a00"
+                LayoutMirroring.enabled: false
                 horizontalAlignment: Text.AlignRight
             }
         }

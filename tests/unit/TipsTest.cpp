@@ -176,3 +176,32 @@ TEST(About, EachActionLeadsWhereItSays) {
 }
 
 } // namespace
+
+namespace {
+
+TEST(Tips, ThePopupThatStandsReadyLeadsToTheLeaderboardOrTheTasks) {
+    TestPlatform platform;
+    registerScreens(Platform::shared().navigator());
+    auto& tips = TipsManager::sharedInstance();
+    auto& nav = Platform::shared().navigator();
+    nav.setRootViewController(new MainViewController());
+    tips.setCurrentSessions(4);
+    tips.checkAndShowAlertMessagePopup();
+    EXPECT_FALSE(platform.alerts().isVisible());
+    tips.setCurrentSessions(5);
+    tips.checkAndShowAlertMessagePopup();
+    EXPECT_EQ(platform.alerts().title(), "ترتيبك في الجيم سنتر");
+    platform.alerts().press(0);
+    EXPECT_EQ(nav.presentedViewController()->identifier(), "LeaderboardViewController");
+    nav.dismissViewController();
+    tips.setCurrentSessions(3);
+    tips.checkAndShowAlertMessagePopup();
+    EXPECT_FALSE(platform.alerts().isVisible()); // nothing to collect
+    tips.setIsUnrewardedAchievement(true);
+    tips.checkAndShowAlertMessagePopup();
+    EXPECT_EQ(platform.alerts().title(), "المهمات");
+    platform.alerts().press(0);
+    EXPECT_EQ(nav.presentedViewController()->identifier(), "AchievementsViewController");
+}
+
+} // namespace

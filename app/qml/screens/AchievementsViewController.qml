@@ -83,7 +83,8 @@ Item {
                 anchors.verticalCenter: parent.verticalCenter
                 text: modelData.desc
                 wrapMode: Text.WordWrap
-                horizontalAlignment: Text.AlignRight
+                // Mirrored with the layout: the text starts at the right.
+                horizontalAlignment: Text.AlignLeft
                 font.family: Theme.fontFamily
                 font.pixelSize: 13 * screen.u
                 color: "#ffffff"

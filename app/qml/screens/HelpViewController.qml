@@ -50,6 +50,8 @@ Item {
     component Line: Text {
         width: parent.width
         wrapMode: Text.WordWrap
+        // The page's text starts at the right, whatever the mirroring of the layout.
+        LayoutMirroring.enabled: false
         horizontalAlignment: Text.AlignRight
         font.family: Theme.fontFamily
         font.pixelSize: 15 * screen.u

@@ -204,6 +204,7 @@ Item {
                 Caption {
                     width: parent.width
                     wrapMode: Text.WordWrap
+                    LayoutMirroring.enabled: false
                     horizontalAlignment: Text.AlignRight
                     font.pixelSize: 14 * screen.u
                     text: "فعّل التنبيهات ليصلك الحل الصحيح بعد الانتظار وتمرينك اليومي"

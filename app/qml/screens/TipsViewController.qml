@@ -39,6 +39,7 @@ Item {
                 width: parent.width - 28 * screen.u
                 text: modelData.trim()
                 wrapMode: Text.WordWrap
+                LayoutMirroring.enabled: false
                 horizontalAlignment: Text.AlignRight
                 font.family: Theme.fontFamily
                 font.pixelSize: 14 * screen.u
