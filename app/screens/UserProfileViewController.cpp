@@ -8,8 +8,12 @@
 #include "platform/Platform.h"
 #include "platform/gamekit/GKLocalPlayer.h"
 #include "progress/AchievementManager.h"
+#include "progress/ScorePointsManager.h"
 #include "progress/SessionManager.h"
 #include "progress/UserStatsManager.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
 
 UserProfileViewController::UserProfileViewController(QObject* parent)
     : ViewController(QStringLiteral("UserProfileViewController"), parent) {}
@@ -108,6 +112,27 @@ QStringList UserProfileViewController::barLabels() const {
 void UserProfileViewController::segmentChanged(int segment) {
     m_segment = segment == 0 ? 0 : 1;
     emit changed();
+}
+
+QString UserProfileViewController::challengeText() {
+    return QStringLiteral("مرحبا أنا اتحداك ان تتجاوز معدل ذكائي ومجموع نقاطي %1 في لعبة %2")
+        .arg(ScorePointsManager::sharedInstance().totalPoints())
+        .arg(QStringLiteral("طارفولين"));
+}
+
+void UserProfileViewController::sendScoreChallege() {
+    SoundFactory::sharedInstance().playMenuTap();
+    Util::showMessageWithTitleOnDismiss(
+        QStringLiteral(
+            "عندما ترسل تحدي نقاط لأي لاعب، عندها كلما تجاوز احدكما الاخر بالنقاط او الترتيب ستصل رسالة "
+            "استهزاء للاعب الاخر تخبره بأنه خسر وتراجع امام صديقه وان عليه محاولة تجاوزه مرة اخرى"),
+        QStringLiteral("تحدي النقاط"), [] {
+            // On a desktop the challenge goes by the clipboard, to whoever the player sends it.
+            if (QClipboard* clipboard = QGuiApplication::clipboard()) {
+                clipboard->setText(challengeText());
+            }
+            Util::showMessageWithTitle(challengeText(), QStringLiteral("تم نسخ التحدي، أرسله لمن تتحداه"));
+        });
 }
 
 void UserProfileViewController::goBack() {

@@ -26,6 +26,9 @@ public:
 
     void scoreLoaded();
     Q_INVOKABLE void segmentChanged(int segment);
+    // What a score challenge is; then the challenge itself, ready to send to any player.
+    Q_INVOKABLE void sendScoreChallege();
+    static QString challengeText();
     Q_INVOKABLE void goBack();
 
     QString playerAlias() const { return m_alias; }

@@ -371,6 +371,14 @@ TEST_F(ReportScreens, TheProfileWithEmptyAndFullSeries) {
     EXPECT_EQ(p->segment(), 1);
     p->segmentChanged(0);
     EXPECT_EQ(p->segment(), 0);
+
+    // The score challenge: what it is, then the challenge with the player's points.
+    ScorePointsManager::sharedInstance().addPoints(321);
+    p->sendScoreChallege();
+    EXPECT_EQ(platform.alerts().title(), "تحدي النقاط");
+    platform.alerts().press(0);
+    EXPECT_EQ(platform.alerts().message(),
+              "مرحبا أنا اتحداك ان تتجاوز معدل ذكائي ومجموع نقاطي 321 في لعبة طارفولين");
 }
 
 } // namespace

@@ -137,6 +137,16 @@ Item {
                 }
             }
 
+            GameButton {
+                objectName: "scoreChallenge"
+                anchors.horizontalCenter: parent.horizontalCenter
+                width: 200 * screen.u
+                height: 40 * screen.u
+                fontSize: 15 * screen.u
+                text: "تحدي النقاط"
+                onClicked: controller.sendScoreChallege()
+            }
+
             // Places: the chart of ten days, or the history.
             Row {
                 anchors.horizontalCenter: parent.horizontalCenter
