@@ -305,12 +305,8 @@ TEST_F(TwoPlayers, TheDailyBonusIsPaidOncePerServerDayAndTheContextNumberTravels
         app.applicationDidFinishLaunchingWithOptions({});
         Dispatch::waitForGlobal();
         QCoreApplication::sendPostedEvents();
-        QStringList shown;
-        while (Platform::shared().alerts().isVisible()) {
-            shown << Platform::shared().alerts().title() + "|" + Platform::shared().alerts().message();
-            Platform::shared().alerts().press(0);
-        }
-        return std::make_pair(CreditsManager::sharedInstance().currentCredits() - before, shown);
+        return std::make_pair(CreditsManager::sharedInstance().currentCredits() - before,
+                              platform.takeMessages());
     };
 
     // The first start seeds the history with the service's date and pays nothing.

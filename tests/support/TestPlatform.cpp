@@ -218,6 +218,15 @@ void TestPlatform::setServiceUrl(const QString& url) {
     restart();
 }
 
+QStringList TestPlatform::takeMessages() {
+    QStringList shown;
+    while (alerts().isVisible()) {
+        shown << alerts().title() + "|" + alerts().message();
+        alerts().press(0);
+    }
+    return shown;
+}
+
 void TestPlatform::restart() {
     Dispatch::waitForGlobal();
     flushDeletes();

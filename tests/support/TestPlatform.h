@@ -174,6 +174,8 @@ public:
     Reachability& reachability() { return Platform::shared().reachability(); }
     Alerts& alerts() { return Platform::shared().alerts(); }
     UserDefaults& defaults() { return Platform::shared().userDefaults(); }
+    // Every message on screen, oldest first, as "title|text"; each is dismissed.
+    QStringList takeMessages();
     // Writes a pack file "ok.wav" of `packs` packs of 25 levels into the folder; "%1" in the solution stands
     // for the pack's index, and level i of pack p shows the pictures "p<p>l<i>".
     void writePackFile(int packs, const QString& solution, const QString& otherLetters) const;

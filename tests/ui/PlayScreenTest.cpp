@@ -30,14 +30,10 @@ private slots:
 
     void fromTheMainScreenToASolvedFirstLevel() {
         TestPlatform platform;
-        registerScreens(Platform::shared().navigator());
         AppDelegate app;
-        app.applicationDidFinishLaunchingWithOptions({});
-        auto engine = createGameEngine();
-        QVERIFY(engine);
-        auto* window = qobject_cast<QQuickWindow*>(engine->rootObjects().first());
+        std::unique_ptr<QQmlApplicationEngine> engine;
+        QQuickWindow* window = launchGameWindow(app, engine);
         QVERIFY(window);
-        QVERIFY(QTest::qWaitForWindowExposed(window));
 
         // Main screen, rounds, the first round's levels, the first level: each by a tap on what is drawn.
         auto& nav = Platform::shared().navigator();

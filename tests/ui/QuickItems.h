@@ -1,5 +1,10 @@
 #pragma once
 
+#include "core/AppDelegate.h"
+#include "platform/Platform.h"
+#include "screens/Screens.h"
+
+#include <QQmlApplicationEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QtTest>
@@ -38,6 +43,18 @@ inline void click(QQuickWindow* window, QQuickItem* item) {
     QVERIFY(item);
     const QPointF centre = item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
     QTest::mouseClick(window, Qt::LeftButton, {}, centre.toPoint());
+}
+
+// Launches the game on the installed platform and shows its window; null when the window did not come up.
+inline QQuickWindow* launchGameWindow(AppDelegate& app, std::unique_ptr<QQmlApplicationEngine>& engine) {
+    registerScreens(Platform::shared().navigator());
+    app.applicationDidFinishLaunchingWithOptions({});
+    engine = createGameEngine();
+    if (!engine || engine->rootObjects().isEmpty()) {
+        return nullptr;
+    }
+    auto* window = qobject_cast<QQuickWindow*>(engine->rootObjects().first());
+    return window && QTest::qWaitForWindowExposed(window) ? window : nullptr;
 }
 
 } // namespace QuickItems

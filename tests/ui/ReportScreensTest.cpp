@@ -29,13 +29,10 @@ private slots:
 
     void everyScreenFromTheMainScreen() {
         TestPlatform platform;
-        registerScreens(Platform::shared().navigator());
         AppDelegate app;
-        app.applicationDidFinishLaunchingWithOptions({});
-        auto engine = createGameEngine();
-        QVERIFY(engine);
-        auto* window = qobject_cast<QQuickWindow*>(engine->rootObjects().first());
-        QVERIFY(QTest::qWaitForWindowExposed(window));
+        std::unique_ptr<QQmlApplicationEngine> engine;
+        QQuickWindow* window = launchGameWindow(app, engine);
+        QVERIFY(window);
         auto& nav = Platform::shared().navigator();
 
         // Settings: the sound switch turns the effects off.

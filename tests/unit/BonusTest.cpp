@@ -34,15 +34,7 @@ protected:
         QCoreApplication::sendPostedEvents();
         return CreditsManager::sharedInstance().currentCredits() - before;
     }
-    // Every message shown since the last call, as "title|text", and dismisses them.
-    QStringList messages() {
-        QStringList shown;
-        while (platform.alerts().isVisible()) {
-            shown << platform.alerts().title() + "|" + platform.alerts().message();
-            platform.alerts().press(0);
-        }
-        return shown;
-    }
+    QStringList messages() { return platform.takeMessages(); }
     QList<qint32> types() const {
         QList<qint32> t;
         for (const Bonus& b : BonusManager::sharedInstance().previousBonusList()) {

@@ -32,14 +32,7 @@ protected:
         }
         return list;
     }
-    QStringList messages() {
-        QStringList shown;
-        while (platform.alerts().isVisible()) {
-            shown << platform.alerts().title() + "|" + platform.alerts().message();
-            platform.alerts().press(0);
-        }
-        return shown;
-    }
+    QStringList messages() { return platform.takeMessages(); }
     QDateTime now() const { return Platform::shared().scheduler().now(); }
 
     TestPlatform platform;
