@@ -30,6 +30,8 @@ const char* refusalCode(Refusal r) {
         return "same_player";
     case Refusal::NoOpponent:
         return "no_opponent";
+    case Refusal::NotDue:
+        return "not_due";
     }
     return "refused";
 }
@@ -246,6 +248,13 @@ std::optional<Moved> expireTurn(const Match& m, std::int64_t now) {
     after.fallThrough.erase(after.fallThrough.begin());
     after.turnDeadline = now + after.turnTimeoutMs;
     return Moved{after, turnNotice(after)};
+}
+
+Result expire(const Match& m, std::int64_t now) {
+    if (std::optional<Moved> moved = expireTurn(m, now)) {
+        return *moved;
+    }
+    return Refusal::NotDue;
 }
 
 Result removeFromList(const Match& m, const std::string& player) {

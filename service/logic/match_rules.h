@@ -70,6 +70,7 @@ enum class Refusal {
     SeatTaken,       // the waiting seat is no longer waiting
     SamePlayer,      // a match against oneself
     NoOpponent,      // the second seat never filled: there is nobody to play again
+    NotDue,          // the turn has not run out (or another instance has moved it already)
 };
 const char* refusalCode(Refusal r);
 
@@ -113,6 +114,8 @@ Result endMatchInTurn(const Match& m, const std::string& player, const std::vect
 // The turn whose deadline has passed goes to the next seat of its list; nothing when no deadline has passed.
 // A list that runs out leaves the turn where it is, with no deadline.
 std::optional<Moved> expireTurn(const Match& m, std::int64_t now);
+// expireTurn as a move: NotDue when nothing has run out.
+Result expire(const Match& m, std::int64_t now);
 // Takes an ended match out of one player's list; the other keeps it.
 Result removeFromList(const Match& m, const std::string& player);
 // A new invitation to the same opponent, from a player of an ended match.

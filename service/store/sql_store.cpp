@@ -1,5 +1,7 @@
 #include "store/store.h"
 
+#include "store/match_rows.h"
+
 #include <algorithm>
 #include <unordered_map>
 
@@ -420,6 +422,88 @@ public:
         });
     }
 
+    void insertMatch(const MatchChange& change) override {
+        conn_->transact([&](Tx& tx) {
+            match_rows::insert(tx, change.match);
+            for (const NewEvent& e : change.events) {
+                insertEvent(tx, e, change.match.updatedAt);
+            }
+        });
+    }
+
+    std::optional<Match> match(const std::string& id) override {
+        std::optional<Match> out;
+        conn_->read([&](Tx& tx) { out = match_rows::load(tx, id, false); });
+        return out;
+    }
+
+    std::vector<Match> matchesOf(const std::string& playerId) override {
+        std::vector<Match> out;
+        conn_->read([&](Tx& tx) {
+            for (const std::string& id : match_rows::listedIds(tx, playerId)) {
+                if (auto m = match_rows::load(tx, id, false)) {
+                    out.push_back(std::move(*m));
+                }
+            }
+        });
+        return out;
+    }
+
+    MatchMoveResult changeMatch(const std::string& id, const MatchMove& move) override {
+        MatchMoveResult out = MatchNotFound{};
+        conn_->transact([&](Tx& tx) { out = applyMove(tx, id, move); });
+        return out;
+    }
+
+    std::optional<MatchMoveResult> joinWaitingMatch(const std::string& playerId,
+                                                    const MatchMove& move) override {
+        std::optional<MatchMoveResult> out;
+        conn_->transact([&](Tx& tx) {
+            // Rows that another instance is seating a player in are passed over, never waited for.
+            for (const std::string& id : match_rows::waitingIds(tx, playerId, locks(), 1)) {
+                out = applyMove(tx, id, move);
+            }
+        });
+        return out;
+    }
+
+    std::vector<std::string> dueMatches(std::int64_t now, std::size_t limit) override {
+        std::vector<std::string> out;
+        conn_->read([&](Tx& tx) {
+            for (const Row& r :
+                 tx.exec("SELECT id FROM matches WHERE turn_deadline > 0 AND turn_deadline <= $1 "
+                         "AND status <> $2 ORDER BY turn_deadline, id LIMIT $3",
+                         {now, std::int64_t(logic::match::Status::Ended), std::int64_t(limit)})) {
+                out.push_back(r.text(0));
+            }
+        });
+        return out;
+    }
+
+    std::size_t openMatchCount(const std::string& playerId) override {
+        std::size_t n = 0;
+        conn_->read([&](Tx& tx) {
+            n = static_cast<std::size_t>(
+                tx.exec("SELECT COUNT(*) FROM matches m JOIN match_seats s ON s.match_id = m.id "
+                        "WHERE s.player_id = $1 AND m.status <> $2",
+                        {playerId, std::int64_t(logic::match::Status::Ended)})[0]
+                    .integer(0));
+        });
+        return n;
+    }
+
+    bool haveEndedMatchTogether(const std::string& a, const std::string& b) override {
+        bool found = false;
+        conn_->read([&](Tx& tx) {
+            found = !tx.exec("SELECT 1 FROM matches m JOIN match_seats x ON x.match_id = m.id "
+                             "JOIN match_seats y ON y.match_id = m.id "
+                             "WHERE m.status = $1 AND x.player_id = $2 AND y.player_id = $3 LIMIT 1",
+                             {std::int64_t(logic::match::Status::Ended), a, b})
+                         .empty();
+        });
+        return found;
+    }
+
     std::unique_ptr<Watch> watchChanges(ChangeHandler fn) override {
         return conn_->watch({kEventsChannel, kScoresChannel},
                             [fn = std::move(fn)](const std::string& channel, const std::string& playerId) {
@@ -428,6 +512,26 @@ public:
     }
 
 private:
+    // Whether rows can be locked: PostgreSQL; SQLite lets one writer in at a time anyway.
+    bool locks() const { return conn_->dialect() == "postgresql"; }
+
+    MatchMoveResult applyMove(Tx& tx, const std::string& id, const MatchMove& move) {
+        std::optional<Match> before = match_rows::load(tx, id, locks());
+        if (!before) {
+            return MatchNotFound{};
+        }
+        auto moved = move(*before);
+        if (auto* refusal = std::get_if<Refusal>(&moved)) {
+            return *refusal;
+        }
+        const MatchChange& change = std::get<MatchChange>(moved);
+        match_rows::update(tx, change.match);
+        for (const NewEvent& e : change.events) {
+            insertEvent(tx, e, change.match.updatedAt);
+        }
+        return change.match;
+    }
+
     std::vector<FriendRequest> requests(const char* column, const std::string& playerId) {
         std::vector<FriendRequest> out;
         conn_->read([&](Tx& tx) {

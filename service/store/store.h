@@ -1,6 +1,7 @@
 // The storage interface of the service: every operation is one transaction.
 #pragma once
 
+#include "logic/match_rules.h"
 #include "store/sql.h"
 
 #include <cstdint>
@@ -8,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 namespace tarvolin::store {
@@ -75,6 +77,18 @@ enum class FriendRequestOutcome {
 };
 enum class AnswerOutcome { Done, NotFound, NotPending };
 
+using logic::match::Match;
+using logic::match::Refusal;
+// A match after a move, with the events the move sends, stored in the same transaction.
+struct MatchChange {
+    Match match;
+    std::vector<NewEvent> events;
+};
+// A move on the stored match: the change to store, or the refusal that stores nothing.
+using MatchMove = std::function<std::variant<MatchChange, Refusal>(const Match&)>;
+struct MatchNotFound {};
+using MatchMoveResult = std::variant<Match, Refusal, MatchNotFound>;
+
 class Store {
 public:
     virtual ~Store() = default;
@@ -135,6 +149,24 @@ public:
                                              std::size_t limit) = 0;
     // Marks every event up to seq as delivered and drops it.
     virtual void ackEvents(const std::string& playerId, std::int64_t seq) = 0;
+
+    // Turn-based matches. Each change reads the match, moves it and writes it in one transaction, the match's
+    // row locked against every other instance.
+    virtual void insertMatch(const MatchChange& change) = 0;
+    virtual std::optional<Match> match(const std::string& id) = 0;
+    // The matches in a player's list, newest first.
+    virtual std::vector<Match> matchesOf(const std::string& playerId) = 0;
+    virtual MatchMoveResult changeMatch(const std::string& id, const MatchMove& move) = 0;
+    // Seats the player in the oldest match whose second seat waits, not his own: move makes the change.
+    // Nothing when no match waits (the caller then opens one).
+    virtual std::optional<MatchMoveResult> joinWaitingMatch(const std::string& playerId,
+                                                            const MatchMove& move) = 0;
+    // The matches whose turn has run out by `now`, oldest deadline first.
+    virtual std::vector<std::string> dueMatches(std::int64_t now, std::size_t limit) = 0;
+    // How many matches in play a player has a seat in.
+    virtual std::size_t openMatchCount(const std::string& playerId) = 0;
+    // Whether the two players have ended a match together.
+    virtual bool haveEndedMatchTogether(const std::string& a, const std::string& b) = 0;
 
     // Calls fn, from a thread of its own, whenever any instance on this database has stored events for a
     // player or changed a score, until the watch is destroyed. nullptr for a database of one instance.
