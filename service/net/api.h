@@ -86,6 +86,10 @@ public:
     store::Store& store() { return store_; }
     std::int64_t leaderboardSize() const;
     std::int64_t now() const { return clock_(); }
+    // Moves every turn that has run out by now to its next player; returns how many moved.
+    std::size_t expireDueTurns();
+    // Limits of turn-based matches.
+    static constexpr std::size_t kMaxOpenMatches = 50;
 
 private:
     struct Ctx;
@@ -122,6 +126,19 @@ private:
     Response loadAchievements(Ctx&);
     Response reportAchievements(Ctx&);
     Response resetAchievements(Ctx&);
+    Response findMatch(Ctx&);
+    Response listMatches(Ctx&);
+    Response getMatch(Ctx&);
+    Response endTurn(Ctx&);
+    Response setMatchMessage(Ctx&);
+    Response endMatch(Ctx&);
+    Response removeMatch(Ctx&);
+    Response rematch(Ctx&);
+    void addMatchRoutes();
+    // Applies a move to a stored match and wakes the players it tells; the answer is the match or the error.
+    Response moveMatch(Ctx& c, const std::function<logic::match::Result(const logic::match::Match&)>& rule,
+                       unsigned okStatus = 200);
+    Response createMatch(Ctx& c, const logic::match::Result& created);
 
     Response answerFriendRequest(Ctx&, bool accept);
     void eventsAdded(const std::string& playerId);

@@ -424,7 +424,8 @@ private:
 };
 
 Server::Server(Api& api, ServerConfig config, Logger& log)
-    : api_(api), config_(std::move(config)), log_(log), acceptor_(asio::make_strand(io_)) {
+    : api_(api), config_(std::move(config)), log_(log), acceptor_(asio::make_strand(io_)),
+      sweepTimer_(asio::make_strand(io_)) {
     api_.setEventListener(this);
 }
 
@@ -444,6 +445,9 @@ unsigned short Server::start() {
     acceptor_.listen(asio::socket_base::max_listen_connections);
     unsigned short port = acceptor_.local_endpoint().port();
     accept();
+    if (config_.turnSweep.count() > 0) {
+        sweepTurns();
+    }
     int n = std::max(1, config_.threads);
     for (int i = 0; i < n; ++i) {
         threads_.emplace_back([this] { io_.run(); });
@@ -465,10 +469,28 @@ void Server::accept() {
     });
 }
 
+void Server::sweepTurns() {
+    sweepTimer_.expires_after(config_.turnSweep);
+    sweepTimer_.async_wait([this](beast::error_code ec) {
+        if (ec || stopping_) {
+            return;
+        }
+        try {
+            if (std::size_t moved = api_.expireDueTurns()) {
+                log_.log(LogLevel::Info, "turns timed out", {{"count", std::to_string(moved)}});
+            }
+        } catch (const std::exception& e) {
+            log_.log(LogLevel::Warn, "turn sweep failed", {{"error", e.what()}});
+        }
+        sweepTurns();
+    });
+}
+
 void Server::shutdown() {
     if (stopping_.exchange(true)) {
         return;
     }
+    asio::post(io_, [this] { sweepTimer_.cancel(); });
     asio::post(acceptor_.get_executor(), [this] {
         beast::error_code ec;
         acceptor_.close(ec);

@@ -7,6 +7,7 @@
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
 
 #include <atomic>
 #include <chrono>
@@ -23,9 +24,12 @@ struct ServerConfig {
     std::string address = "0.0.0.0";
     unsigned short port = 8080; // 0 picks a free port
     int threads = 2;
-    std::size_t maxBodyBytes = 64 * 1024;
+    // Room for 64 KiB of match data in base64 and its JSON.
+    std::size_t maxBodyBytes = 128 * 1024;
     std::chrono::seconds idleTimeout{60};
     std::chrono::seconds shutdownGrace{10};
+    // How often turns that have run out are moved on; 0 leaves it to the caller (tests).
+    std::chrono::milliseconds turnSweep{1000};
 };
 
 // Something the server can ask to finish: an HTTP session or a WebSocket.
@@ -65,6 +69,7 @@ public:
 
 private:
     void accept();
+    void sweepTurns();
 
     Api& api_;
     ServerConfig config_;
@@ -78,6 +83,7 @@ private:
 
     boost::asio::io_context io_;
     boost::asio::ip::tcp::acceptor acceptor_;
+    boost::asio::steady_timer sweepTimer_;
     std::vector<std::thread> threads_;
 };
 

@@ -56,7 +56,7 @@ TEST(Operations, BadRequestsGetJsonErrorsAndTheConnectionGoesOn) {
 
 TEST(Operations, ATooLargeBodyIsRefusedAndNothingIsWritten) {
     TestService svc("sqlite");
-    std::string name(20'000, 'x');
+    std::string name(tarvolin::net::ServerConfig{}.maxBodyBytes + 1000, 'x');
     Reply r = svc.http().request("POST", "/v1/accounts",
                                  R"({"displayName":")" + name + R"(","password":"12345678"})");
     EXPECT_EQ(r.status, 413u);

@@ -263,7 +263,8 @@ void TestService::start() {
     sc.address = "127.0.0.1";
     sc.port = 0;
     sc.threads = 2;
-    sc.maxBodyBytes = 16 * 1024;
+    sc.turnSweep = std::chrono::milliseconds(0); // tests move turns on by the clock they drive
+    sc.maxBodyBytes = net::ServerConfig{}.maxBodyBytes;
     sc.shutdownGrace = std::chrono::seconds(5);
     server_ = std::make_unique<net::Server>(*api_, sc, log_);
     port_ = server_->start();

@@ -127,6 +127,7 @@ public:
     unsigned short port() const { return port_; }
     HttpClient& http() { return *client_; }
     net::Server& server() { return *server_; }
+    net::Api& api() { return *api_; }
     void advance(std::int64_t ms) { clock_ += ms; }
     std::int64_t now() const { return clock_; }
 

@@ -1,0 +1,182 @@
+#include "store/match_rows.h"
+#include "support.h"
+
+#include <gtest/gtest.h>
+
+using namespace tarvolin::testing;
+namespace json = boost::json;
+
+namespace {
+
+std::string b64(const std::string& s) {
+    return tarvolin::store::match_rows::encodeData(s);
+}
+
+class MatchesApiTest : public ::testing::TestWithParam<std::string> {
+protected:
+    void SetUp() override {
+        TARVOLIN_REQUIRE_BACKEND(GetParam());
+        svc = std::make_unique<TestService>(GetParam());
+        amal = svc->signUp("amal");
+        badr = svc->signUp("badr");
+        cyrine = svc->signUp("cyrine");
+    }
+
+    json::object find(const Account& a, json::object body, unsigned expected) {
+        Reply r = svc->http().post("/v1/matches", body, a.token);
+        EXPECT_EQ(r.status, expected) << r.body;
+        return r.status == expected && r.json.is_object() && r.obj().contains("match")
+                   ? r.json.at("match").as_object()
+                   : json::object{};
+    }
+    json::object invite(const Account& from, const Account& to) {
+        return find(from, json::object{{"recipients", json::array{to.id.c_str()}}}, 201);
+    }
+    Reply turn(const Account& a, const std::string& id, json::array next, std::int64_t timeout,
+               const std::string& data) {
+        return svc->http().post("/v1/matches/" + id + "/turn",
+                                json::object{{"nextParticipants", std::move(next)},
+                                             {"timeout", timeout},
+                                             {"matchData", b64(data)}},
+                                a.token);
+    }
+    Reply end(const Account& a, const std::string& id, json::array outcomes) {
+        return svc->http().post("/v1/matches/" + id + "/end",
+                                json::object{{"outcomes", std::move(outcomes)}, {"matchData", b64("done")}},
+                                a.token);
+    }
+    static std::string idOf(const json::object& m) { return std::string(m.at("matchID").as_string()); }
+
+    std::unique_ptr<TestService> svc;
+    Account amal, badr, cyrine;
+};
+
+} // namespace
+
+TEST_P(MatchesApiTest, ABattleByInvitationFromTheFirstTurnToTheOutcomes) {
+    svc->befriend(amal, badr);
+    WsClient badrEvents(svc->port(), badr.token);
+    badrEvents.drain();
+    const json::object m = invite(amal, badr);
+    EXPECT_EQ(m.at("status"), 1);
+    EXPECT_EQ(m.at("currentParticipant"), 0);
+    EXPECT_EQ(m.at("participants").as_array()[1].at("status"), 1); // invited
+    const std::string id = idOf(m);
+
+    EXPECT_EQ(turn(badr, id, {0}, 86400, "x").errorCode(), "not_your_turn");
+    EXPECT_EQ(turn(cyrine, id, {1}, 86400, "x").status, 404u);
+    EXPECT_EQ(svc->http().get("/v1/matches/" + id, cyrine.token).status, 404u);
+    Reply passed = turn(amal, id, {1}, 86400, "battle: level 7");
+    ASSERT_EQ(passed.status, 200u) << passed.body;
+    // Badr learns of it as an invitation, with the match and its data.
+    auto e = badrEvents.next();
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->at("event"), "invitation");
+    EXPECT_EQ(e->at("data").at("match").at("matchID"), id.c_str());
+    EXPECT_EQ(e->at("data").at("match").at("matchData"), b64("battle: level 7").c_str());
+
+    Reply listed = svc->http().get("/v1/matches", badr.token);
+    ASSERT_EQ(listed.json.at("matches").as_array().size(), 1u);
+    EXPECT_EQ(end(badr, id, {3}).errorCode(), "invalid_outcomes");
+    WsClient amalEvents(svc->port(), amal.token);
+    amalEvents.drain();
+    Reply ended = end(badr, id, {3, 2});
+    ASSERT_EQ(ended.status, 200u) << ended.body;
+    EXPECT_EQ(ended.json.at("match").at("status"), 2);
+    EXPECT_EQ(ended.json.at("match").at("participants").as_array()[1].at("matchOutcome"), 2);
+    auto over = amalEvents.next();
+    ASSERT_TRUE(over);
+    EXPECT_EQ(over->at("event"), "match_ended");
+    EXPECT_EQ(turn(amal, id, {1}, 60, "late").errorCode(), "match_ended");
+}
+
+TEST_P(MatchesApiTest, InvitationsGoToFriendsAndFormerOpponentsOnly) {
+    Reply refused = svc->http().post(
+        "/v1/matches", json::object{{"recipients", json::array{cyrine.id.c_str()}}}, amal.token);
+    EXPECT_EQ(refused.status, 403u);
+    EXPECT_EQ(refused.errorCode(), "invitation_refused");
+    EXPECT_EQ(refused.json.at("error").at("gkCode"), 8);
+    EXPECT_EQ(svc->http()
+                  .post("/v1/matches", json::object{{"recipients", json::array{"nobody"}}}, amal.token)
+                  .status,
+              404u);
+
+    // An automatic match ended together makes them former opponents.
+    const std::string id = idOf(find(amal, json::object{}, 201));
+    ASSERT_EQ(turn(amal, id, {1}, 3600, "level").status, 200u);
+    const json::object joined = find(cyrine, json::object{}, 200);
+    EXPECT_EQ(idOf(joined), id);
+    ASSERT_EQ(end(cyrine, id, {4, 4}).status, 200u);
+    EXPECT_EQ(invite(amal, cyrine).at("status"), 1);
+    // And either may play again with the other.
+    Reply again = svc->http().post("/v1/matches/" + id + "/rematch", json::object{}, cyrine.token);
+    EXPECT_EQ(again.status, 201u);
+    EXPECT_EQ(again.json.at("match").at("participants").as_array()[1].at("playerID"), amal.id.c_str());
+}
+
+TEST_P(MatchesApiTest, AutomaticMatchingNeverSeatsAPlayerAgainstHimself) {
+    const json::object first = find(amal, json::object{}, 201);
+    EXPECT_EQ(first.at("status"), 3);
+    EXPECT_TRUE(first.at("participants").as_array()[1].at("playerID").is_null());
+    svc->advance(1000);
+    const json::object second = find(amal, json::object{}, 201);
+    EXPECT_NE(idOf(second), idOf(first));
+    // Badr takes the oldest waiting seat.
+    const json::object joined = find(badr, json::object{}, 200);
+    EXPECT_EQ(idOf(joined), idOf(first));
+    EXPECT_EQ(joined.at("status"), 1);
+    EXPECT_EQ(joined.at("participants").as_array()[1].at("playerID"), badr.id.c_str());
+}
+
+TEST_P(MatchesApiTest, ARunOutTurnFallsThroughOnceAndAcrossARestart) {
+    svc->befriend(amal, badr);
+    const std::string id = idOf(invite(amal, badr));
+    ASSERT_EQ(turn(amal, id, {1, 0}, 60, "d").status, 200u);
+    svc->advance(59'999);
+    EXPECT_EQ(svc->api().expireDueTurns(), 0u);
+    svc->restart(); // the deadline is in storage
+    svc->advance(1);
+    WsClient amalEvents(svc->port(), amal.token);
+    amalEvents.drain();
+    EXPECT_EQ(svc->api().expireDueTurns(), 1u);
+    EXPECT_EQ(svc->api().expireDueTurns(), 0u);
+    auto e = amalEvents.next();
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->at("event"), "turn");
+    Reply m = svc->http().get("/v1/matches/" + id, amal.token);
+    EXPECT_EQ(m.json.at("match").at("currentParticipant"), 0);
+    // The list ran out: the turn stays with Amal for good.
+    svc->advance(60'000);
+    EXPECT_EQ(svc->api().expireDueTurns(), 1u);
+    svc->advance(10LL * 86400 * 1000);
+    EXPECT_EQ(svc->api().expireDueTurns(), 0u);
+    EXPECT_EQ(svc->http().get("/v1/matches/" + id, amal.token).json.at("match").at("turnDeadline"), 0);
+}
+
+TEST_P(MatchesApiTest, DataUpToTheLimitAndRefusalsWriteNothing) {
+    svc->befriend(amal, badr);
+    const std::string id = idOf(invite(amal, badr));
+    ASSERT_EQ(turn(amal, id, {0}, 60, std::string(64 * 1024, 'x')).status, 200u);
+    Reply over = turn(amal, id, {1}, 60, std::string(64 * 1024 + 1, 'y'));
+    EXPECT_EQ(over.status, 413u);
+    EXPECT_EQ(over.errorCode(), "data_too_large");
+    EXPECT_EQ(turn(amal, id, {1, 1}, 60, "z").errorCode(), "invalid_next_participants");
+    EXPECT_EQ(turn(amal, id, {1}, 0, "z").errorCode(), "invalid_timeout");
+    Reply bad = svc->http().post(
+        "/v1/matches/" + id + "/turn",
+        json::object{{"nextParticipants", json::array{1}}, {"matchData", "not base64!"}}, amal.token);
+    EXPECT_EQ(bad.errorCode(), "invalid_field");
+    const Reply now = svc->http().get("/v1/matches/" + id, amal.token);
+    EXPECT_EQ(now.json.at("match").at("matchData"), b64(std::string(64 * 1024, 'x')).c_str());
+    EXPECT_EQ(now.json.at("match").at("currentParticipant"), 0);
+
+    // A match in play stays in both lists; once ended, each removes it from his own.
+    EXPECT_EQ(svc->http().request("DELETE", "/v1/matches/" + id, {}, amal.token).errorCode(),
+              "match_not_ended");
+    ASSERT_EQ(end(amal, id, {2, 3}).status, 200u);
+    EXPECT_EQ(svc->http().request("DELETE", "/v1/matches/" + id, {}, amal.token).status, 200u);
+    EXPECT_TRUE(svc->http().get("/v1/matches", amal.token).json.at("matches").as_array().empty());
+    EXPECT_EQ(svc->http().get("/v1/matches", badr.token).json.at("matches").as_array().size(), 1u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Backends, MatchesApiTest, ::testing::ValuesIn(backends()), backendName);
