@@ -50,3 +50,42 @@ TEST(Instances, TwoInstancesOnOneDatabaseShareEventsAndRanks) {
     EXPECT_EQ(eventualRank(two, bader, 1), 1);
     EXPECT_EQ(eventualRank(two, ali, 2), 2);
 }
+
+TEST(Instances, ATurnCrossesTwoInstancesAndARunOutTurnMovesOnce) {
+    TARVOLIN_REQUIRE_BACKEND("postgresql");
+    TestService one("postgresql");
+    TestService two(one.database());
+    Account ali = one.signUp("Ali");
+    Account bader = two.signUp("Bader");
+    one.befriend(ali, bader);
+
+    // Ali plays on one instance; Bader, connected to the other, is told at once.
+    WsClient baderEvents(two.port(), bader.token);
+    baderEvents.drain();
+    Reply found = one.http().post("/v1/matches", json::object{{"recipients", json::array{bader.id.c_str()}}},
+                                  ali.token);
+    ASSERT_EQ(found.status, 201u) << found.body;
+    const std::string id(found.json.at("match").at("matchID").as_string());
+    Reply passed =
+        one.http().post("/v1/matches/" + id + "/turn",
+                        json::object{{"nextParticipants", json::array{1, 0}}, {"timeout", 60}}, ali.token);
+    ASSERT_EQ(passed.status, 200u) << passed.body;
+    auto e = baderEvents.next();
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->at("event"), "invitation");
+
+    // Both instances sweep at once when the turn runs out: it moves once, and Ali hears it once.
+    WsClient aliEvents(two.port(), ali.token);
+    aliEvents.drain();
+    one.advance(60'000);
+    two.advance(60'000);
+    std::size_t moved = 0;
+    std::thread other([&] { moved += two.api().expireDueTurns(); });
+    const std::size_t here = one.api().expireDueTurns();
+    other.join();
+    EXPECT_EQ(here + moved, 1u);
+    auto turn = aliEvents.next();
+    ASSERT_TRUE(turn);
+    EXPECT_EQ(turn->at("event"), "turn");
+    EXPECT_TRUE(aliEvents.drain().empty());
+}
