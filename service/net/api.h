@@ -88,8 +88,11 @@ public:
     std::int64_t now() const { return clock_(); }
     // Moves every turn that has run out by now to its next player; returns how many moved.
     std::size_t expireDueTurns();
-    // Limits of turn-based matches.
+    // Limits of turn-based matches: in play at once, and created per minute (a burst of 10, then one every
+    // six seconds).
     static constexpr std::size_t kMaxOpenMatches = 50;
+    static constexpr double kMatchesPerSecond = 10.0 / 60.0;
+    static constexpr double kMatchBurst = 10;
 
 private:
     struct Ctx;
@@ -155,6 +158,7 @@ private:
     logic::FailureLimiter accountFailures_;
     logic::FailureLimiter addressFailures_;
     logic::RequestLimiter requests_;
+    logic::RequestLimiter matchCreations_{kMatchesPerSecond, kMatchBurst};
     std::string dummyHash_; // verified against when a name is unknown, so both cases cost the same
 
     mutable std::shared_mutex indexMutex_;

@@ -136,13 +136,15 @@ Response Api::createMatch(Ctx& c, const match::Result& created) {
     if (match::refused(created)) {
         return refusalResponse(std::get<match::Refusal>(created));
     }
+    if (!matchCreations_.allow(c.playerId, clock_())) {
+        return errorResponse(429, "too_many_new_matches", "at most 10 new matches a minute");
+    }
     std::vector<std::string> told;
     store::MatchChange change = changeOf(std::get<match::Moved>(created), &told);
     store_.insertMatch(change);
     for (const std::string& p : told) {
         eventsAdded(p);
     }
-    (void)c;
     return jsonResponse(201, json::object{{"match", matchJson(change.match)}});
 }
 

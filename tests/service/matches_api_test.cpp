@@ -179,4 +179,25 @@ TEST_P(MatchesApiTest, DataUpToTheLimitAndRefusalsWriteNothing) {
     EXPECT_EQ(svc->http().get("/v1/matches", badr.token).json.at("matches").as_array().size(), 1u);
 }
 
+TEST_P(MatchesApiTest, NewMatchesAreLimitedPerMinuteAndInPlay) {
+    for (int i = 0; i < 10; ++i) {
+        find(amal, json::object{}, 201);
+    }
+    Reply eleventh = svc->http().post("/v1/matches", json::object{}, amal.token);
+    EXPECT_EQ(eleventh.status, 429u);
+    EXPECT_EQ(eleventh.errorCode(), "too_many_new_matches");
+    // Joining someone else's waiting match creates nothing.
+    EXPECT_EQ(find(badr, json::object{}, 200).at("participants").as_array()[1].at("playerID"),
+              badr.id.c_str());
+    svc->advance(6'000);
+    find(amal, json::object{}, 201);
+    // Fifty in play is the most: 11 so far, 39 more.
+    for (int i = 0; i < 39; ++i) {
+        svc->advance(6'000);
+        find(amal, json::object{}, 201);
+    }
+    svc->advance(6'000);
+    EXPECT_EQ(svc->http().post("/v1/matches", json::object{}, amal.token).errorCode(), "too_many_matches");
+}
+
 INSTANTIATE_TEST_SUITE_P(Backends, MatchesApiTest, ::testing::ValuesIn(backends()), backendName);
