@@ -14,6 +14,7 @@
 #include "platform/Dispatch.h"
 #include "platform/gamekit/GKEventChannel.h"
 #include "platform/gamekit/GKLocalPlayer.h"
+#include "platform/gamekit/GKTurnBasedMatch.h"
 #include "progress/BonusManager.h"
 #include "progress/CreditsManager.h"
 #include "progress/RankManager.h"
@@ -338,6 +339,121 @@ TEST_F(TwoPlayers, TheDailyBonusIsPaidOncePerServerDayAndTheContextNumberTravels
     EXPECT_EQ(load->localPlayerScore->context, context);
     EXPECT_EQ(UserStatsManager::breakContextNumber(load->localPlayerScore->context),
               (QStringList{"1", "01", "001", "000", "00001"}));
+}
+
+// Keeps what the service's match events tell the local player.
+class MatchEvents : public QObject, public GKTurnBasedEventListener {
+public:
+    void playerReceivedTurnEventForMatchDidBecomeActive(const GKTurnBasedMatch& match, bool) override {
+        turns.append(match);
+    }
+    void playerMatchEnded(const GKTurnBasedMatch& match) override { ended.append(match); }
+    QList<GKTurnBasedMatch> turns, ended;
+};
+
+// Runs one asynchronous call of the client classes and waits for its answer.
+template <class Call> auto await(Call call) {
+    std::optional<std::pair<std::optional<GKTurnBasedMatch>, std::optional<GKError>>> answer;
+    call([&answer](std::optional<GKTurnBasedMatch> m, std::optional<GKError> e) { answer.emplace(m, e); });
+    EXPECT_TRUE(QTest::qWaitFor([&answer] { return answer.has_value(); }, 15000));
+    return answer.value_or(std::make_pair(std::optional<GKTurnBasedMatch>(), std::optional<GKError>()));
+}
+
+TEST_F(TwoPlayers, ABattleShapedMatchAndAnAutomaticOneThroughTheClientClasses) {
+    // Two accounts that are friends.
+    enter("hadi");
+    createAccount(QStringLiteral("هادي"));
+    const QString hadi = GKLocalPlayer::localPlayer().playerID();
+    enter("ward");
+    createAccount(QStringLiteral("ورد"));
+    const QString ward = GKLocalPlayer::localPlayer().playerID();
+    bool asked = false;
+    GKFriendRequest::sendFriendRequest(hadi, "هيا نلعب", [&asked](auto) { asked = true; });
+    ASSERT_TRUE(QTest::qWaitFor([&asked] { return asked; }, 15000));
+
+    // Hadi accepts, then challenges Ward: the first turn goes to her with the battle's data and a notice.
+    enter("hadi");
+    auto* main = new MainViewController();
+    Platform::shared().navigator().setRootViewController(main);
+    ASSERT_TRUE(QTest::qWaitFor([] { return GKLocalPlayer::localPlayer().isAuthenticated(); }, 15000));
+    std::optional<QList<GKFriendRequest>> requests;
+    GKFriendRequest::loadFriendRequests(true, [&requests](auto list, auto) { requests = list; });
+    ASSERT_TRUE(QTest::qWaitFor([&requests] { return requests.has_value(); }, 15000));
+    ASSERT_EQ(requests->size(), 1);
+    bool accepted = false;
+    GKFriendRequest::answerFriendRequest(requests->first().requestID, true,
+                                         [&accepted](auto) { accepted = true; });
+    ASSERT_TRUE(QTest::qWaitFor([&accepted] { return accepted; }, 15000));
+
+    GKMatchRequest request;
+    request.setRecipients({ward});
+    auto [found, findError] =
+        await([&](auto done) { GKTurnBasedMatch::findMatchForRequestWithCompletionHandler(request, done); });
+    ASSERT_TRUE(found) << (findError ? findError->message.toStdString() : "");
+    EXPECT_EQ(found->status, GKTurnBasedMatchStatusOpen);
+    EXPECT_EQ(found->participants.at(1).status, GKTurnBasedParticipantStatusInvited);
+    GKTurnBasedMatch battle = *found;
+    battle.setLocalizableMessageWithKeyArguments("gc.battle.turnMessage", {QStringLiteral("هادي")});
+    auto [passed, passError] = await([&](auto done) {
+        battle.endTurnWithNextParticipantsTurnTimeoutMatchDataCompletionHandler({1}, 86400.0,
+                                                                                "level=7;result=1", done);
+    });
+    ASSERT_TRUE(passed) << (passError ? passError->message.toStdString() : "");
+    EXPECT_EQ(passed->currentParticipantIndex, 1);
+
+    // Ward's game hears of it when she comes back, answers, and ends the match with both outcomes.
+    enter("ward");
+    MatchEvents wardEvents;
+    GKLocalPlayer::localPlayer().registerListener(&wardEvents);
+    Platform::shared().navigator().setRootViewController(new MainViewController());
+    ASSERT_TRUE(QTest::qWaitFor([&wardEvents] { return !wardEvents.turns.isEmpty(); }, 15000));
+    GKTurnBasedMatch received = wardEvents.turns.first();
+    EXPECT_EQ(received.matchID, battle.matchID);
+    EXPECT_EQ(received.matchData, QByteArray("level=7;result=1"));
+    EXPECT_EQ(received.messageKey, "gc.battle.turnMessage");
+    EXPECT_EQ(received.currentParticipant()->playerID, ward);
+    received.participants[0].setMatchOutcome(GKTurnBasedMatchOutcomeLost);
+    received.participants[1].setMatchOutcome(GKTurnBasedMatchOutcomeWon);
+    auto [ended, endError] = await(
+        [&](auto done) { received.endMatchInTurnWithMatchDataCompletionHandler("reply=well played", done); });
+    ASSERT_TRUE(ended) << (endError ? endError->message.toStdString() : "");
+    EXPECT_EQ(ended->status, GKTurnBasedMatchStatusEnded);
+
+    // Hadi learns the end and the outcomes.
+    enter("hadi");
+    MatchEvents hadiEvents;
+    GKLocalPlayer::localPlayer().registerListener(&hadiEvents);
+    Platform::shared().navigator().setRootViewController(new MainViewController());
+    ASSERT_TRUE(QTest::qWaitFor([&hadiEvents] { return !hadiEvents.ended.isEmpty(); }, 15000));
+    EXPECT_EQ(hadiEvents.ended.last().participants.at(0).matchOutcome, GKTurnBasedMatchOutcomeLost);
+    EXPECT_EQ(hadiEvents.ended.last().matchData, QByteArray("reply=well played"));
+
+    // An automatic match: Hadi opens one and passes the turn to its empty seat; Ward is seated in it and
+    // finds the turn hers.
+    auto [opened, openError] = await([&](auto done) {
+        GKTurnBasedMatch::findMatchForRequestWithCompletionHandler(GKMatchRequest(), done);
+    });
+    ASSERT_TRUE(opened) << (openError ? openError->message.toStdString() : "");
+    EXPECT_EQ(opened->status, GKTurnBasedMatchStatusMatching);
+    auto [waiting, waitError] = await([&](auto done) {
+        opened->endTurnWithNextParticipantsTurnTimeoutMatchDataCompletionHandler({1, 0}, GKTurnTimeoutDefault,
+                                                                                 "level=3", done);
+    });
+    ASSERT_TRUE(waiting) << (waitError ? waitError->message.toStdString() : "");
+    enter("ward");
+    Platform::shared().navigator().setRootViewController(new MainViewController());
+    ASSERT_TRUE(QTest::qWaitFor([] { return GKLocalPlayer::localPlayer().isAuthenticated(); }, 15000));
+    auto [joined, joinError] = await([&](auto done) {
+        GKTurnBasedMatch::findMatchForRequestWithCompletionHandler(GKMatchRequest(), done);
+    });
+    ASSERT_TRUE(joined) << (joinError ? joinError->message.toStdString() : "");
+    EXPECT_EQ(joined->matchID, opened->matchID);
+    EXPECT_EQ(joined->currentParticipant()->playerID, ward);
+    EXPECT_EQ(joined->matchData, QByteArray("level=3"));
+    std::optional<QList<GKTurnBasedMatch>> mine;
+    GKTurnBasedMatch::loadMatchesWithCompletionHandler([&mine](auto list, auto) { mine = list; });
+    ASSERT_TRUE(QTest::qWaitFor([&mine] { return mine.has_value(); }, 15000));
+    EXPECT_EQ(mine->size(), 2);
 }
 
 } // namespace

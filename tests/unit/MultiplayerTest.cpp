@@ -11,6 +11,7 @@
 #include "multiplayer/GameCenterManager.h"
 #include "multiplayer/LoginViewController.h"
 #include "platform/gamekit/GKLocalPlayer.h"
+#include "platform/gamekit/GKTurnBasedMatch.h"
 #include "progress/CreditsManager.h"
 #include "progress/UserStatsManager.h"
 #include "screens/MainViewController.h"
@@ -20,6 +21,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QJsonArray>
 #include <QTcpServer>
 #include <gtest/gtest.h>
 
@@ -345,6 +347,44 @@ TEST(Achievements, CachedByIdentifierAndACompleteOneIsNotSentAgain) {
     EXPECT_EQ(gc.getAchievementForIdentifier("days:5").percentComplete, 100.0);
     gc.resetAchievements();
     EXPECT_TRUE(gc.achievementsDictionary.isEmpty());
+}
+
+} // namespace
+
+namespace {
+
+TEST(TurnBasedMatches, AReplyThatBreaksTheContractIsNoMatch) {
+    const auto seat = [](const QJsonValue& id) {
+        return QJsonObject{{"playerID", id}, {"status", 4}, {"matchOutcome", 0}, {"lastTurnDate", 0}};
+    };
+    QJsonObject good{{"matchID", "m"},
+                     {"status", 1},
+                     {"creationDate", 1763861280000.0},
+                     {"currentParticipant", 1},
+                     {"participants", QJsonArray{seat("a"), seat(QJsonValue::Null)}},
+                     {"matchData", QString::fromLatin1(QByteArray("level=7").toBase64())},
+                     {"message", QJsonObject{{"key", "k"}, {"arguments", QJsonArray{"x"}}}}};
+    const std::optional<GKTurnBasedMatch> m = GKTurnBasedMatch::fromJson(good);
+    ASSERT_TRUE(m);
+    EXPECT_EQ(m->matchData, QByteArray("level=7"));
+    EXPECT_TRUE(m->participants.at(1).playerID.isEmpty());
+    EXPECT_EQ(m->currentParticipant(), &m->participants.at(1));
+    EXPECT_EQ(m->indexOfPlayer("a"), 0);
+    EXPECT_EQ(m->indexOfPlayer(""), -1);
+    EXPECT_EQ(m->messageArguments, QStringList{"x"});
+
+    for (const auto& [key, value] :
+         std::vector<std::pair<QString, QJsonValue>>{{"matchID", 5},
+                                                     {"status", "open"},
+                                                     {"currentParticipant", 2},
+                                                     {"matchData", "not base64!"},
+                                                     {"participants", QJsonArray{seat("a")}},
+                                                     {"participants", QJsonArray{seat("a"), seat(7)}}}) {
+        QJsonObject bad = good;
+        bad.insert(key, value);
+        EXPECT_FALSE(GKTurnBasedMatch::fromJson(bad)) << key.toStdString();
+    }
+    EXPECT_FALSE(GKTurnBasedMatch::fromJson({}));
 }
 
 } // namespace

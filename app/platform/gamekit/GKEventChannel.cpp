@@ -1,5 +1,8 @@
 #include "GKEventChannel.h"
 
+#include "GKLocalPlayer.h"
+#include "GKTurnBasedMatch.h"
+
 #include "platform/Platform.h"
 
 #include <QJsonDocument>
@@ -77,10 +80,36 @@ void GKEventChannel::handleMessage(const QString& text) {
             {{"event", message.value("event").toString()},
              {"seq", seq},
              {"data", message.value("data").toObject().toVariantMap()}});
+        tellMatchListeners(message.value("event").toString(), message.value("data").toObject());
     }
     if (m_socket) {
         m_socket->sendTextMessage(
             QString::fromUtf8(QJsonDocument(QJsonObject{{"type", "ack"}, {"seq", static_cast<double>(seq)}})
                                   .toJson(QJsonDocument::Compact)));
+    }
+}
+
+void GKEventChannel::tellMatchListeners(const QString& event, const QJsonObject& data) {
+    const bool turn = event == QLatin1String("turn") || event == QLatin1String("invitation");
+    if (!turn && event != QLatin1String("match_ended")) {
+        return;
+    }
+    const std::optional<GKTurnBasedMatch> match = GKTurnBasedMatch::fromJson(data.value("match").toObject());
+    if (!match) {
+        qWarning("A match event of the game service carries no valid match; it is left out.");
+        return;
+    }
+    // A copy: a listener may register another.
+    const QList<QObject*> listeners = GKLocalPlayer::localPlayer().listeners();
+    for (QObject* object : listeners) {
+        auto* listener = dynamic_cast<GKTurnBasedEventListener*>(object);
+        if (!listener) {
+            continue;
+        }
+        if (turn) {
+            listener->playerReceivedTurnEventForMatchDidBecomeActive(*match, true);
+        } else {
+            listener->playerMatchEnded(*match);
+        }
     }
 }

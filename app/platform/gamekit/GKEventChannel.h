@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonObject>
 #include <QObject>
 #include <QString>
 #include <memory>
@@ -27,6 +28,8 @@ public:
 
 private:
     void handleMessage(const QString& text);
+    // Turn, invitation and match-ended events reach every registered GKTurnBasedEventListener.
+    void tellMatchListeners(const QString& event, const QJsonObject& data);
     void scheduleReconnect();
 
     std::unique_ptr<QWebSocket> m_socket;

@@ -1,0 +1,181 @@
+#include "GKTurnBasedMatch.h"
+
+#include "platform/Platform.h"
+
+#include <QJsonArray>
+
+namespace {
+
+GameService& service() {
+    return Platform::shared().gameService();
+}
+
+GKError badReply(const QString& what) {
+    return GKError{QStringLiteral("bad_reply"),
+                   QStringLiteral("The game service's answer has no valid %1").arg(what), 200, 0};
+}
+
+// The match of an answer {"match": …}, or the error.
+GameService::Completion matchReply(GKTurnBasedMatch::MatchHandler done) {
+    return [done = std::move(done)](const QJsonObject& body, const std::optional<GKError>& error) {
+        if (error) {
+            done(std::nullopt, error);
+            return;
+        }
+        std::optional<GKTurnBasedMatch> m = GKTurnBasedMatch::fromJson(body.value("match").toObject());
+        if (!m) {
+            done(std::nullopt, badReply(QStringLiteral("match")));
+            return;
+        }
+        done(m, std::nullopt);
+    };
+}
+
+QDateTime dateOf(const QJsonValue& v) {
+    return v.toDouble() > 0 ? QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(v.toDouble()), Qt::UTC)
+                            : QDateTime();
+}
+
+} // namespace
+
+std::optional<GKTurnBasedMatch> GKTurnBasedMatch::fromJson(const QJsonObject& o) {
+    if (!o.value("matchID").isString() || !o.value("participants").isArray() ||
+        !o.value("status").isDouble()) {
+        return std::nullopt;
+    }
+    GKTurnBasedMatch m;
+    m.matchID = o.value("matchID").toString();
+    m.status = o.value("status").toInt();
+    m.creationDate = dateOf(o.value("creationDate"));
+    m.currentParticipantIndex = o.value("currentParticipant").toInt(-1);
+    for (const QJsonValue& v : o.value("participants").toArray()) {
+        const QJsonObject p = v.toObject();
+        if (!v.isObject() || !(p.value("playerID").isString() || p.value("playerID").isNull())) {
+            return std::nullopt;
+        }
+        m.participants.append(
+            GKTurnBasedParticipant{p.value("playerID").toString(), p.value("status").toInt(),
+                                   p.value("matchOutcome").toInt(), dateOf(p.value("lastTurnDate"))});
+    }
+    const QByteArray::FromBase64Result data = QByteArray::fromBase64Encoding(
+        o.value("matchData").toString().toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
+    if (!data) {
+        return std::nullopt;
+    }
+    m.matchData = *data;
+    const QJsonObject message = o.value("message").toObject();
+    m.messageKey = message.value("key").toString();
+    for (const QJsonValue& a : message.value("arguments").toArray()) {
+        m.messageArguments.append(a.toString());
+    }
+    if (m.participants.size() != 2 || m.currentParticipantIndex < -1 || m.currentParticipantIndex > 1) {
+        return std::nullopt;
+    }
+    return m;
+}
+
+const GKTurnBasedParticipant* GKTurnBasedMatch::currentParticipant() const {
+    if (currentParticipantIndex < 0 || currentParticipantIndex >= participants.size()) {
+        return nullptr;
+    }
+    return &participants.at(currentParticipantIndex);
+}
+
+int GKTurnBasedMatch::indexOfPlayer(const QString& playerID) const {
+    for (int i = 0; i < participants.size(); ++i) {
+        if (!playerID.isEmpty() && participants.at(i).playerID == playerID) {
+            return i;
+        }
+    }
+    return -1;
+}
+
+void GKTurnBasedMatch::findMatchForRequestWithCompletionHandler(const GKMatchRequest& request,
+                                                                MatchHandler done) {
+    QJsonObject body;
+    if (!request.recipients.isEmpty()) {
+        body.insert("recipients", QJsonArray::fromStringList(request.recipients));
+    }
+    service().post(QStringLiteral("/v1/matches"), body, matchReply(std::move(done)));
+}
+
+void GKTurnBasedMatch::loadMatchesWithCompletionHandler(
+    std::function<void(std::optional<QList<GKTurnBasedMatch>>, std::optional<GKError>)> done) {
+    service().get(QStringLiteral("/v1/matches"), {},
+                  [done = std::move(done)](const QJsonObject& body, const std::optional<GKError>& error) {
+                      if (error) {
+                          done(std::nullopt, error);
+                          return;
+                      }
+                      QList<GKTurnBasedMatch> list;
+                      for (const QJsonValue& v : body.value("matches").toArray()) {
+                          std::optional<GKTurnBasedMatch> m = fromJson(v.toObject());
+                          if (!m) {
+                              done(std::nullopt, badReply(QStringLiteral("match")));
+                              return;
+                          }
+                          list.append(*m);
+                      }
+                      done(list, std::nullopt);
+                  });
+}
+
+void GKTurnBasedMatch::loadMatchWithIDWithCompletionHandler(const QString& matchID, MatchHandler done) {
+    service().get(QStringLiteral("/v1/matches/%1").arg(matchID), {}, matchReply(std::move(done)));
+}
+
+void GKTurnBasedMatch::setLocalizableMessageWithKeyArguments(const QString& key,
+                                                             const QStringList& arguments) {
+    messageKey = key;
+    messageArguments = arguments;
+    m_messagePending = true;
+}
+
+void GKTurnBasedMatch::endTurnWithNextParticipantsTurnTimeoutMatchDataCompletionHandler(
+    const QList<int>& next, double timeout, const QByteArray& data, MatchHandler done) const {
+    QJsonArray seats;
+    for (int s : next) {
+        seats.append(s);
+    }
+    const QJsonObject body{{"nextParticipants", seats},
+                           {"timeout", static_cast<qint64>(timeout)},
+                           {"matchData", QString::fromLatin1(data.toBase64())}};
+    const QString path = QStringLiteral("/v1/matches/%1/turn").arg(matchID);
+    if (!m_messagePending) {
+        service().post(path, body, matchReply(std::move(done)));
+        return;
+    }
+    // The notice first, while the turn is still this player's.
+    const QJsonObject message{{"key", messageKey},
+                              {"arguments", QJsonArray::fromStringList(messageArguments)}};
+    service().post(
+        QStringLiteral("/v1/matches/%1/message").arg(matchID), message,
+        [path, body, done = std::move(done)](const QJsonObject&, const std::optional<GKError>& error) {
+            if (error) {
+                done(std::nullopt, error);
+                return;
+            }
+            service().post(path, body, matchReply(done));
+        });
+}
+
+void GKTurnBasedMatch::endMatchInTurnWithMatchDataCompletionHandler(const QByteArray& data,
+                                                                    MatchHandler done) const {
+    QJsonArray outcomes;
+    for (const GKTurnBasedParticipant& p : participants) {
+        outcomes.append(p.matchOutcome);
+    }
+    service().post(QStringLiteral("/v1/matches/%1/end").arg(matchID),
+                   QJsonObject{{"outcomes", outcomes}, {"matchData", QString::fromLatin1(data.toBase64())}},
+                   matchReply(std::move(done)));
+}
+
+void GKTurnBasedMatch::removeWithCompletionHandler(std::function<void(std::optional<GKError>)> done) const {
+    service().deleteResource(
+        QStringLiteral("/v1/matches/%1").arg(matchID),
+        [done = std::move(done)](const QJsonObject&, const std::optional<GKError>& error) { done(error); });
+}
+
+void GKTurnBasedMatch::rematchWithCompletionHandler(MatchHandler done) const {
+    service().post(QStringLiteral("/v1/matches/%1/rematch").arg(matchID), {}, matchReply(std::move(done)));
+}
