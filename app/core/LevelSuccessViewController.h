@@ -74,8 +74,6 @@ public:
     static constexpr double kEmitterSeconds = 0.2;
     static constexpr double kRankEmitterDelaySeconds = 0.3;
     static constexpr double kRankEmitterSeconds = 1.5;
-    static constexpr double kPulseSeconds = 2.0;
-    static constexpr double kShakeSeconds = 3.0;
 
 signals:
     void labelsChanged();

@@ -7,7 +7,7 @@
 #include "screens/Util.h"
 
 namespace {
-LocalNotifications& schedule() {
+LocalNotifications& platformSchedule() {
     return Platform::shared().localNotifications();
 }
 const QString kGold = QStringLiteral("ذهبة");
@@ -32,13 +32,13 @@ void NotificationManager::schedule(const QString& type, const QString& body, con
     n.alertBody = body;
     n.applicationIconBadgeNumber = 1;
     n.userInfo = {{QStringLiteral("type"), type}};
-    ::schedule().scheduleLocalNotification(n);
+    platformSchedule().scheduleLocalNotification(n);
 }
 
 void NotificationManager::cancelOfType(const QString& type) {
-    for (const LocalNotification& n : ::schedule().scheduledLocalNotifications()) {
+    for (const LocalNotification& n : platformSchedule().scheduledLocalNotifications()) {
         if (n.type() == type) {
-            ::schedule().cancelLocalNotification(n.identifier);
+            platformSchedule().cancelLocalNotification(n.identifier);
         }
     }
 }
@@ -50,7 +50,7 @@ void NotificationManager::scheduleNotificationWithDelay(const QString& text, qin
 }
 
 bool NotificationManager::isWaitNotificationIsScheduled() const {
-    const QList<LocalNotification> list = ::schedule().scheduledLocalNotifications();
+    const QList<LocalNotification> list = platformSchedule().scheduledLocalNotifications();
     return std::any_of(list.begin(), list.end(),
                        [](const LocalNotification& n) { return n.type() == QLatin1String("normal"); });
 }
@@ -112,8 +112,8 @@ void NotificationManager::cancelRepeatedNotifications() {
 }
 
 void NotificationManager::cancelAllNotifications() {
-    if (!::schedule().scheduledLocalNotifications().isEmpty()) {
-        ::schedule().cancelAllLocalNotifications();
+    if (!platformSchedule().scheduledLocalNotifications().isEmpty()) {
+        platformSchedule().cancelAllLocalNotifications();
     }
 }
 
@@ -157,5 +157,5 @@ void NotificationManager::showAllowPermissionsFromSettingsDialogue() {
 }
 
 bool NotificationManager::areNotificationsAllowed() const {
-    return ::schedule().currentUserNotificationSettingsTypes() != 0;
+    return platformSchedule().currentUserNotificationSettingsTypes() != 0;
 }

@@ -22,8 +22,7 @@ void SessionManager::loadData() {
     m_isFirstLaunch = !launchedBefore;
 }
 
-std::optional<QDateTime> SessionManager::storedDate(const QString& key, bool* unreadable) {
-    *unreadable = false;
+std::optional<QDateTime> SessionManager::storedDate(const QString& key) {
     auto& defaults = Platform::shared().userDefaults();
     if (!defaults.hasKey(key)) {
         return std::nullopt;
@@ -31,7 +30,6 @@ std::optional<QDateTime> SessionManager::storedDate(const QString& key, bool* un
     const QString text = defaults.stringForKey(key);
     const QDateTime date = QDateTime::fromString(text, Qt::ISODateWithMs);
     if (!date.isValid()) {
-        *unreadable = true;
         qWarning().noquote()
             << QStringLiteral("Exception: the stored %1 \"%2\" is not a date").arg(key, text);
         return std::nullopt;
@@ -39,15 +37,8 @@ std::optional<QDateTime> SessionManager::storedDate(const QString& key, bool* un
     return date;
 }
 
-void SessionManager::storeDate(const QDateTime& date, const QString& key) {
-    auto& defaults = Platform::shared().userDefaults();
-    defaults.setStringForKey(date.toUTC().toString(Qt::ISODateWithMs), key);
-    defaults.synchronize();
-}
-
 bool SessionManager::isNewSession() const {
-    bool unreadable = false;
-    const std::optional<QDateTime> last = storedDate(kLastSessionTimeKey, &unreadable);
+    const std::optional<QDateTime> last = storedDate(kLastSessionTimeKey);
     if (!last) {
         return true;
     }
@@ -56,8 +47,7 @@ bool SessionManager::isNewSession() const {
 }
 
 bool SessionManager::checkNewActiveDay() const {
-    bool unreadable = false;
-    const std::optional<QDateTime> last = storedDate(kLastSessionTimeKey, &unreadable);
+    const std::optional<QDateTime> last = storedDate(kLastSessionTimeKey);
     if (!last) {
         return true;
     }
@@ -90,5 +80,8 @@ void SessionManager::logNewActiveDay() {
 }
 
 void SessionManager::logSessionStartTime() {
-    storeDate(Platform::shared().scheduler().now(), kLastSessionTimeKey);
+    auto& defaults = Platform::shared().userDefaults();
+    defaults.setStringForKey(Platform::shared().scheduler().now().toUTC().toString(Qt::ISODateWithMs),
+                             kLastSessionTimeKey);
+    defaults.synchronize();
 }

@@ -37,11 +37,10 @@ public:
     void setIsFirstLaunch(bool v) { m_isFirstLaunch = v; }
     void setVideoRewardsCount(qint64 v) { m_videoRewardsCount = v; }
 
-    // "lastSessionTime": nothing when absent; an unreadable value is reported and also gives nothing.
-    static std::optional<QDateTime> storedDate(const QString& key, bool* unreadable);
-    static void storeDate(const QDateTime& date, const QString& key);
-
 private:
+    // A stored moment: nothing when absent; an unreadable value is reported and also gives nothing.
+    static std::optional<QDateTime> storedDate(const QString& key);
+
     qint64 m_activeSessions = 0;
     qint64 m_acitveDays = 0;
     bool m_isNewActiveDay = false;

@@ -38,29 +38,29 @@ void AboutViewController::shareGame() {
     Util::showMessageWithTitle(shareText(), QStringLiteral("تم نسخ الدعوة، الصقها لأصدقائك"));
 }
 
-void AboutViewController::rateGame() {
+void AboutViewController::openAddress(const QUrl& url) {
     SoundFactory::sharedInstance().playMenuTap();
-    Platform::shared().urls().openURL(Addresses::appStorePage());
+    Platform::shared().urls().openURL(url);
+}
+
+void AboutViewController::rateGame() {
+    openAddress(Addresses::appStorePage());
 }
 
 void AboutViewController::openInstagramPage() {
-    SoundFactory::sharedInstance().playMenuTap();
-    Platform::shared().urls().openURL(Addresses::instagramPage());
+    openAddress(Addresses::instagramPage());
 }
 
 void AboutViewController::openTwitterPage() {
-    SoundFactory::sharedInstance().playMenuTap();
-    Platform::shared().urls().openURL(Addresses::twitterPage());
+    openAddress(Addresses::twitterPage());
 }
 
 void AboutViewController::openFacebookPage() {
-    SoundFactory::sharedInstance().playMenuTap();
-    Platform::shared().urls().openURL(Addresses::facebookPage());
+    openAddress(Addresses::facebookPage());
 }
 
 void AboutViewController::openOurGames() {
-    SoundFactory::sharedInstance().playMenuTap();
-    Platform::shared().urls().openURL(Addresses::makerStorePage());
+    openAddress(Addresses::makerStorePage());
 }
 
 void AboutViewController::openCredits() {

@@ -2,6 +2,8 @@
 
 #include "platform/ViewController.h"
 
+#include <QUrl>
+
 // The hub of the secondary actions: help, tips, sharing and rating the game, the maker's pages and games, and
 // the credits.
 class AboutViewController : public ViewController {
@@ -22,4 +24,7 @@ public:
 
     // The text that shares the game: the invitation and the store page.
     static QString shareText();
+
+private:
+    void openAddress(const QUrl& url);
 };

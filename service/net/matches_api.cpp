@@ -61,6 +61,11 @@ unsigned refusalStatus(match::Refusal r) {
     }
 }
 
+Response tooManyMatches() {
+    return errorResponse(409, "too_many_matches",
+                         "at most " + std::to_string(Api::kMaxOpenMatches) + " matches in play at once");
+}
+
 Response refusalResponse(match::Refusal r) {
     if (r == match::Refusal::NotAParticipant) {
         return errorResponse(404, "no_such_match", "no match of yours has this identifier");
@@ -151,8 +156,7 @@ Response Api::createMatch(Ctx& c, const match::Result& created) {
 Response Api::findMatch(Ctx& c) {
     const json::object body = c.req.body.empty() ? json::object{} : parseBody(c.req.body);
     if (store_.openMatchCount(c.playerId) >= kMaxOpenMatches) {
-        return errorResponse(409, "too_many_matches",
-                             "at most " + std::to_string(kMaxOpenMatches) + " matches in play at once");
+        return tooManyMatches();
     }
     const std::int64_t now = clock_();
     const json::value* recipients = body.if_contains("recipients");
@@ -167,12 +171,11 @@ Response Api::findMatch(Ctx& c) {
         }
         if (to != c.playerId && !match::mayInvite(c.friendsOf(store_).count(to) > 0,
                                                   store_.haveEndedMatchTogether(c.playerId, to))) {
-            Response r = jsonResponse(
+            return jsonResponse(
                 403, json::object{{"error", json::object{{"code", "invitation_refused"},
-                                                         {"message", "invitations go to friends and former "
-                                                                     "opponents only"},
+                                                         {"message", "invitations go to friends and "
+                                                                     "former opponents only"},
                                                          {"gkCode", match::kInvitationRefusedCode}}}});
-            return r;
         }
         return createMatch(c, match::createInvitation(randomHex(16), c.playerId, to, now));
     }
@@ -288,8 +291,7 @@ Response Api::rematch(Ctx& c) {
         return refusalResponse(match::Refusal::NotAParticipant);
     }
     if (store_.openMatchCount(c.playerId) >= kMaxOpenMatches) {
-        return errorResponse(409, "too_many_matches",
-                             "at most " + std::to_string(kMaxOpenMatches) + " matches in play at once");
+        return tooManyMatches();
     }
     return createMatch(c, match::rematch(*m, c.playerId, randomHex(16), clock_()));
 }

@@ -1,8 +1,8 @@
 #include "store/match_rows.h"
 
 #include <boost/json.hpp>
+#include <sodium.h>
 
-#include <array>
 #include <sstream>
 
 namespace tarvolin::store::match_rows {
@@ -11,8 +11,6 @@ namespace {
 using logic::match::Outcome;
 using logic::match::SeatStatus;
 using logic::match::Status;
-
-constexpr const char* kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 std::string joinSeats(const std::vector<int>& seats) {
     std::string out;
@@ -94,64 +92,23 @@ Params matchParams(const Match& m) {
 } // namespace
 
 std::string encodeData(const std::string& bytes) {
-    std::string out;
-    out.reserve((bytes.size() + 2) / 3 * 4);
-    std::size_t i = 0;
-    for (; i + 2 < bytes.size(); i += 3) {
-        const unsigned n = (unsigned(static_cast<unsigned char>(bytes[i])) << 16) |
-                           (unsigned(static_cast<unsigned char>(bytes[i + 1])) << 8) |
-                           unsigned(static_cast<unsigned char>(bytes[i + 2]));
-        out += kAlphabet[(n >> 18) & 63];
-        out += kAlphabet[(n >> 12) & 63];
-        out += kAlphabet[(n >> 6) & 63];
-        out += kAlphabet[n & 63];
-    }
-    if (i < bytes.size()) {
-        unsigned n = unsigned(static_cast<unsigned char>(bytes[i])) << 16;
-        if (i + 1 < bytes.size()) {
-            n |= unsigned(static_cast<unsigned char>(bytes[i + 1])) << 8;
-        }
-        out += kAlphabet[(n >> 18) & 63];
-        out += kAlphabet[(n >> 12) & 63];
-        out += i + 1 < bytes.size() ? kAlphabet[(n >> 6) & 63] : '=';
-        out += '=';
-    }
+    std::string out(sodium_base64_ENCODED_LEN(bytes.size(), sodium_base64_VARIANT_ORIGINAL), '\0');
+    sodium_bin2base64(out.data(), out.size(), reinterpret_cast<const unsigned char*>(bytes.data()),
+                      bytes.size(), sodium_base64_VARIANT_ORIGINAL);
+    out.pop_back(); // the terminating zero
     return out;
 }
 
 std::optional<std::string> decodeData(const std::string& text) {
-    std::array<int, 256> value{};
-    value.fill(-1);
-    for (int i = 0; i < 64; ++i) {
-        value[static_cast<unsigned char>(kAlphabet[i])] = i;
-    }
-    if (text.size() % 4 != 0) {
+    std::string out(text.size() / 4 * 3 + 3, '\0');
+    std::size_t length = 0;
+    const char* end = nullptr;
+    if (sodium_base642bin(reinterpret_cast<unsigned char*>(out.data()), out.size(), text.data(), text.size(),
+                          nullptr, &length, &end, sodium_base64_VARIANT_ORIGINAL) != 0 ||
+        end != text.data() + text.size()) {
         return std::nullopt;
     }
-    std::string out;
-    out.reserve(text.size() / 4 * 3);
-    for (std::size_t i = 0; i < text.size(); i += 4) {
-        int v[4];
-        int pad = 0;
-        for (int k = 0; k < 4; ++k) {
-            const char c = text[i + static_cast<std::size_t>(k)];
-            if (c == '=' && i + 4 == text.size() && k >= 2) {
-                v[k] = 0;
-                ++pad;
-            } else if (pad > 0 || (v[k] = value[static_cast<unsigned char>(c)]) < 0) {
-                return std::nullopt;
-            }
-        }
-        const unsigned n =
-            (unsigned(v[0]) << 18) | (unsigned(v[1]) << 12) | (unsigned(v[2]) << 6) | unsigned(v[3]);
-        out += static_cast<char>((n >> 16) & 0xff);
-        if (pad < 2) {
-            out += static_cast<char>((n >> 8) & 0xff);
-        }
-        if (pad < 1) {
-            out += static_cast<char>(n & 0xff);
-        }
-    }
+    out.resize(length);
     return out;
 }
 

@@ -75,11 +75,6 @@ void ScriptedWebClient::answerWithDate(const QDateTime& date) {
     answerAlways(r);
 }
 
-void ScriptedWebClient::answerNothing() {
-    QMutexLocker lock(&m_mutex);
-    m_always.reset();
-}
-
 QByteArray ScriptedWebClient::httpDate(const QDateTime& date) {
     return QLocale::c().toString(date.toUTC(), QStringLiteral("ddd, dd MMM yyyy HH:mm:ss")).toLatin1() +
            " GMT";

@@ -49,7 +49,6 @@ public:
     void answerAlways(WebResponse response);
     // A 200 with this Date header; an invalid moment means no header at all.
     void answerWithDate(const QDateTime& date);
-    void answerNothing();
     static QByteArray httpDate(const QDateTime& date);
     int requests() const;
     QString lastMethod() const;

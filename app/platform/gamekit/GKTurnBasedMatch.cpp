@@ -10,11 +10,6 @@ GameService& service() {
     return Platform::shared().gameService();
 }
 
-GKError badReply(const QString& what) {
-    return GKError{QStringLiteral("bad_reply"),
-                   QStringLiteral("The game service's answer has no valid %1").arg(what), 200, 0};
-}
-
 // The match of an answer {"match": …}, or the error.
 GameService::Completion matchReply(GKTurnBasedMatch::MatchHandler done) {
     return [done = std::move(done)](const QJsonObject& body, const std::optional<GKError>& error) {
@@ -24,7 +19,7 @@ GameService::Completion matchReply(GKTurnBasedMatch::MatchHandler done) {
         }
         std::optional<GKTurnBasedMatch> m = GKTurnBasedMatch::fromJson(body.value("match").toObject());
         if (!m) {
-            done(std::nullopt, badReply(QStringLiteral("match")));
+            done(std::nullopt, GKError::badReply(QStringLiteral("match")));
             return;
         }
         done(m, std::nullopt);
@@ -111,7 +106,7 @@ void GKTurnBasedMatch::loadMatchesWithCompletionHandler(
                       for (const QJsonValue& v : body.value("matches").toArray()) {
                           std::optional<GKTurnBasedMatch> m = fromJson(v.toObject());
                           if (!m) {
-                              done(std::nullopt, badReply(QStringLiteral("match")));
+                              done(std::nullopt, GKError::badReply(QStringLiteral("match")));
                               return;
                           }
                           list.append(*m);

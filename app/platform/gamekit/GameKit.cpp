@@ -26,10 +26,6 @@ std::optional<qint64> integer(const QJsonValue& v) {
     return std::nullopt;
 }
 
-GKError badReply(const QString& what) {
-    return GKError{QStringLiteral("bad_reply"),
-                   QStringLiteral("The game service's answer has no valid %1").arg(what), 200, 0};
-}
 } // namespace
 
 std::optional<GKPlayer> GKPlayer::fromJson(const QJsonObject& o) {
@@ -151,7 +147,7 @@ void GKLeaderboard::loadScoresWithCompletionHandler(
                       for (const QJsonValue& v : body.value("scores").toArray()) {
                           const auto s = GKScore::fromJson(v.toObject());
                           if (!s) {
-                              done(std::nullopt, badReply("score"));
+                              done(std::nullopt, GKError::badReply("score"));
                               return;
                           }
                           scores.append(*s);
@@ -253,7 +249,7 @@ void GKAchievement::loadAchievementsWithCompletionHandler(
                       for (const QJsonValue& v : body.value("achievements").toArray()) {
                           const auto a = fromJson(v.toObject());
                           if (!a) {
-                              done(std::nullopt, badReply("achievement"));
+                              done(std::nullopt, GKError::badReply("achievement"));
                               return;
                           }
                           list.append(*a);

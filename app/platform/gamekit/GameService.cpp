@@ -5,6 +5,11 @@
 #include <QNetworkReply>
 #include <QNetworkRequest>
 
+GKError GKError::badReply(const QString& what) {
+    return GKError{QStringLiteral("bad_reply"),
+                   QStringLiteral("The game service's answer has no valid %1").arg(what), 200, 0};
+}
+
 QString GKError::localizedDescription() const {
     if (code == QLatin1String("network")) {
         return QStringLiteral("لا يوجد اتصال بخادم اللعبة");

@@ -18,6 +18,8 @@ struct GKError {
     int httpStatus = 0;
     int retryAfterSeconds = 0;
     QString localizedDescription() const;
+    // An answer of the service that is not what the contract says.
+    static GKError badReply(const QString& what);
 };
 
 // JSON over HTTP to tarvolin-service, with the player's bearer token. Every completion comes on the main
