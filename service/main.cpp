@@ -16,6 +16,8 @@
 #include <sstream>
 #include <string>
 
+#include <sys/resource.h>
+
 namespace {
 
 struct Option {
@@ -65,6 +67,22 @@ long long number(const std::map<std::string, std::string>& values, const char* f
                                     "\"");
     }
     return v;
+}
+
+// Every WebSocket holds a descriptor: take as many as the system allows this process.
+std::pair<rlim_t, rlim_t> raiseOpenFileLimit() {
+    rlimit r{};
+    if (getrlimit(RLIMIT_NOFILE, &r) != 0) {
+        return {0, 0};
+    }
+    if (r.rlim_cur < r.rlim_max) {
+        rlimit wanted = r;
+        wanted.rlim_cur = r.rlim_max;
+        if (setrlimit(RLIMIT_NOFILE, &wanted) == 0) {
+            r = wanted;
+        }
+    }
+    return {r.rlim_cur, r.rlim_max};
 }
 
 } // namespace
@@ -137,6 +155,7 @@ int main(int argc, char** argv) {
     }
 
     net::Logger log(level);
+    auto files = raiseOpenFileLimit();
     // The signals are caught from here on, so that a SIGTERM during the start stops the service gracefully
     // too.
     boost::asio::io_context signals;
@@ -155,7 +174,8 @@ int main(int argc, char** argv) {
                  {"port", port},
                  {"database", backend},
                  {"schemaVersion", version},
-                 {"leaderboardPlayers", api.leaderboardSize()}});
+                 {"leaderboardPlayers", api.leaderboardSize()},
+                 {"openFiles", static_cast<std::int64_t>(files.first)}});
 
         set.async_wait([&](const boost::system::error_code&, int sig) {
             log.log(net::LogLevel::Info, "stopping", {{"signal", sig}});

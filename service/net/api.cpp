@@ -116,6 +116,7 @@ Api::Api(store::Store& store, ApiConfig config, ClockMs clock)
     add("POST", "/v1/achievements", &Api::reportAchievements, true);
     add("DELETE", "/v1/achievements", &Api::resetAchievements, true);
     addMatchRoutes();
+    addLiveRoutes();
 }
 
 void Api::add(std::string method, std::string pattern, Handler h, bool needsToken) {
@@ -146,12 +147,14 @@ void Api::eventsAdded(const std::string& playerId) {
 }
 
 void Api::watchOtherInstances() {
-    watch_ = store_.watchChanges([this](store::Change change, const std::string& playerId) {
+    watch_ = store_.watchChanges([this](store::Change change, const std::string& payload) {
         try {
             if (change == store::Change::Events) {
-                eventsAdded(playerId);
+                eventsAdded(payload);
+            } else if (change == store::Change::Live) {
+                relayFromOtherInstance(payload);
             } else {
-                refreshScore(playerId);
+                refreshScore(payload);
             }
         } catch (const std::exception&) {
             // The database is away for now; the next change or a restart brings the index up to date.

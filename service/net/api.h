@@ -3,6 +3,7 @@
 #pragma once
 
 #include "logic/limits.h"
+#include "logic/live_rules.h"
 #include "logic/rank_index.h"
 #include "logic/text_rules.h"
 #include "store/store.h"
@@ -15,6 +16,7 @@
 #include <shared_mutex>
 #include <string>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace tarvolin::net {
@@ -42,6 +44,13 @@ class EventListener {
 public:
     virtual ~EventListener() = default;
     virtual void eventsAdded(const std::string& playerId) = 0;
+    // A live-match message for a player. A data message goes to the player's connection of that match on
+    // this instance; any other also to every connection of the player here while none is bound to the match.
+    // Returns whether a connection here took it.
+    virtual bool liveMessage(const std::string& /*playerId*/, const std::string& /*matchId*/,
+                             const std::string& /*text*/) {
+        return false;
+    }
 };
 
 struct ApiConfig {
@@ -88,6 +97,19 @@ public:
     std::int64_t now() const { return clock_(); }
     // Moves every turn that has run out by now to its next player; returns how many moved.
     std::size_t expireDueTurns();
+    // Live matches, over the event WebSocket. Connects the player to a found match; the opponent hears of it
+    // when he is connected too. Returns the match, or the refusal's code.
+    std::variant<logic::live::Match, std::string> liveConnect(const std::string& playerId,
+                                                              const std::string& matchId);
+    // The player leaves (or cancels, or declines) a live match: it ends and the other player hears of it.
+    void liveLeave(const std::string& playerId, const std::string& matchId, const std::string& reason);
+    // Hands a live message to the player's connection here, or to the other instances.
+    void sendLive(const std::string& playerId, const std::string& matchId, const std::string& text);
+    // Ends the live matches that have outlived their search, connection or life; returns how many.
+    std::size_t expireLiveMatches();
+    static std::string liveStateText(const std::string& matchId, const std::string& playerId, int state,
+                                     int expectedPlayerCount, const std::string& reason = {});
+
     // Limits of turn-based matches: in play at once, and created per minute (a burst of 10, then one every
     // six seconds).
     static constexpr std::size_t kMaxOpenMatches = 50;
@@ -138,6 +160,13 @@ private:
     Response removeMatch(Ctx&);
     Response rematch(Ctx&);
     void addMatchRoutes();
+    Response findLiveMatch(Ctx&);
+    Response getLiveMatch(Ctx&);
+    Response acceptLiveMatch(Ctx&);
+    Response leaveLiveMatch(Ctx&);
+    void addLiveRoutes();
+    // Tells both players that a removed live match has ended, except the one who ended it.
+    void tellLiveEnded(const logic::live::Match& m, const std::string& by, const std::string& reason);
     // Applies a move to a stored match and wakes the players it tells; the answer is the match or the error.
     Response moveMatch(Ctx& c, const std::function<logic::match::Result(const logic::match::Match&)>& rule,
                        unsigned okStatus = 200);
@@ -145,6 +174,8 @@ private:
 
     Response answerFriendRequest(Ctx&, bool accept);
     void eventsAdded(const std::string& playerId);
+    bool tellLiveListener(const std::string& playerId, const std::string& matchId, const std::string& text);
+    void relayFromOtherInstance(const std::string& payload);
     void refreshScore(const std::string& playerId);
     Response issueToken(const store::PlayerRecord& p, unsigned status);
     std::string hashPassword(const std::string& password) const;
@@ -159,6 +190,7 @@ private:
     logic::FailureLimiter addressFailures_;
     logic::RequestLimiter requests_;
     logic::RequestLimiter matchCreations_{kMatchesPerSecond, kMatchBurst};
+    logic::RequestLimiter liveCreations_{kMatchesPerSecond, kMatchBurst};
     std::string dummyHash_; // verified against when a name is unknown, so both cases cost the same
 
     mutable std::shared_mutex indexMutex_;

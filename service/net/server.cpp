@@ -1,4 +1,5 @@
 #include "net/server.h"
+#include "store/match_rows.h"
 
 #include <boost/asio/dispatch.hpp>
 #include <boost/asio/post.hpp>
@@ -9,6 +10,7 @@
 #include <boost/json.hpp>
 
 #include <deque>
+#include <set>
 
 namespace tarvolin::net {
 
@@ -59,7 +61,7 @@ Response jsonError(unsigned status, const std::string& code, const std::string& 
 
 // One event WebSocket of a logged-in player. Sends what waits in storage, in order, and drops what the
 // client acknowledges.
-class WsSession : public std::enable_shared_from_this<WsSession>, public Stoppable {
+class WsSession : public std::enable_shared_from_this<WsSession>, public Stoppable, public LiveEndpoint {
 public:
     WsSession(tcp::socket&& socket, Server& server, std::string playerId, std::string tokenKey)
         : ws_(std::move(socket)), server_(server), playerId_(std::move(playerId)),
@@ -78,12 +80,19 @@ public:
         ws_.set_option(websocket::stream_base::timeout::suggested(beast::role_type::server));
         ws_.set_option(websocket::stream_base::decorator(
             [](websocket::response_type& res) { res.set(http::field::server, "tarvolin-service"); }));
-        ws_.read_message_max(4096);
+        // Room for the largest piece of live data in base64 and its JSON.
+        ws_.read_message_max(8192);
         ws_.async_accept(req, beast::bind_front_handler(&WsSession::onAccept, shared_from_this()));
     }
 
     void wake() {
         asio::dispatch(ws_.get_executor(), [self = shared_from_this()] { self->deliver(); });
+    }
+
+    void sendLiveText(std::string text) override {
+        asio::post(ws_.get_executor(), [self = shared_from_this(), text = std::move(text)]() mutable {
+            self->send(std::move(text));
+        });
     }
 
     void stop() override {
@@ -156,7 +165,10 @@ private:
 
     void onRead(beast::error_code ec, std::size_t) {
         if (ec) {
-            return; // closed, timed out or failed: the session ends with its last handler
+            // Closed, timed out or failed: the player leaves his live matches, and the session ends with its
+            // last handler.
+            leaveLiveMatches();
+            return;
         }
         std::string text = beast::buffers_to_string(buffer_.data());
         buffer_.consume(buffer_.size());
@@ -174,6 +186,9 @@ private:
         }
         if (type->as_string() == "ping") {
             return send(R"({"type":"pong"})");
+        }
+        if (type->as_string().starts_with("live_")) {
+            return handleLive(type->as_string(), *o);
         }
         if (type->as_string() != "ack") {
             return sendError("invalid_message", "unknown message type");
@@ -194,9 +209,101 @@ private:
         }
     }
 
-    void sendError(const std::string& code, const std::string& message) {
-        send(json::serialize(
-            json::object{{"type", "error"}, {"error", json::object{{"code", code}, {"message", message}}}}));
+    void sendError(const std::string& code, const std::string& message, const std::string& matchId = {}) {
+        json::object o{{"type", "error"}, {"error", json::object{{"code", code}, {"message", message}}}};
+        if (!matchId.empty()) {
+            o["match"] = matchId;
+        }
+        send(json::serialize(o));
+    }
+
+    // The live relay: connect to a found match, send data to the opponent, leave.
+    void handleLive(json::string_view type, const json::object& o) {
+        const json::value* id = o.if_contains("match");
+        if (!id || !id->is_string() || id->as_string().empty() || id->as_string().size() > 64) {
+            return sendError("invalid_message", "a live message names its \"match\"");
+        }
+        const std::string matchId(id->as_string());
+        try {
+            if (!stillAuthorized()) {
+                return;
+            }
+            if (type == "live_connect") {
+                return connectLive(matchId);
+            }
+            if (type == "live_send") {
+                return relayLive(matchId, o.if_contains("data"));
+            }
+            if (type == "live_leave") {
+                server_.relay().unbind(matchId, playerId_, this);
+                liveMatches_.erase(matchId);
+                return server_.api().liveLeave(playerId_, matchId, "left");
+            }
+        } catch (const std::exception& e) {
+            server_.log().log(LogLevel::Error, "live message failed",
+                              {{"player", playerId_}, {"match", matchId}, {"error", e.what()}});
+            return sendError("storage_unavailable", "the database cannot be reached; try again", matchId);
+        }
+        sendError("invalid_message", "unknown message type", matchId);
+    }
+
+    void connectLive(const std::string& matchId) {
+        server_.relay().bind(matchId, playerId_, std::weak_ptr<LiveEndpoint>(shared_from_this()));
+        auto connected = server_.api().liveConnect(playerId_, matchId);
+        if (const auto* code = std::get_if<std::string>(&connected)) {
+            server_.relay().unbind(matchId, playerId_, this);
+            return sendError(*code, "this live match cannot be connected to", matchId);
+        }
+        const auto& m = std::get<logic::live::Match>(connected);
+        const std::string opponent = logic::live::opponentOf(m, playerId_);
+        const bool opponentConnected =
+            logic::live::expectedPlayerCount(m, playerId_) == 0 && !opponent.empty();
+        server_.relay().learn(matchId, playerId_, opponent, opponentConnected);
+        liveMatches_.insert(matchId);
+        send(Api::liveStateText(matchId, playerId_, 1, opponentConnected ? 0 : 1));
+        if (opponentConnected) {
+            send(Api::liveStateText(matchId, opponent, 1, 0));
+        }
+    }
+
+    void relayLive(const std::string& matchId, const json::value* data) {
+        constexpr std::size_t kMaxText = (logic::live::kMaxDataBytes + 2) / 3 * 4;
+        if (!data || !data->is_string()) {
+            return sendError("invalid_message", "\"data\" must be base64 text", matchId);
+        }
+        if (data->as_string().size() > kMaxText) {
+            return sendError("live_data_too_large",
+                             "at most " + std::to_string(logic::live::kMaxDataBytes) + " bytes at once",
+                             matchId);
+        }
+        if (!store::match_rows::decodeData(std::string(data->as_string()))) {
+            return sendError("invalid_message", "\"data\" must be base64 text", matchId);
+        }
+        std::optional<std::string> opponent = server_.relay().connectedOpponent(matchId, playerId_);
+        if (!opponent) {
+            return sendError("live_not_connected", "both players must be connected to the match", matchId);
+        }
+        if (!server_.allowLiveMessage(playerId_)) {
+            return sendError("live_too_fast", "too many live messages; slow down", matchId);
+        }
+        server_.api().sendLive(*opponent, matchId,
+                               json::serialize(json::object{{"type", "live_data"},
+                                                            {"match", matchId},
+                                                            {"from", playerId_},
+                                                            {"data", data->as_string()}}));
+    }
+
+    void leaveLiveMatches() {
+        for (const std::string& matchId : liveMatches_) {
+            server_.relay().unbind(matchId, playerId_, this);
+            try {
+                server_.api().liveLeave(playerId_, matchId, "left");
+            } catch (const std::exception& e) {
+                server_.log().log(LogLevel::Warn, "cannot end a live match",
+                                  {{"player", playerId_}, {"match", matchId}, {"error", e.what()}});
+            }
+        }
+        liveMatches_.clear();
     }
 
     void send(std::string msg) {
@@ -227,6 +334,7 @@ private:
     beast::flat_buffer buffer_;
     std::deque<std::string> queue_;
     std::int64_t sentSeq_ = 0;
+    std::set<std::string> liveMatches_; // the live matches this connection speaks for
     bool open_ = false;
     bool closing_ = false;
 };
@@ -479,6 +587,9 @@ void Server::sweepTurns() {
             if (std::size_t moved = api_.expireDueTurns()) {
                 log_.log(LogLevel::Info, "turns timed out", {{"count", std::to_string(moved)}});
             }
+            if (std::size_t ended = api_.expireLiveMatches()) {
+                log_.log(LogLevel::Info, "stale live matches ended", {{"count", std::to_string(ended)}});
+            }
         } catch (const std::exception& e) {
             log_.log(LogLevel::Warn, "turn sweep failed", {{"error", e.what()}});
         }
@@ -548,6 +659,40 @@ void Server::eventsAdded(const std::string& playerId) {
     for (auto& s : targets) {
         s->wake();
     }
+}
+
+bool Server::liveMessage(const std::string& playerId, const std::string& matchId, const std::string& text) {
+    switch (relay_.deliver(playerId, matchId, text)) {
+    case LiveRelay::Delivery::Taken:
+    case LiveRelay::Delivery::Gone:
+        return true;
+    case LiveRelay::Delivery::NotBound:
+        break;
+    }
+    // Data goes only to a connection of the match; news of a match not yet connected to goes to every
+    // connection of the player here.
+    if (text.starts_with(R"({"type":"live_data")")) {
+        return false;
+    }
+    std::vector<std::shared_ptr<WsSession>> targets;
+    {
+        std::lock_guard lock(mutex_);
+        if (auto it = subscribers_.find(playerId); it != subscribers_.end()) {
+            for (auto& [p, w] : it->second) {
+                if (auto s = w.lock()) {
+                    targets.push_back(std::move(s));
+                }
+            }
+        }
+    }
+    for (auto& s : targets) {
+        s->sendLiveText(text);
+    }
+    return !targets.empty();
+}
+
+bool Server::allowLiveMessage(const std::string& playerId) {
+    return liveMessages_.allow(playerId, api_.now());
 }
 
 void Server::track(Stoppable* s, std::weak_ptr<Stoppable> w) {

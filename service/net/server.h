@@ -2,6 +2,7 @@
 #pragma once
 
 #include "net/api.h"
+#include "net/live_relay.h"
 #include "net/log.h"
 #include "net/metrics.h"
 
@@ -54,10 +55,15 @@ public:
     void wait();
 
     void eventsAdded(const std::string& playerId) override;
+    bool liveMessage(const std::string& playerId, const std::string& matchId,
+                     const std::string& text) override;
 
     Api& api() { return api_; }
     Metrics& metrics() { return metrics_; }
     Logger& log() { return log_; }
+    LiveRelay& relay() { return relay_; }
+    // Live data a player may send: a burst, then a steady pace.
+    bool allowLiveMessage(const std::string& playerId);
     const ServerConfig& config() const { return config_; }
     bool stopping() const { return stopping_; }
 
@@ -80,6 +86,8 @@ private:
     std::unordered_map<Stoppable*, std::weak_ptr<Stoppable>> sessions_;
     std::unordered_map<std::string, std::unordered_map<WsSession*, std::weak_ptr<WsSession>>> subscribers_;
     std::atomic<bool> stopping_{false};
+    LiveRelay relay_;
+    logic::RequestLimiter liveMessages_{logic::live::kMessagesPerSecond, logic::live::kMessageBurst};
 
     boost::asio::io_context io_;
     boost::asio::ip::tcp::acceptor acceptor_;

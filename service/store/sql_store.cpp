@@ -1,5 +1,6 @@
 #include "store/store.h"
 
+#include "store/live_rows.h"
 #include "store/match_rows.h"
 
 #include <algorithm>
@@ -27,6 +28,7 @@ Achievement achievementFrom(const Row& r) {
 
 constexpr const char* kEventsChannel = "tarvolin_events";
 constexpr const char* kScoresChannel = "tarvolin_scores";
+constexpr const char* kLiveChannel = "tarvolin_live";
 
 constexpr const char* kRequestColumns = "id, from_id, to_id, message, status, created_at, answered_at";
 
@@ -504,10 +506,98 @@ public:
         return found;
     }
 
+    void insertLiveMatch(const LiveMatch& m) override {
+        conn_->transact([&](Tx& tx) { live_rows::insert(tx, m); });
+    }
+
+    std::optional<LiveMatch> liveMatch(const std::string& id) override {
+        std::optional<LiveMatch> out;
+        conn_->read([&](Tx& tx) { out = live_rows::load(tx, id, false); });
+        return out;
+    }
+
+    std::optional<LiveMatch> joinWaitingLiveMatch(const std::string& playerId, std::int64_t since,
+                                                  std::int64_t now) override {
+        std::optional<LiveMatch> out;
+        conn_->transact([&](Tx& tx) {
+            // A match another instance is seating a player in is passed over, never waited for.
+            if (auto id = live_rows::oldestWaiting(tx, playerId, since, locks())) {
+                if (auto m = live_rows::load(tx, *id, false)) {
+                    out = logic::live::takeWaitingSeat(*m, playerId, now);
+                    live_rows::update(tx, *out);
+                }
+            }
+        });
+        return out;
+    }
+
+    std::optional<LiveMatch> ownWaitingLiveMatch(const std::string& playerId, std::int64_t since) override {
+        std::optional<LiveMatch> out;
+        conn_->read([&](Tx& tx) {
+            if (auto id = live_rows::ownWaiting(tx, playerId, since)) {
+                out = live_rows::load(tx, *id, false);
+            }
+        });
+        return out;
+    }
+
+    LiveMoveResult changeLiveMatch(const std::string& id, const LiveMove& move) override {
+        LiveMoveResult out = MatchNotFound{};
+        conn_->transact([&](Tx& tx) {
+            std::optional<LiveMatch> before = live_rows::load(tx, id, locks());
+            if (!before) {
+                out = MatchNotFound{};
+                return;
+            }
+            logic::live::Result moved = move(*before);
+            if (auto* refusal = std::get_if<logic::live::Refusal>(&moved)) {
+                out = *refusal;
+                return;
+            }
+            live_rows::update(tx, std::get<LiveMatch>(moved));
+            out = std::get<LiveMatch>(moved);
+        });
+        return out;
+    }
+
+    std::optional<LiveMatch> removeLiveMatch(const std::string& id,
+                                             const std::function<bool(const LiveMatch&)>& whether) override {
+        std::optional<LiveMatch> out;
+        conn_->transact([&](Tx& tx) {
+            std::optional<LiveMatch> m = live_rows::load(tx, id, locks());
+            if (m && whether(*m)) {
+                live_rows::remove(tx, id);
+                out = std::move(m);
+            }
+        });
+        return out;
+    }
+
+    std::vector<std::string> staleLiveMatches(std::int64_t now, std::size_t limit) override {
+        std::vector<std::string> out;
+        conn_->read([&](Tx& tx) { out = live_rows::staleCandidates(tx, now, limit); });
+        return out;
+    }
+
+    std::size_t liveMatchCount(const std::string& playerId) override {
+        std::size_t n = 0;
+        conn_->read([&](Tx& tx) { n = live_rows::countOf(tx, playerId); });
+        return n;
+    }
+
+    void publishLive(const std::string& payload) override {
+        if (locks()) {
+            conn_->transact([&](Tx& tx) { tx.notify(kLiveChannel, payload); });
+        }
+    }
+
     std::unique_ptr<Watch> watchChanges(ChangeHandler fn) override {
-        return conn_->watch({kEventsChannel, kScoresChannel},
-                            [fn = std::move(fn)](const std::string& channel, const std::string& playerId) {
-                                fn(channel == kEventsChannel ? Change::Events : Change::Score, playerId);
+        return conn_->watch({kEventsChannel, kScoresChannel, kLiveChannel},
+                            [fn = std::move(fn)](const std::string& channel, const std::string& payload) {
+                                fn(channel == kEventsChannel ? Change::Events
+                                   : channel == kLiveChannel ? Change::Live
+                                                             : Change::Score,
+                                   payload);
                             });
     }
 

@@ -1,6 +1,7 @@
 // The storage interface of the service: every operation is one transaction.
 #pragma once
 
+#include "logic/live_rules.h"
 #include "logic/match_rules.h"
 #include "store/sql.h"
 
@@ -64,9 +65,10 @@ struct NewEvent {
     std::string payload;
 };
 
-// What another instance on the same database has changed.
-enum class Change { Events, Score };
-using ChangeHandler = std::function<void(Change, const std::string& playerId)>;
+// What another instance on the same database has changed: events stored for a player, a player's score, or
+// a live message to relay (the payload is the message).
+enum class Change { Events, Score, Live };
+using ChangeHandler = std::function<void(Change, const std::string& payload)>;
 
 enum class FriendRequestOutcome {
     Sent,
@@ -88,6 +90,10 @@ struct MatchChange {
 using MatchMove = std::function<std::variant<MatchChange, Refusal>(const Match&)>;
 struct MatchNotFound {};
 using MatchMoveResult = std::variant<Match, Refusal, MatchNotFound>;
+
+using LiveMatch = logic::live::Match;
+using LiveMove = std::function<logic::live::Result(const LiveMatch&)>;
+using LiveMoveResult = std::variant<LiveMatch, logic::live::Refusal, MatchNotFound>;
 
 class Store {
 public:
@@ -167,6 +173,25 @@ public:
     virtual std::size_t openMatchCount(const std::string& playerId) = 0;
     // Whether the two players have ended a match together.
     virtual bool haveEndedMatchTogether(const std::string& a, const std::string& b) = 0;
+
+    // Live matches, kept only while they last.
+    virtual void insertLiveMatch(const LiveMatch& m) = 0;
+    virtual std::optional<LiveMatch> liveMatch(const std::string& id) = 0;
+    // Seats the player in the oldest automatic match that has searched since `since`, not his own; nothing
+    // when none waits.
+    virtual std::optional<LiveMatch> joinWaitingLiveMatch(const std::string& playerId, std::int64_t since,
+                                                          std::int64_t now) = 0;
+    // The player's own automatic match still searching since `since`.
+    virtual std::optional<LiveMatch> ownWaitingLiveMatch(const std::string& playerId, std::int64_t since) = 0;
+    virtual LiveMoveResult changeLiveMatch(const std::string& id, const LiveMove& move) = 0;
+    // Removes the match when `whether` holds for it; returns what was removed, so that only one caller tells
+    // the players.
+    virtual std::optional<LiveMatch>
+    removeLiveMatch(const std::string& id, const std::function<bool(const LiveMatch&)>& whether) = 0;
+    virtual std::vector<std::string> staleLiveMatches(std::int64_t now, std::size_t limit) = 0;
+    virtual std::size_t liveMatchCount(const std::string& playerId) = 0;
+    // Hands a live message to every instance on this database; nothing on a database of one instance.
+    virtual void publishLive(const std::string& payload) = 0;
 
     // Calls fn, from a thread of its own, whenever any instance on this database has stored events for a
     // player or changed a score, until the watch is destroyed. nullptr for a database of one instance.

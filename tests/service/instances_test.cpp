@@ -89,3 +89,61 @@ TEST(Instances, ATurnCrossesTwoInstancesAndARunOutTurnMovesOnce) {
     EXPECT_EQ(turn->at("event"), "turn");
     EXPECT_TRUE(aliEvents.drain().empty());
 }
+
+TEST(Instances, TheTwoPlayersOfALiveMatchSitOnDifferentInstances) {
+    TARVOLIN_REQUIRE_BACKEND("postgresql");
+    TestService one("postgresql");
+    TestService two(one.database());
+    Account ali = one.signUp("Ali");
+    Account bader = two.signUp("Bader");
+    one.befriend(ali, bader);
+    WsClient aliWs(one.port(), ali.token);
+    WsClient baderWs(two.port(), bader.token);
+    aliWs.drain();
+    baderWs.drain();
+    auto nextLive = [](WsClient& ws, const char* type) {
+        while (auto m = ws.next()) {
+            if (m->at("type") == type) {
+                return m;
+            }
+        }
+        return std::optional<json::value>();
+    };
+
+    Reply invited =
+        one.http().post("/v1/live", json::object{{"recipients", json::array{bader.id.c_str()}}}, ali.token);
+    ASSERT_EQ(invited.status, 201u) << invited.body;
+    const std::string id(invited.json.at("match").at("matchID").as_string());
+    ASSERT_TRUE(nextLive(baderWs, "live_invitation"));
+    ASSERT_EQ(two.http().post("/v1/live/" + id + "/accept", json::object{}, bader.token).status, 200u);
+    ASSERT_TRUE(nextLive(aliWs, "live_match"));
+
+    aliWs.send(json::object{{"type", "live_connect"}, {"match", id}});
+    ASSERT_TRUE(nextLive(aliWs, "live_state"));
+    baderWs.send(json::object{{"type", "live_connect"}, {"match", id}});
+    auto aliThere = nextLive(baderWs, "live_state");
+    aliThere = nextLive(baderWs, "live_state");
+    ASSERT_TRUE(aliThere);
+    EXPECT_EQ(aliThere->at("player"), ali.id.c_str());
+    auto baderThere = nextLive(aliWs, "live_state");
+    ASSERT_TRUE(baderThere);
+    EXPECT_EQ(baderThere->at("player"), bader.id.c_str());
+
+    // Data crosses in order both ways.
+    for (int i = 0; i < 20; ++i) {
+        aliWs.send(json::object{{"type", "live_send"}, {"match", id}, {"data", std::to_string(5000 + i)}});
+    }
+    baderWs.send(json::object{{"type", "live_send"}, {"match", id}, {"data", "back"}});
+    for (int i = 0; i < 20; ++i) {
+        auto m = nextLive(baderWs, "live_data");
+        ASSERT_TRUE(m);
+        EXPECT_EQ(m->at("data"), std::to_string(5000 + i).c_str());
+    }
+    EXPECT_EQ(nextLive(aliWs, "live_data")->at("data"), "back");
+
+    baderWs.send(json::object{{"type", "live_leave"}, {"match", id}});
+    auto gone = nextLive(aliWs, "live_state");
+    ASSERT_TRUE(gone);
+    EXPECT_EQ(gone->at("state"), 2);
+    EXPECT_EQ(gone->at("player"), bader.id.c_str());
+}
