@@ -14,6 +14,7 @@
 #include "platform/Dispatch.h"
 #include "platform/gamekit/GKEventChannel.h"
 #include "platform/gamekit/GKLocalPlayer.h"
+#include "platform/gamekit/GKMatch.h"
 #include "platform/gamekit/GKTurnBasedMatch.h"
 #include "progress/BonusManager.h"
 #include "progress/CreditsManager.h"
@@ -27,11 +28,15 @@
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QWebSocket>
 #include <gtest/gtest.h>
 
 namespace {
@@ -454,6 +459,203 @@ TEST_F(TwoPlayers, ABattleShapedMatchAndAnAutomaticOneThroughTheClientClasses) {
     GKTurnBasedMatch::loadMatchesWithCompletionHandler([&mine](auto list, auto) { mine = list; });
     ASSERT_TRUE(QTest::qWaitFor([&mine] { return mine.has_value(); }, 15000));
     EXPECT_EQ(mine->size(), 2);
+}
+
+// The other player of a live match, speaking to the service directly: HTTP for the search and its event
+// WebSocket for the relay.
+class RawPlayer {
+public:
+    RawPlayer(int port, QString token) : m_port(port), m_token(std::move(token)) {
+        QObject::connect(&m_socket, &QWebSocket::textMessageReceived, [this](const QString& text) {
+            m_messages.append(QJsonDocument::fromJson(text.toUtf8()).object());
+        });
+        QNetworkRequest request(QUrl(QStringLiteral("ws://127.0.0.1:%1/v1/events").arg(port)));
+        request.setRawHeader("Authorization", "Bearer " + m_token.toLatin1());
+        m_socket.open(request);
+        EXPECT_TRUE(
+            QTest::qWaitFor([this] { return m_socket.state() == QAbstractSocket::ConnectedState; }, 10000));
+    }
+
+    QJsonObject call(const QByteArray& verb, const QString& path, const QJsonObject& body = {}) {
+        QNetworkRequest request(QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_port).arg(path)));
+        request.setRawHeader("Authorization", "Bearer " + m_token.toLatin1());
+        request.setHeader(QNetworkRequest::ContentTypeHeader, "application/json");
+        QNetworkReply* reply =
+            m_network.sendCustomRequest(request, verb, QJsonDocument(body).toJson(QJsonDocument::Compact));
+        EXPECT_TRUE(QTest::qWaitFor([reply] { return reply->isFinished(); }, 10000));
+        const QJsonObject out = QJsonDocument::fromJson(reply->readAll()).object();
+        reply->deleteLater();
+        return out;
+    }
+
+    void send(const QJsonObject& message) {
+        m_socket.sendTextMessage(QString::fromUtf8(QJsonDocument(message).toJson(QJsonDocument::Compact)));
+    }
+
+    // The next message of a type (and of a state, for state messages), waiting for it.
+    QJsonObject next(const QString& type, int state = -1) {
+        QJsonObject found;
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] {
+                for (qsizetype i = 0; i < m_messages.size(); ++i) {
+                    if (m_messages[i].value("type").toString() == type &&
+                        (state < 0 || m_messages[i].value("state").toInt() == state)) {
+                        found = m_messages.takeAt(i);
+                        return true;
+                    }
+                }
+                return false;
+            },
+            10000))
+            << type.toStdString();
+        return found;
+    }
+
+private:
+    int m_port;
+    QString m_token;
+    QNetworkAccessManager m_network;
+    QWebSocket m_socket;
+    QList<QJsonObject> m_messages;
+};
+
+// What a live match tells its delegate, and the invitations the player accepts.
+class LiveRecorder : public QObject, public GKMatchDelegate, public GKInviteEventListener {
+public:
+    void matchDidReceiveDataFromRemotePlayer(GKMatch*, const QByteArray& data, const QString& from) override {
+        received.append(data);
+        senders.append(from);
+    }
+    void matchPlayerDidChangeConnectionState(GKMatch* match, const QString& player, int state) override {
+        states.append({player, state});
+        expectedAtChange.append(match->expectedPlayerCount());
+    }
+    void matchDidFailWithError(GKMatch*, const GKError& error) override { errors.append(error.code); }
+    void playerDidAcceptInvite(const GKInvite& invite) override { invites.append(invite); }
+
+    QList<QByteArray> received;
+    QStringList senders, errors;
+    QList<QPair<QString, int>> states;
+    QList<int> expectedAtChange;
+    QList<GKInvite> invites;
+};
+
+template <class Call> std::pair<std::shared_ptr<GKMatch>, std::optional<GKError>> awaitLive(Call call) {
+    std::optional<std::pair<std::shared_ptr<GKMatch>, std::optional<GKError>>> answer;
+    call([&answer](std::shared_ptr<GKMatch> m, std::optional<GKError> e) { answer.emplace(m, e); });
+    EXPECT_TRUE(QTest::qWaitFor([&answer] { return answer.has_value(); }, 15000));
+    return answer.value_or(std::make_pair(nullptr, std::nullopt));
+}
+
+TEST_F(TwoPlayers, ALiveMatchThroughTheMatchmakerAnInvitationAndTheRelay) {
+    enter("lina");
+    createAccount(QStringLiteral("لينا"));
+    const QString linaToken = Platform::shared().gameService().token();
+    const QString lina = GKLocalPlayer::localPlayer().playerID();
+    enter("sami");
+    createAccount(QStringLiteral("سامي"));
+    const QString sami = GKLocalPlayer::localPlayer().playerID();
+    ASSERT_TRUE(QTest::qWaitFor([] { return GKLocalPlayer::localPlayer().events().isConnected(); }, 10000));
+    RawPlayer other(port, linaToken);
+    LiveRecorder recorder;
+
+    // Sami searches first and waits; Lina's search finds him.
+    std::optional<std::pair<std::shared_ptr<GKMatch>, std::optional<GKError>>> answer;
+    GKMatchmaker::sharedMatchmaker().findMatchForRequestWithCompletionHandler(
+        GKMatchRequest(), [&answer](auto m, auto e) { answer.emplace(m, e); });
+    ASSERT_TRUE(QTest::qWaitFor([] { return GKMatchmaker::sharedMatchmaker().isSearching(); }, 1000));
+    QTest::qWait(300);
+    EXPECT_FALSE(answer);
+    const QJsonObject joined = other.call("POST", "/v1/live").value("match").toObject();
+    ASSERT_TRUE(joined.value("found").toBool());
+    ASSERT_TRUE(QTest::qWaitFor([&answer] { return answer.has_value(); }, 10000));
+    std::shared_ptr<GKMatch> match = answer->first;
+    ASSERT_TRUE(match);
+    EXPECT_EQ(match->matchID(), joined.value("matchID").toString());
+    EXPECT_EQ(match->players(), QStringList{lina});
+    EXPECT_EQ(match->expectedPlayerCount(), 1);
+    match->setDelegate(&recorder);
+
+    // Lina connects: Sami's match hears it and expects nobody more.
+    other.send({{"type", "live_connect"}, {"match", match->matchID()}});
+    ASSERT_TRUE(QTest::qWaitFor([&recorder] { return !recorder.states.isEmpty(); }, 10000));
+    EXPECT_EQ(recorder.states.first(), qMakePair(lina, int(GKPlayerStateConnected)));
+    EXPECT_EQ(recorder.expectedAtChange.first(), 0);
+
+    // Data both ways, in order.
+    std::optional<GKError> error;
+    ASSERT_TRUE(
+        match->sendDataToAllPlayersWithDataModeError(QByteArray("مرحبا"), GKMatchSendDataReliable, &error));
+    EXPECT_EQ(QByteArray::fromBase64(other.next("live_data").value("data").toString().toLatin1()),
+              QByteArray("مرحبا"));
+    for (const char* piece : {"one", "two", "three"}) {
+        other.send({{"type", "live_send"},
+                    {"match", match->matchID()},
+                    {"data", QString::fromLatin1(QByteArray(piece).toBase64())}});
+    }
+    ASSERT_TRUE(QTest::qWaitFor([&recorder] { return recorder.received.size() == 3; }, 10000));
+    EXPECT_EQ(recorder.received, (QList<QByteArray>{"one", "two", "three"}));
+    EXPECT_EQ(recorder.senders.first(), lina);
+    EXPECT_FALSE(match->sendDataToAllPlayersWithDataModeError(QByteArray(GKMatchMaxDataBytes + 1, 'x'),
+                                                              GKMatchSendDataReliable, &error));
+    EXPECT_EQ(error->code, "live_data_too_large");
+
+    // Lina leaves: Sami's match sees her disconnect and sends nothing more.
+    other.send({{"type", "live_leave"}, {"match", match->matchID()}});
+    ASSERT_TRUE(QTest::qWaitFor([&recorder] { return recorder.states.size() == 2; }, 10000));
+    EXPECT_EQ(recorder.states.last(), qMakePair(lina, int(GKPlayerStateDisconnected)));
+    EXPECT_FALSE(match->sendDataToAllPlayersWithDataModeError("late", GKMatchSendDataReliable, &error));
+
+    // A search nobody joins can be cancelled; the service forgets it.
+    answer.reset();
+    GKMatchmaker::sharedMatchmaker().findMatchForRequestWithCompletionHandler(
+        GKMatchRequest(), [&answer](auto m, auto e) { answer.emplace(m, e); });
+    QTest::qWait(300);
+    GKMatchmaker::sharedMatchmaker().cancel();
+    ASSERT_TRUE(answer);
+    EXPECT_EQ(answer->second->code, "cancelled");
+
+    // Lina, now a friend, invites Sami: his game asks him; he declines once, then accepts.
+    const QJsonObject request =
+        other.call("POST", "/v1/friend-requests", {{"playerID", sami}, {"message", "live?"}})
+            .value("request")
+            .toObject();
+    bool befriended = false;
+    GKFriendRequest::answerFriendRequest(request.value("requestID").toString(), true,
+                                         [&befriended](auto) { befriended = true; });
+    ASSERT_TRUE(QTest::qWaitFor([&befriended] { return befriended; }, 10000));
+    GKLocalPlayer::localPlayer().registerListener(&recorder);
+    auto& alerts = Platform::shared().alerts();
+    other.call("POST", "/v1/live", {{"recipients", QJsonArray{sami}}});
+    ASSERT_TRUE(QTest::qWaitFor([&alerts] { return alerts.isVisible(); }, 10000));
+    EXPECT_EQ(alerts.title(), QStringLiteral("دعوة إلى مباراة مباشرة"));
+    EXPECT_TRUE(alerts.message().contains(QStringLiteral("لينا")));
+    alerts.pressTitled(QStringLiteral("لا"));
+    EXPECT_EQ(other.next("live_state", GKPlayerStateDisconnected).value("reason").toString(), "declined");
+    EXPECT_TRUE(recorder.invites.isEmpty());
+
+    const QString invited = other.call("POST", "/v1/live", {{"recipients", QJsonArray{sami}}})
+                                .value("match")
+                                .toObject()
+                                .value("matchID")
+                                .toString();
+    ASSERT_TRUE(QTest::qWaitFor([&alerts] { return alerts.isVisible(); }, 10000));
+    alerts.pressTitled(QStringLiteral("قبول"));
+    ASSERT_EQ(recorder.invites.size(), 1);
+    EXPECT_EQ(recorder.invites.first().matchID, invited);
+    EXPECT_EQ(recorder.invites.first().sender.displayName, QStringLiteral("لينا"));
+    auto [accepted, acceptError] = awaitLive([&](auto done) {
+        GKMatchmaker::sharedMatchmaker().matchForInviteCompletionHandler(recorder.invites.first(), done);
+    });
+    ASSERT_TRUE(accepted) << (acceptError ? acceptError->message.toStdString() : "");
+    EXPECT_EQ(other.next("live_match").value("match").toObject().value("matchID").toString(), invited);
+    other.send({{"type", "live_connect"}, {"match", invited}});
+    ASSERT_TRUE(QTest::qWaitFor([&accepted] { return accepted->expectedPlayerCount() == 0; }, 10000));
+    // Sami's game goes away: Lina sees him disconnect.
+    accepted->disconnect();
+    const QJsonObject gone = other.next("live_state", GKPlayerStateDisconnected);
+    EXPECT_EQ(gone.value("player").toString(), sami);
+    EXPECT_EQ(gone.value("state").toInt(), int(GKPlayerStateDisconnected));
 }
 
 } // namespace

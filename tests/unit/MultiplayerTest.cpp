@@ -11,6 +11,7 @@
 #include "multiplayer/GameCenterManager.h"
 #include "multiplayer/LoginViewController.h"
 #include "platform/gamekit/GKLocalPlayer.h"
+#include "platform/gamekit/GKMatch.h"
 #include "platform/gamekit/GKTurnBasedMatch.h"
 #include "progress/CreditsManager.h"
 #include "progress/UserStatsManager.h"
@@ -385,6 +386,34 @@ TEST(TurnBasedMatches, AReplyThatBreaksTheContractIsNoMatch) {
         EXPECT_FALSE(GKTurnBasedMatch::fromJson(bad)) << key.toStdString();
     }
     EXPECT_FALSE(GKTurnBasedMatch::fromJson({}));
+}
+
+TEST(LiveMatches, AReplyThatBreaksTheContractIsNoMatch) {
+    const auto seat = [](const QJsonValue& id) {
+        return QJsonObject{{"playerID", id}, {"status", "seated"}};
+    };
+    const QJsonObject good{{"matchID", "live"},
+                           {"found", false},
+                           {"players", QJsonArray{seat("me"), seat(QJsonValue::Null)}},
+                           {"expectedPlayerCount", 1}};
+    const std::shared_ptr<GKMatch> m = GKMatch::fromJson(good, "me");
+    ASSERT_TRUE(m);
+    EXPECT_TRUE(m->players().isEmpty());
+    EXPECT_EQ(m->expectedPlayerCount(), 1);
+    std::optional<GKError> error;
+    EXPECT_FALSE(m->sendDataToAllPlayersWithDataModeError("x", GKMatchSendDataReliable, &error));
+    EXPECT_EQ(error->code, "live_not_connected");
+    // A match the local player has no seat in is not his.
+    EXPECT_FALSE(GKMatch::fromJson(good, "someone else"));
+    for (const auto& [key, value] :
+         std::vector<std::pair<QString, QJsonValue>>{{"matchID", ""},
+                                                     {"players", QJsonArray{seat("me")}},
+                                                     {"players", QJsonArray{seat("me"), seat(3)}},
+                                                     {"expectedPlayerCount", "one"}}) {
+        QJsonObject bad = good;
+        bad.insert(key, value);
+        EXPECT_FALSE(GKMatch::fromJson(bad, "me")) << key.toStdString();
+    }
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "GKEventChannel.h"
 
 #include "GKLocalPlayer.h"
+#include "GKMatch.h"
 #include "GKTurnBasedMatch.h"
 
 #include "platform/Platform.h"
@@ -10,6 +11,7 @@
 #include <QNetworkRequest>
 #include <QPointer>
 #include <QWebSocket>
+#include <utility>
 
 GKEventChannel::GKEventChannel() = default;
 GKEventChannel::~GKEventChannel() {
@@ -23,9 +25,20 @@ void GKEventChannel::connectToService() {
         return;
     }
     m_socket = std::make_unique<QWebSocket>();
-    connect(m_socket.get(), &QWebSocket::connected, this, [this] { m_connected = true; });
+    connect(m_socket.get(), &QWebSocket::connected, this, [this] {
+        m_connected = true;
+        const QList<QJsonObject> waiting = std::exchange(m_outbox, {});
+        for (const QJsonObject& message : waiting) {
+            sendLiveMessage(message);
+        }
+    });
     connect(m_socket.get(), &QWebSocket::disconnected, this, [this] {
+        const bool was = m_connected;
         m_connected = false;
+        m_outbox.clear();
+        if (was) {
+            emit connectionLost();
+        }
         scheduleReconnect();
     });
     connect(m_socket.get(), &QWebSocket::textMessageReceived, this, &GKEventChannel::handleMessage);
@@ -43,7 +56,18 @@ void GKEventChannel::disconnectFromService() {
         m_socket->close();
         m_socket.reset();
     }
-    m_connected = false;
+    m_outbox.clear();
+    if (std::exchange(m_connected, false)) {
+        emit connectionLost();
+    }
+}
+
+void GKEventChannel::sendLiveMessage(const QJsonObject& message) {
+    if (!m_connected || !m_socket) {
+        m_outbox.append(message);
+        return;
+    }
+    m_socket->sendTextMessage(QString::fromUtf8(QJsonDocument(message).toJson(QJsonDocument::Compact)));
 }
 
 void GKEventChannel::scheduleReconnect() {
@@ -68,7 +92,16 @@ void GKEventChannel::scheduleReconnect() {
 void GKEventChannel::handleMessage(const QString& text) {
     const QJsonDocument doc = QJsonDocument::fromJson(text.toUtf8());
     const QJsonObject message = doc.object();
-    if (message.value("type").toString() != QLatin1String("event") || !message.value("seq").isDouble()) {
+    const QString type = message.value("type").toString();
+    if (type.startsWith(QLatin1String("live_")) ||
+        (type == QLatin1String("error") && message.value("match").isString())) {
+        if (type == QLatin1String("live_invitation")) {
+            GKMatchmaker::sharedMatchmaker().inviteReceived(message);
+        }
+        emit liveMessageReceived(message);
+        return;
+    }
+    if (type != QLatin1String("event") || !message.value("seq").isDouble()) {
         return;
     }
     const auto seq = static_cast<qint64>(message.value("seq").toDouble());

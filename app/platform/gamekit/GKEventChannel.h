@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QJsonObject>
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <memory>
@@ -25,6 +26,14 @@ public:
     void connectToService();
     void disconnectFromService();
     bool isConnected() const { return m_connected; }
+    // A message of the live relay; kept, in order, until the socket is open.
+    void sendLiveMessage(const QJsonObject& message);
+
+signals:
+    // A message of the live relay: its type begins with "live_", or it is an error about a live match.
+    void liveMessageReceived(const QJsonObject& message);
+    // The socket has dropped: the service has ended this player's live matches.
+    void connectionLost();
 
 private:
     void handleMessage(const QString& text);
@@ -33,6 +42,7 @@ private:
     void scheduleReconnect();
 
     std::unique_ptr<QWebSocket> m_socket;
+    QList<QJsonObject> m_outbox;
     bool m_wanted = false;
     bool m_connected = false;
     bool m_reconnectPending = false;

@@ -36,6 +36,7 @@ public:
     const AuthenticateHandler& authenticateHandler() const { return m_handler; }
     void registerListener(QObject* listener);
     const QList<QObject*>& listeners() const { return m_listeners; }
+    GKEventChannel& events() { return m_events; }
 
     // From the login screen.
     void createAccount(const QString& displayName, const QString& password,
