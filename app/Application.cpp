@@ -38,6 +38,7 @@ const QMap<QString, QString>& presentedScreens() {
         {"help", "HelpViewController"},
         {"profile", "UserProfileViewController"},
         {"about", "AboutViewController"},
+        {"matchmaker", "GKTurnBasedMatchmakerViewController"},
     };
     return screens;
 }
@@ -78,8 +79,8 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
         QStringLiteral("open"),
         QStringLiteral(
             "Go on from the main screen to SCREEN: rounds, levels, play, solved (the current level just "
-            "solved), login, leaderboard, account, settings, rank, achievements, tips, help, profile or "
-            "about."),
+            "solved), login, leaderboard, account, settings, rank, achievements, tips, help, profile, "
+            "about or matchmaker."),
         QStringLiteral("SCREEN"));
     parser.addOptions({profile, screenshot, service, device, offline, dataDir, open});
 

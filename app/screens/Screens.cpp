@@ -11,6 +11,7 @@
 #include "multiplayer/LoginViewController.h"
 #include "multiplayer/PlayerPhotoProvider.h"
 #include "platform/Platform.h"
+#include "platform/gamekit/GKTurnBasedMatchmakerViewController.h"
 #include "screens/AboutViewController.h"
 #include "screens/AchievementsViewController.h"
 #include "screens/CreditsViewController.h"
@@ -47,6 +48,7 @@ template <class F> void forEachScreen(F&& f) {
     f.template operator()<HelpViewController>("HelpViewController");
     f.template operator()<UserProfileViewController>("UserProfileViewController");
     f.template operator()<AboutViewController>("AboutViewController");
+    f.template operator()<GKTurnBasedMatchmakerViewController>("GKTurnBasedMatchmakerViewController");
 }
 } // namespace
 

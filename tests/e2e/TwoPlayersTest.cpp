@@ -16,6 +16,7 @@
 #include "platform/gamekit/GKLocalPlayer.h"
 #include "platform/gamekit/GKMatch.h"
 #include "platform/gamekit/GKTurnBasedMatch.h"
+#include "platform/gamekit/GKTurnBasedMatchmakerViewController.h"
 #include "progress/BonusManager.h"
 #include "progress/CreditsManager.h"
 #include "progress/RankManager.h"
@@ -656,6 +657,78 @@ TEST_F(TwoPlayers, ALiveMatchThroughTheMatchmakerAnInvitationAndTheRelay) {
     const QJsonObject gone = other.next("live_state", GKPlayerStateDisconnected);
     EXPECT_EQ(gone.value("player").toString(), sami);
     EXPECT_EQ(gone.value("state").toInt(), int(GKPlayerStateDisconnected));
+}
+
+// Keeps what the turn-based picker tells its delegate.
+class PickerRecorder : public GKTurnBasedMatchmakerViewControllerDelegate {
+public:
+    void turnBasedMatchmakerViewControllerDidFindMatch(GKTurnBasedMatchmakerViewController*,
+                                                       const GKTurnBasedMatch& match) override {
+        found.append(match);
+    }
+    void turnBasedMatchmakerViewControllerWasCancelled(GKTurnBasedMatchmakerViewController*) override {
+        ++cancelled;
+    }
+    void turnBasedMatchmakerViewControllerDidFailWithError(GKTurnBasedMatchmakerViewController*,
+                                                           const GKError& error) override {
+        failures.append(error.code);
+    }
+    QList<GKTurnBasedMatch> found;
+    QStringList failures;
+    int cancelled = 0;
+};
+
+TEST_F(TwoPlayers, ThePickerStartsAnAutomaticMatchOrChallengesAFriend) {
+    enter("muna");
+    createAccount(QStringLiteral("منى"));
+    const QString munaToken = Platform::shared().gameService().token();
+    const QString muna = GKLocalPlayer::localPlayer().playerID();
+    enter("yasir");
+    createAccount(QStringLiteral("ياسر"));
+    const QString yasir = GKLocalPlayer::localPlayer().playerID();
+    RawPlayer other(port, munaToken);
+    const QJsonObject request =
+        other.call("POST", "/v1/friend-requests", {{"playerID", yasir}, {"message", "battle?"}})
+            .value("request")
+            .toObject();
+    bool befriended = false;
+    GKFriendRequest::answerFriendRequest(request.value("requestID").toString(), true,
+                                         [&befriended](auto) { befriended = true; });
+    ASSERT_TRUE(QTest::qWaitFor([&befriended] { return befriended; }, 10000));
+
+    PickerRecorder recorder;
+    std::unique_ptr<GKTurnBasedMatchmakerViewController> picker(
+        GKTurnBasedMatchmakerViewController::initWithMatchRequest(GKMatchRequest()));
+    picker->setTurnBasedMatchmakerDelegate(&recorder);
+    picker->viewDidLoad();
+    ASSERT_TRUE(QTest::qWaitFor([&picker] { return !picker->loadingFriends(); }, 10000));
+    ASSERT_EQ(picker->friends().size(), 1);
+    EXPECT_EQ(picker->friends().first().toMap().value("name").toString(), QStringLiteral("منى"));
+
+    // A friend picked: an invitation with her in the second seat.
+    picker->pickFriend(muna);
+    ASSERT_TRUE(QTest::qWaitFor([&recorder] { return recorder.found.size() == 1; }, 10000));
+    EXPECT_EQ(recorder.found.first().participants.at(1).playerID, muna);
+    EXPECT_FALSE(picker->busy());
+
+    // Automatic: a match whose second seat waits.
+    picker->startAutomaticMatch();
+    ASSERT_TRUE(QTest::qWaitFor([&recorder] { return recorder.found.size() == 2; }, 10000));
+    EXPECT_EQ(recorder.found.last().status, GKTurnBasedMatchStatusMatching);
+
+    // A player who is neither a friend nor a former opponent is refused, and the picker says so and stays.
+    enter("stranger");
+    createAccount(QStringLiteral("غريب"));
+    const QString stranger = GKLocalPlayer::localPlayer().playerID();
+    enter("yasir");
+    Platform::shared().navigator().setRootViewController(new MainViewController());
+    ASSERT_TRUE(QTest::qWaitFor([] { return GKLocalPlayer::localPlayer().isAuthenticated(); }, 15000));
+    picker->pickFriend(stranger);
+    ASSERT_TRUE(QTest::qWaitFor([&recorder] { return !recorder.failures.isEmpty(); }, 10000));
+    EXPECT_EQ(recorder.failures.first(), "invitation_refused");
+    EXPECT_EQ(picker->status(), QStringLiteral("لا يمكن دعوة هذا اللاعب"));
+    picker->cancel();
+    EXPECT_EQ(recorder.cancelled, 1);
 }
 
 } // namespace
