@@ -39,6 +39,7 @@ const QMap<QString, QString>& presentedScreens() {
         {"profile", "UserProfileViewController"},
         {"about", "AboutViewController"},
         {"matchmaker", "GKTurnBasedMatchmakerViewController"},
+        {"livematch", "GKMatchmakerViewController"},
     };
     return screens;
 }
@@ -80,7 +81,7 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
         QStringLiteral(
             "Go on from the main screen to SCREEN: rounds, levels, play, solved (the current level just "
             "solved), login, leaderboard, account, settings, rank, achievements, tips, help, profile, "
-            "about or matchmaker."),
+            "about, matchmaker or livematch."),
         QStringLiteral("SCREEN"));
     parser.addOptions({profile, screenshot, service, device, offline, dataDir, open});
 

@@ -11,7 +11,7 @@
 #include "multiplayer/LoginViewController.h"
 #include "multiplayer/PlayerPhotoProvider.h"
 #include "platform/Platform.h"
-#include "platform/gamekit/GKTurnBasedMatchmakerViewController.h"
+#include "platform/gamekit/GKMatchPickers.h"
 #include "screens/AboutViewController.h"
 #include "screens/AchievementsViewController.h"
 #include "screens/CreditsViewController.h"
@@ -49,6 +49,7 @@ template <class F> void forEachScreen(F&& f) {
     f.template operator()<UserProfileViewController>("UserProfileViewController");
     f.template operator()<AboutViewController>("AboutViewController");
     f.template operator()<GKTurnBasedMatchmakerViewController>("GKTurnBasedMatchmakerViewController");
+    f.template operator()<GKMatchmakerViewController>("GKMatchmakerViewController");
 }
 } // namespace
 

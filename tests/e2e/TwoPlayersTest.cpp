@@ -15,8 +15,8 @@
 #include "platform/gamekit/GKEventChannel.h"
 #include "platform/gamekit/GKLocalPlayer.h"
 #include "platform/gamekit/GKMatch.h"
+#include "platform/gamekit/GKMatchPickers.h"
 #include "platform/gamekit/GKTurnBasedMatch.h"
-#include "platform/gamekit/GKTurnBasedMatchmakerViewController.h"
 #include "progress/BonusManager.h"
 #include "progress/CreditsManager.h"
 #include "progress/RankManager.h"
@@ -678,7 +678,23 @@ public:
     int cancelled = 0;
 };
 
-TEST_F(TwoPlayers, ThePickerStartsAnAutomaticMatchOrChallengesAFriend) {
+// Keeps what the live picker tells its delegate.
+class LivePickerRecorder : public GKMatchmakerViewControllerDelegate {
+public:
+    void matchmakerViewControllerDidFindMatch(GKMatchmakerViewController*,
+                                              std::shared_ptr<GKMatch> match) override {
+        found = std::move(match);
+    }
+    void matchmakerViewControllerWasCancelled(GKMatchmakerViewController*) override {}
+    void matchmakerViewControllerDidFailWithError(GKMatchmakerViewController*,
+                                                  const GKError& error) override {
+        failures.append(error.code);
+    }
+    std::shared_ptr<GKMatch> found;
+    QStringList failures;
+};
+
+TEST_F(TwoPlayers, ThePickersStartAnAutomaticMatchOrChallengeAFriend) {
     enter("muna");
     createAccount(QStringLiteral("منى"));
     const QString munaToken = Platform::shared().gameService().token();
@@ -729,6 +745,39 @@ TEST_F(TwoPlayers, ThePickerStartsAnAutomaticMatchOrChallengesAFriend) {
     EXPECT_EQ(picker->status(), QStringLiteral("لا يمكن دعوة هذا اللاعب"));
     picker->cancel();
     EXPECT_EQ(recorder.cancelled, 1);
+
+    // The live picker: a search waits, shows it, and ends when Muna's search finds it.
+    LivePickerRecorder live;
+    std::unique_ptr<GKMatchmakerViewController> livePicker(
+        GKMatchmakerViewController::initWithMatchRequest(GKMatchRequest()));
+    livePicker->setMatchmakerDelegate(&live);
+    livePicker->viewDidLoad();
+    livePicker->startAutomaticMatch();
+    ASSERT_TRUE(QTest::qWaitFor([] { return GKMatchmaker::sharedMatchmaker().isSearching(); }, 1000));
+    EXPECT_TRUE(livePicker->busy());
+    EXPECT_EQ(livePicker->status(), QStringLiteral("جارٍ البحث عن لاعب…"));
+    QTest::qWait(300);
+    EXPECT_TRUE(other.call("POST", "/v1/live").value("match").toObject().value("found").toBool());
+    ASSERT_TRUE(QTest::qWaitFor([&live] { return live.found != nullptr; }, 10000));
+    EXPECT_EQ(live.found->players(), QStringList{muna});
+    EXPECT_FALSE(livePicker->busy());
+    live.found->disconnect();
+
+    // Made with an invitation, it takes the invitation's match at once and offers no choice.
+    const QString invited = other.call("POST", "/v1/live", {{"recipients", QJsonArray{yasir}}})
+                                .value("match")
+                                .toObject()
+                                .value("matchID")
+                                .toString();
+    live.found.reset();
+    livePicker.reset(GKMatchmakerViewController::initWithInvite(
+        GKInvite{invited, GKPlayer{muna, QStringLiteral("منى"), true, {}}}));
+    livePicker->setMatchmakerDelegate(&live);
+    EXPECT_FALSE(livePicker->offersChoice());
+    livePicker->viewDidLoad();
+    ASSERT_TRUE(QTest::qWaitFor([&live] { return live.found != nullptr; }, 10000));
+    EXPECT_EQ(live.found->matchID(), invited);
+    EXPECT_EQ(other.next("live_match").value("match").toObject().value("matchID").toString(), invited);
 }
 
 } // namespace

@@ -15,6 +15,10 @@ GKLocalPlayer& GKLocalPlayer::localPlayer() {
     return Shared<Holder>::instance().player;
 }
 
+bool GKLocalPlayer::exists() {
+    return Shared<Holder>::exists();
+}
+
 void GKLocalPlayer::setAuthenticateHandler(AuthenticateHandler handler) {
     m_handler = std::move(handler);
     startLogin();

@@ -26,6 +26,8 @@ public:
     static inline const QString kTokenKey = QStringLiteral("gameServiceToken");
 
     static GKLocalPlayer& localPlayer();
+    // Whether the shared player is there now (it goes with the other shared instances).
+    static bool exists();
 
     QString playerID() const { return m_player.playerID; }
     QString displayName() const { return m_player.displayName; }

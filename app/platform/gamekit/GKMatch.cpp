@@ -3,6 +3,7 @@
 #include "GKLocalPlayer.h"
 
 #include "platform/Platform.h"
+#include "platform/SharedInstances.h"
 
 #include <QJsonArray>
 #include <QPointer>
@@ -55,7 +56,7 @@ std::shared_ptr<GKMatch> GKMatch::fromJson(const QJsonObject& o, const QString& 
 
 GKMatch::~GKMatch() {
     // A match that nobody holds any more is left, so that the other player is not kept waiting.
-    if (!m_over && m_connected) {
+    if (!m_over && m_connected && GKLocalPlayer::exists()) {
         channel().sendLiveMessage(QJsonObject{{"type", "live_leave"}, {"match", m_matchID}});
     }
 }
@@ -166,9 +167,14 @@ void GKMatch::ended(const QString& playerID) {
     }
 }
 
+// The matchmaker goes with the other shared instances, before the player whose socket it listens to.
+struct GKMatchmakerHolder {
+    GKMatchmaker matchmaker;
+    void loadData() {}
+};
+
 GKMatchmaker& GKMatchmaker::sharedMatchmaker() {
-    static GKMatchmaker instance;
-    return instance;
+    return Shared<GKMatchmakerHolder>::instance().matchmaker;
 }
 
 GKMatchmaker::GKMatchmaker() {

@@ -117,6 +117,7 @@ public:
     void inviteReceived(const QJsonObject& message);
 
 private:
+    friend struct GKMatchmakerHolder;
     GKMatchmaker();
     void handleLiveMessage(const QJsonObject& message);
     void finish(std::shared_ptr<GKMatch> match, std::optional<GKError> error);

@@ -1,0 +1,5 @@
+import QtQuick
+import ".."
+
+// The picker of a live match.
+MatchPickerView {}
