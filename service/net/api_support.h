@@ -43,6 +43,15 @@ inline Response errorResponse(unsigned status, const std::string& code, const st
     return jsonResponse(status, json::object{{"error", json::object{{"code", code}, {"message", message}}}});
 }
 
+// An invitation to anyone but a friend or a former opponent; gkCode is the platform's code for it.
+inline Response invitationRefused() {
+    return jsonResponse(
+        403, json::object{
+                 {"error", json::object{{"code", "invitation_refused"},
+                                        {"message", "invitations go to friends and former opponents only"},
+                                        {"gkCode", logic::match::kInvitationRefusedCode}}}});
+}
+
 inline std::string randomHex(std::size_t bytes) {
     std::vector<unsigned char> buf(bytes);
     randombytes_buf(buf.data(), buf.size());

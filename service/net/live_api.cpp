@@ -140,11 +140,7 @@ Response Api::findLiveMatch(Ctx& c) {
         }
         if (!logic::match::mayInvite(c.friendsOf(store_).count(to) > 0,
                                      store_.haveEndedMatchTogether(c.playerId, to))) {
-            return jsonResponse(
-                403, json::object{{"error", json::object{{"code", "invitation_refused"},
-                                                         {"message", "invitations go to friends and "
-                                                                     "former opponents only"},
-                                                         {"gkCode", logic::match::kInvitationRefusedCode}}}});
+            return invitationRefused();
         }
         if (!liveCreations_.allow(c.playerId, now)) {
             return errorResponse(429, "too_many_new_live_matches", "at most 10 new live matches a minute");

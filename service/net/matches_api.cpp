@@ -171,11 +171,7 @@ Response Api::findMatch(Ctx& c) {
         }
         if (to != c.playerId && !match::mayInvite(c.friendsOf(store_).count(to) > 0,
                                                   store_.haveEndedMatchTogether(c.playerId, to))) {
-            return jsonResponse(
-                403, json::object{{"error", json::object{{"code", "invitation_refused"},
-                                                         {"message", "invitations go to friends and "
-                                                                     "former opponents only"},
-                                                         {"gkCode", match::kInvitationRefusedCode}}}});
+            return invitationRefused();
         }
         return createMatch(c, match::createInvitation(randomHex(16), c.playerId, to, now));
     }

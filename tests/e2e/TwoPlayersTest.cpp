@@ -42,6 +42,12 @@
 
 namespace {
 
+// Two accounts made through the game: the first then plays from outside it (a RawPlayer with its token), the
+// second goes on in the game.
+struct TwoAccounts {
+    QString otherToken, other, local;
+};
+
 class TwoPlayers : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
@@ -87,6 +93,19 @@ protected:
             platform.writePackFile(2, QStringLiteral("نجم"), QStringLiteral("ابتثجحخدذ"));
         }
         LevelsInfoReader::sharedInstance().loadAllPacksLevelsWithEnc("ok", false);
+    }
+
+    TwoAccounts twoAccounts(const QString& otherProfile, const QString& otherName,
+                            const QString& localProfile, const QString& localName) {
+        TwoAccounts out;
+        enter(otherProfile);
+        createAccount(otherName);
+        out.otherToken = Platform::shared().gameService().token();
+        out.other = GKLocalPlayer::localPlayer().playerID();
+        enter(localProfile);
+        createAccount(localName);
+        out.local = GKLocalPlayer::localPlayer().playerID();
+        return out;
     }
 
     // The player asks to log in from the main screen and makes an account on the login screen.
@@ -520,6 +539,18 @@ private:
     QList<QJsonObject> m_messages;
 };
 
+// The outside player asks the game's player to be friends, and the game's player accepts.
+void befriendFrom(RawPlayer& other, const QString& local) {
+    const QJsonObject request =
+        other.call("POST", "/v1/friend-requests", {{"playerID", local}, {"message", "hi"}})
+            .value("request")
+            .toObject();
+    bool befriended = false;
+    GKFriendRequest::answerFriendRequest(request.value("requestID").toString(), true,
+                                         [&befriended](auto) { befriended = true; });
+    ASSERT_TRUE(QTest::qWaitFor([&befriended] { return befriended; }, 10000));
+}
+
 // What a live match tells its delegate, and the invitations the player accepts.
 class LiveRecorder : public QObject, public GKMatchDelegate, public GKInviteEventListener {
 public:
@@ -549,15 +580,11 @@ template <class Call> std::pair<std::shared_ptr<GKMatch>, std::optional<GKError>
 }
 
 TEST_F(TwoPlayers, ALiveMatchThroughTheMatchmakerAnInvitationAndTheRelay) {
-    enter("lina");
-    createAccount(QStringLiteral("لينا"));
-    const QString linaToken = Platform::shared().gameService().token();
-    const QString lina = GKLocalPlayer::localPlayer().playerID();
-    enter("sami");
-    createAccount(QStringLiteral("سامي"));
-    const QString sami = GKLocalPlayer::localPlayer().playerID();
+    const TwoAccounts accounts = twoAccounts("lina", QStringLiteral("لينا"), "sami", QStringLiteral("سامي"));
+    const QString lina = accounts.other;
+    const QString sami = accounts.local;
     ASSERT_TRUE(QTest::qWaitFor([] { return GKLocalPlayer::localPlayer().events().isConnected(); }, 10000));
-    RawPlayer other(port, linaToken);
+    RawPlayer other(port, accounts.otherToken);
     LiveRecorder recorder;
 
     // Sami searches first and waits; Lina's search finds him.
@@ -617,14 +644,7 @@ TEST_F(TwoPlayers, ALiveMatchThroughTheMatchmakerAnInvitationAndTheRelay) {
     EXPECT_EQ(answer->second->code, "cancelled");
 
     // Lina, now a friend, invites Sami: his game asks him; he declines once, then accepts.
-    const QJsonObject request =
-        other.call("POST", "/v1/friend-requests", {{"playerID", sami}, {"message", "live?"}})
-            .value("request")
-            .toObject();
-    bool befriended = false;
-    GKFriendRequest::answerFriendRequest(request.value("requestID").toString(), true,
-                                         [&befriended](auto) { befriended = true; });
-    ASSERT_TRUE(QTest::qWaitFor([&befriended] { return befriended; }, 10000));
+    befriendFrom(other, sami);
     GKLocalPlayer::localPlayer().registerListener(&recorder);
     auto& alerts = Platform::shared().alerts();
     other.call("POST", "/v1/live", {{"recipients", QJsonArray{sami}}});
@@ -695,22 +715,11 @@ public:
 };
 
 TEST_F(TwoPlayers, ThePickersStartAnAutomaticMatchOrChallengeAFriend) {
-    enter("muna");
-    createAccount(QStringLiteral("منى"));
-    const QString munaToken = Platform::shared().gameService().token();
-    const QString muna = GKLocalPlayer::localPlayer().playerID();
-    enter("yasir");
-    createAccount(QStringLiteral("ياسر"));
-    const QString yasir = GKLocalPlayer::localPlayer().playerID();
-    RawPlayer other(port, munaToken);
-    const QJsonObject request =
-        other.call("POST", "/v1/friend-requests", {{"playerID", yasir}, {"message", "battle?"}})
-            .value("request")
-            .toObject();
-    bool befriended = false;
-    GKFriendRequest::answerFriendRequest(request.value("requestID").toString(), true,
-                                         [&befriended](auto) { befriended = true; });
-    ASSERT_TRUE(QTest::qWaitFor([&befriended] { return befriended; }, 10000));
+    const TwoAccounts accounts = twoAccounts("muna", QStringLiteral("منى"), "yasir", QStringLiteral("ياسر"));
+    const QString muna = accounts.other;
+    const QString yasir = accounts.local;
+    RawPlayer other(port, accounts.otherToken);
+    befriendFrom(other, yasir);
 
     PickerRecorder recorder;
     std::unique_ptr<GKTurnBasedMatchmakerViewController> picker(
