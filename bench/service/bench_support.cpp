@@ -162,7 +162,8 @@ std::pair<std::uint64_t, std::uint64_t> openFileLimitsOf(pid_t pid) {
 }
 
 Memory memoryOf(pid_t pid) {
-    std::ifstream in(pid == 0 ? std::string("/proc/self/status") : "/proc/" + std::to_string(pid) + "/status");
+    std::ifstream in(pid == 0 ? std::string("/proc/self/status")
+                              : "/proc/" + std::to_string(pid) + "/status");
     Memory m;
     std::string line;
     while (std::getline(in, line)) {
@@ -178,6 +179,66 @@ Memory memoryOf(pid_t pid) {
 
 double mib(long kib) {
     return static_cast<double>(kib) / 1024.0;
+}
+
+double cpuSecondsOf(pid_t pid) {
+    std::ifstream in(pid == 0 ? std::string("/proc/self/stat") : "/proc/" + std::to_string(pid) + "/stat");
+    std::string line;
+    std::getline(in, line);
+    // The name in parentheses may hold blanks: the fields are counted after it. utime and stime are the
+    // 14th and 15th fields, the 12th and 13th after the name.
+    std::size_t close = line.rfind(')');
+    if (close == std::string::npos) {
+        return 0;
+    }
+    std::istringstream fields(line.substr(close + 1));
+    std::string field;
+    double ticks = 0;
+    for (int i = 1; i <= 13 && fields >> field; ++i) {
+        if (i >= 12) {
+            ticks += std::stod(field);
+        }
+    }
+    return ticks / static_cast<double>(sysconf(_SC_CLK_TCK));
+}
+
+CpuWatch::CpuWatch(std::vector<std::pair<std::string, pid_t>> processes)
+    : processes_(std::move(processes)), startMachine_(machineTime()), start_(Clock::now()) {
+    for (const auto& [name, pid] : processes_) {
+        startCpu_.push_back(cpuSecondsOf(pid));
+    }
+}
+
+CpuWatch::MachineTime CpuWatch::machineTime() {
+    // "cpu  user nice system idle iowait irq softirq steal guest guest_nice", in ticks
+    std::ifstream in("/proc/stat");
+    std::string cpu;
+    in >> cpu;
+    MachineTime t;
+    double v = 0;
+    for (int i = 0; i < 8 && in >> v; ++i) {
+        t.total += v;
+        if (i != 3 && i != 4) {
+            t.busy += v;
+        }
+    }
+    return t;
+}
+
+std::string CpuWatch::report() const {
+    const double wall = secondsSince(start_);
+    std::string out;
+    char buf[120];
+    for (std::size_t i = 0; i < processes_.size(); ++i) {
+        std::snprintf(buf, sizeof buf, "%s%s %.0f%% of a core", i ? ", " : "", processes_[i].first.c_str(),
+                      100.0 * (cpuSecondsOf(processes_[i].second) - startCpu_[i]) / wall);
+        out += buf;
+    }
+    const MachineTime now = machineTime();
+    std::snprintf(buf, sizeof buf, "; the machine %.0f%% busy of %ld cores",
+                  100.0 * (now.busy - startMachine_.busy) / std::max(1.0, now.total - startMachine_.total),
+                  sysconf(_SC_NPROCESSORS_ONLN));
+    return out + buf;
 }
 
 // A database of its own ----------------------------------------------------------------------------------
@@ -696,7 +757,7 @@ TurnLoad::TurnLoad(asio::io_context& io, const std::vector<BenchPlayer>& players
                    std::vector<std::size_t> instanceOfPlayer, std::vector<HttpPool*> pools,
                    std::vector<LoadMatch> matches, TurnLoadConfig config)
     : io_(io), players_(players), instanceOf_(std::move(instanceOfPlayer)), pools_(std::move(pools)),
-      matches_(std::move(matches)), config_(config), timer_(io) {
+      matches_(std::move(matches)), config_(config), timer_(io), gap_(config.turnsPerSecond) {
     for (std::size_t i = 0; i < matches_.size(); ++i) {
         byId_.emplace(matches_[i].id, i);
     }
@@ -719,6 +780,9 @@ TurnFigures TurnLoad::run() {
     lastDone_ = start_;
     measureFrom_ = start_ + std::chrono::duration_cast<Clock::duration>(
                                 std::chrono::duration<double>(config_.warmupSeconds));
+    end_ =
+        start_ + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(config_.seconds));
+    nextAt_ = start_;
     due_ = 0;
     inFlight_ = 0;
     stopped_ = false;
@@ -745,18 +809,11 @@ TurnFigures TurnLoad::run() {
 
 void TurnLoad::tick() {
     const Clock::time_point now = Clock::now();
-    auto dueAt = [&](std::size_t n) {
-        return start_ + std::chrono::duration_cast<Clock::duration>(
-                            std::chrono::duration<double>(static_cast<double>(n) / config_.turnsPerSecond));
-    };
-    auto finished = [&] {
-        return (config_.maxTurns > 0 && due_ >= config_.maxTurns) ||
-               dueAt(due_) >= start_ + std::chrono::duration_cast<Clock::duration>(
-                                           std::chrono::duration<double>(config_.seconds));
-    };
+    auto finished = [&] { return (config_.maxTurns > 0 && due_ >= config_.maxTurns) || nextAt_ >= end_; };
     // Every turn whose moment has come, also those a late timer has let pass.
-    while (!finished() && dueAt(due_) <= now) {
+    while (!finished() && nextAt_ <= now) {
         ++due_;
+        nextAt_ += std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(gap_(rng_)));
         if (ready_.empty()) {
             ++figures_.noneReady;
             continue;
@@ -769,7 +826,7 @@ void TurnLoad::tick() {
         stopped_ = true;
         return;
     }
-    timer_.expires_at(dueAt(due_));
+    timer_.expires_at(nextAt_);
     timer_.async_wait([this](beast::error_code ec) {
         if (!ec) {
             tick();

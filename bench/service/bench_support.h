@@ -22,6 +22,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <random>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -72,6 +73,31 @@ struct Memory {
 // The memory of a process from /proc/PID/status; pid 0 reads this process.
 Memory memoryOf(pid_t pid);
 double mib(long kib);
+
+// CPU time a process has used so far, user and system, in seconds; pid 0 reads this process.
+double cpuSecondsOf(pid_t pid);
+
+// CPU use over a stretch of time, of some processes and of the whole machine: on a machine shared with
+// other work, it tells a slow figure of the service from a busy machine.
+class CpuWatch {
+public:
+    // Starts the stretch now; each process has a name for the report.
+    explicit CpuWatch(std::vector<std::pair<std::string, pid_t>> processes);
+    // "service 41% of a core, this client 7% of a core; the machine 66% busy of 2 cores"
+    std::string report() const;
+
+private:
+    struct MachineTime {
+        double busy = 0;
+        double total = 0;
+    };
+    static MachineTime machineTime();
+
+    std::vector<std::pair<std::string, pid_t>> processes_;
+    std::vector<double> startCpu_;
+    MachineTime startMachine_;
+    Clock::time_point start_;
+};
 
 // A player of the benchmark: stored with a token, no password.
 struct BenchPlayer {
@@ -273,7 +299,7 @@ struct TurnFigures {
     std::vector<std::string> firstErrors;
 };
 
-// Ends turns at a steady rate: each due turn is taken by the match that has waited longest since its
+// Ends turns at a steady average rate: each due turn is taken by the match that has waited longest since its
 // previous turn arrived, whose holder posts it to his own instance; the other player's socket sees the
 // "turn" event. A match takes its next turn only when both the answer and the event of the last one are in.
 class TurnLoad {
@@ -305,6 +331,12 @@ private:
     std::deque<std::size_t> ready_;
     Clock::time_point start_{};
     Clock::time_point measureFrom_{};
+    // Turns come as players end them, independently of each other: the gaps between them are exponential
+    // (a Poisson stream), so that some come close together, as in play.
+    std::mt19937_64 rng_{23};
+    std::exponential_distribution<double> gap_;
+    Clock::time_point nextAt_{};
+    Clock::time_point end_{};
     std::size_t due_ = 0; // turns scheduled so far
     std::size_t inFlight_ = 0;
     bool stopped_ = false;

@@ -195,7 +195,9 @@ int main(int argc, char** argv) {
         // The probes run beside the turns, on the same client thread.
         HealthProbe probe(io, service.endpoint(), o.probeInterval, o.probes);
         probe.start();
+        CpuWatch cpu({{"service", service.pid()}, {"this client", 0}});
         TurnFigures f = turns.run();
+        const std::string cpuUse = cpu.report();
         runUntil(
             io, [&] { return probe.finished(); }, std::chrono::minutes(5));
         load = nullptr;
@@ -206,6 +208,7 @@ int main(int argc, char** argv) {
                       "turns among %zu connected players, %.0f a second, beside %zu open sockets",
                       o.turnPlayers, o.load.turnsPerSecond, sockets.size() - failed);
         printTurnFigures(title, f);
+        std::printf("  CPU over the turns: %s\n", cpuUse.c_str());
 
         std::size_t stillOpen = 0;
         for (const auto& s : sockets) {

@@ -105,6 +105,13 @@ int main(int argc, char** argv) {
         std::vector<std::string> firstRefusals;
         std::vector<Clock::time_point> sentAt(players.size());
         Samples latency;
+        std::vector<std::pair<std::string, pid_t>> watched;
+        for (std::size_t i = 0; i < services.size(); ++i) {
+            watched.emplace_back(services.size() == 1 ? "service" : "service " + std::to_string(i),
+                                 services[i]->pid());
+        }
+        watched.emplace_back("this client", 0);
+        CpuWatch cpu(watched);
         start = Clock::now();
         Clock::time_point last = start;
         for (std::size_t p = 0; p < players.size(); ++p) {
@@ -134,6 +141,7 @@ int main(int argc, char** argv) {
         }
         runUntil(
             io, [&] { return answered == players.size(); }, std::chrono::minutes(30));
+        const std::string cpuUse = cpu.report();
         const double seconds = msBetween(start, last) / 1000.0;
         std::printf("automatic matching: %zu players over %zu connection(s) to each of %zu instance(s)\n",
                     players.size(), o.connections, o.instances);
@@ -142,6 +150,7 @@ int main(int argc, char** argv) {
             "%zu refused\n",
             seconds, static_cast<double>(players.size()) / seconds, joined, opened, refused);
         std::printf("  answer time: %s\n", latency.summary().c_str());
+        std::printf("  CPU: %s\n", cpuUse.c_str());
         for (const std::string& r : firstRefusals) {
             std::printf("  refused: %s\n", r.c_str());
         }

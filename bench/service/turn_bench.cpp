@@ -167,7 +167,15 @@ int main(int argc, char** argv) {
                     "data each\n\n",
                     o.load.turnsPerSecond, o.load.seconds, o.load.warmupSeconds, o.load.dataBytes);
         std::fflush(stdout);
+        std::vector<std::pair<std::string, pid_t>> watched;
+        for (std::size_t i = 0; i < services.size(); ++i) {
+            watched.emplace_back(services.size() == 1 ? "service" : "service " + std::to_string(i),
+                                 services[i]->pid());
+        }
+        watched.emplace_back("this client", 0);
+        CpuWatch cpu(watched);
         TurnFigures f = turns.run();
+        const std::string cpuUse = cpu.report();
         load = nullptr;
 
         std::size_t stillOpen = 0;
@@ -177,6 +185,7 @@ int main(int argc, char** argv) {
         printTurnFigures(o.instances == 2 ? "turns across two instances (every turn crosses to the other one)"
                                           : "turns on one instance",
                          f);
+        std::printf("  CPU over the load: %s\n", cpuUse.c_str());
         std::printf("  event sockets still open at the end: %zu of %zu\n", stillOpen, sockets.size());
         for (std::size_t i = 0; i < services.size(); ++i) {
             Memory m = memoryOf(services[i]->pid());
