@@ -3,7 +3,6 @@
 #include "net/api.h"
 #include "store/match_rows.h"
 
-#include <boost/asio/connect.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/websocket.hpp>
 
@@ -11,7 +10,6 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
-#include <iostream>
 #include <random>
 #include <sstream>
 #include <stdexcept>
