@@ -58,6 +58,10 @@ std::string Metrics::render(const std::string& extraGauges) const {
     out << "# HELP tarvolin_websockets_open Open event WebSockets.\n"
         << "# TYPE tarvolin_websockets_open gauge\n"
         << "tarvolin_websockets_open " << openWebSockets_.load() << "\n"
+        << "# HELP tarvolin_live_messages_total Live data sent on by the relay, and refused.\n"
+        << "# TYPE tarvolin_live_messages_total counter\n"
+        << "tarvolin_live_messages_total{outcome=\"relayed\"} " << liveRelayed_.load() << "\n"
+        << "tarvolin_live_messages_total{outcome=\"refused\"} " << liveRefused_.load() << "\n"
         << extraGauges;
     return out.str();
 }

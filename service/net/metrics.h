@@ -17,6 +17,9 @@ public:
     void websocketOpened() { ++openWebSockets_; }
     void websocketClosed() { --openWebSockets_; }
     std::int64_t openWebSockets() const { return openWebSockets_; }
+    // A piece of live data relayed, or refused (too large, too fast, nobody to take it).
+    void liveRelayed() { ++liveRelayed_; }
+    void liveRefused() { ++liveRefused_; }
 
     // extraGauges: further lines in the text format, written as they are.
     std::string render(const std::string& extraGauges) const;
@@ -34,6 +37,8 @@ private:
     std::map<std::tuple<std::string, std::string, unsigned>, std::uint64_t> requests_;
     std::map<std::string, Histogram> latency_;
     std::atomic<std::int64_t> openWebSockets_{0};
+    std::atomic<std::uint64_t> liveRelayed_{0};
+    std::atomic<std::uint64_t> liveRefused_{0};
 };
 
 } // namespace tarvolin::net

@@ -266,26 +266,32 @@ private:
         }
     }
 
+    void refuseLive(const std::string& code, const std::string& message, const std::string& matchId) {
+        server_.metrics().liveRefused();
+        sendError(code, message, matchId);
+    }
+
     void relayLive(const std::string& matchId, const json::value* data) {
         constexpr std::size_t kMaxText = (logic::live::kMaxDataBytes + 2) / 3 * 4;
         if (!data || !data->is_string()) {
-            return sendError("invalid_message", "\"data\" must be base64 text", matchId);
+            return refuseLive("invalid_message", "\"data\" must be base64 text", matchId);
         }
         if (data->as_string().size() > kMaxText) {
-            return sendError("live_data_too_large",
-                             "at most " + std::to_string(logic::live::kMaxDataBytes) + " bytes at once",
-                             matchId);
+            return refuseLive("live_data_too_large",
+                              "at most " + std::to_string(logic::live::kMaxDataBytes) + " bytes at once",
+                              matchId);
         }
         if (!store::match_rows::decodeData(std::string(data->as_string()))) {
-            return sendError("invalid_message", "\"data\" must be base64 text", matchId);
+            return refuseLive("invalid_message", "\"data\" must be base64 text", matchId);
         }
         std::optional<std::string> opponent = server_.relay().connectedOpponent(matchId, playerId_);
         if (!opponent) {
-            return sendError("live_not_connected", "both players must be connected to the match", matchId);
+            return refuseLive("live_not_connected", "both players must be connected to the match", matchId);
         }
         if (!server_.allowLiveMessage(playerId_)) {
-            return sendError("live_too_fast", "too many live messages; slow down", matchId);
+            return refuseLive("live_too_fast", "too many live messages; slow down", matchId);
         }
+        server_.metrics().liveRelayed();
         server_.api().sendLive(*opponent, matchId,
                                json::serialize(json::object{{"type", "live_data"},
                                                             {"match", matchId},
