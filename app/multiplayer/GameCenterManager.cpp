@@ -1,5 +1,7 @@
 #include "GameCenterManager.h"
 
+#include "multiplayer/GCTurnBasedMatchHelper.h"
+
 #include "platform/Platform.h"
 #include "platform/SharedInstances.h"
 #include "platform/gamekit/GKLocalPlayer.h"
@@ -82,6 +84,8 @@ void GameCenterManager::authenticationChanged() {
     if (authenticated && !userAuthenticated) {
         qInfo("Authentication changed: player authenticated.");
         userAuthenticated = true;
+        // Battles and exchanges hear the service's match events from now on.
+        registerListener(&GCTurnBasedMatchHelper::sharedInstance());
         reloadPlayerScoreWithCompletionHandler(
             [this] { UserStatsManager::sharedInstance().updateGamecenterRankForCurrentDay(playerRank); });
         currentStatus = QStringLiteral("AUTHENTICATED");

@@ -88,6 +88,22 @@ QString UserDefaults::stringForKey(const QString& key) const {
     return v.isValid() ? v.toString() : QString();
 }
 
+QStringList UserDefaults::stringArrayForKey(const QString& key) const {
+    const QVariant v = read(key);
+    if (!v.isValid()) {
+        return {};
+    }
+    // QSettings gives back a one-element list as a plain string.
+    if (v.typeId() == QMetaType::QString) {
+        return {v.toString()};
+    }
+    if (!v.canConvert<QStringList>() || v.typeId() != QMetaType::QStringList) {
+        qWarning().noquote() << "Stored value of" << key << "is not a list of strings - using an empty one";
+        return {};
+    }
+    return v.toStringList();
+}
+
 QVariant UserDefaults::objectForKey(const QString& key) const {
     return read(key);
 }

@@ -3,6 +3,7 @@
 #include <QMutex>
 #include <QSettings>
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 #include <memory>
 
@@ -20,6 +21,8 @@ public:
     double doubleForKey(const QString& key) const;
     QString stringForKey(const QString& key) const;
     QVariant objectForKey(const QString& key) const;
+    // A list of strings; empty when the key is absent or holds something else.
+    QStringList stringArrayForKey(const QString& key) const;
     bool hasKey(const QString& key) const;
 
     void setIntegerForKey(qint64 value, const QString& key);

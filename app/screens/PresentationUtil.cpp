@@ -1,5 +1,6 @@
 #include "PresentationUtil.h"
 
+#include "multiplayer/GameCenterSwipeViewControllers.h"
 #include "outreach/Outreach.h"
 #include "platform/Platform.h"
 
@@ -8,6 +9,38 @@ void PresentationUtil::present(const char* identifier) {
     if (auto* screen = nav.instantiateViewControllerWithIdentifier(QString::fromLatin1(identifier))) {
         nav.presentViewController(screen);
     }
+}
+
+void PresentationUtil::openPages(const QStringList& identifiers, const QStringList& buttonText, qint64 page,
+                                 qint64 /*type*/) {
+    auto& nav = Platform::shared().navigator();
+    QList<ViewController*> pages;
+    QStringList texts;
+    for (qsizetype i = 0; i < identifiers.size(); ++i) {
+        if (auto* screen = nav.instantiateViewControllerWithIdentifier(identifiers.at(i))) {
+            pages.append(screen);
+            texts.append(buttonText.value(i));
+        }
+    }
+    auto* swipe = new GameCenterSwipeViewControllers();
+    swipe->setViewControllerArrayButtonText(pages, texts);
+    swipe->setInitialSelectedPage(page);
+    nav.presentViewController(swipe);
+}
+
+void PresentationUtil::openGameCenterNavControllerWithPageNumAndType(ViewController*, qint64 page,
+                                                                     qint64 type) {
+    openPages({"LeaderboardViewController", "BattlesViewController", "ExchangesViewController",
+               "UserProfileViewController"},
+              {QStringLiteral("ترتيبي"), QStringLiteral("معاركي"), QStringLiteral("تبادلات"),
+               QStringLiteral("مخططي")},
+              page, type);
+}
+
+void PresentationUtil::openGameCenterNavController2WithPageNumAndType(ViewController*, qint64 page,
+                                                                      qint64 type) {
+    openPages({"LeaderboardViewController", "UserProfileViewController"},
+              {QStringLiteral("ترتيبي"), QStringLiteral("ارقامي")}, page, type);
 }
 
 void PresentationUtil::openLeaderboardViewController(ViewController*) {

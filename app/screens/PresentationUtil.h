@@ -1,5 +1,8 @@
 #pragma once
 
+#include <QStringList>
+#include <QtGlobal>
+
 class ViewController;
 
 // Opens the screens that are presented over the others, each by its identifier.
@@ -17,6 +20,16 @@ public:
     static void openUserProfileViewController(ViewController* presenting);
     static void openAboutViewController(ViewController* presenting);
 
+    // The Game Center pages at `page`: the leaderboard (opened with `type`: 0 normal, 1 to pick a friend, 2
+    // to pick a former opponent), the battles, the exchanges and the player's charts.
+    static void openGameCenterNavControllerWithPageNumAndType(ViewController* presenting, qint64 page,
+                                                              qint64 type);
+    // The leaderboard and the player's numbers.
+    static void openGameCenterNavController2WithPageNumAndType(ViewController* presenting, qint64 page,
+                                                               qint64 type);
+
 private:
     static void present(const char* identifier);
+    static void openPages(const QStringList& identifiers, const QStringList& buttonText, qint64 page,
+                          qint64 type);
 };

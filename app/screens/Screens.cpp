@@ -7,6 +7,7 @@
 #include "core/LevelSuccessViewController.h"
 #include "core/RoundFinishViewController.h"
 #include "multiplayer/AccountViewController.h"
+#include "multiplayer/GameCenterSwipeViewControllers.h"
 #include "multiplayer/LeaderboardViewController.h"
 #include "multiplayer/LoginViewController.h"
 #include "multiplayer/PlayerPhotoProvider.h"
@@ -50,6 +51,7 @@ template <class F> void forEachScreen(F&& f) {
     f.template operator()<AboutViewController>("AboutViewController");
     f.template operator()<GKTurnBasedMatchmakerViewController>("GKTurnBasedMatchmakerViewController");
     f.template operator()<GKMatchmakerViewController>("GKMatchmakerViewController");
+    f.template operator()<GameCenterSwipeViewControllers>("GameCenterSwipeViewControllers");
 }
 } // namespace
 

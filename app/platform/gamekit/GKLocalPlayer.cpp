@@ -27,6 +27,8 @@ void GKLocalPlayer::setAuthenticateHandler(AuthenticateHandler handler) {
 void GKLocalPlayer::registerListener(QObject* listener) {
     if (listener && !m_listeners.contains(listener)) {
         m_listeners.append(listener);
+        // A listener that goes leaves the list with it.
+        connect(listener, &QObject::destroyed, this, [this, listener] { m_listeners.removeAll(listener); });
     }
 }
 

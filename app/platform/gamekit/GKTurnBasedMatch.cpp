@@ -91,7 +91,16 @@ void GKTurnBasedMatch::findMatchForRequestWithCompletionHandler(const GKMatchReq
     if (!request.recipients.isEmpty()) {
         body.insert("recipients", QJsonArray::fromStringList(request.recipients));
     }
-    service().post(QStringLiteral("/v1/matches"), body, matchReply(std::move(done)));
+    // The invitation's text goes out as the notice of the first turn.
+    const QString invite = request.inviteMessage;
+    service().post(QStringLiteral("/v1/matches"), body,
+                   matchReply([invite, done = std::move(done)](std::optional<GKTurnBasedMatch> match,
+                                                               std::optional<GKError> error) {
+                       if (match && !invite.isEmpty()) {
+                           match->setLocalizableMessageWithKeyArguments(invite, {});
+                       }
+                       done(std::move(match), std::move(error));
+                   }));
 }
 
 void GKTurnBasedMatch::loadMatchesWithCompletionHandler(

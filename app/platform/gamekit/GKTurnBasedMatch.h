@@ -53,11 +53,14 @@ struct GKMatchRequest {
     int maxPlayers = 2;
     int defaultNumberOfPlayers = 2;
     QStringList recipients;
+    // The notice that an invited player reads with the first turn.
+    QString inviteMessage;
 
     void setMinPlayers(int n) { minPlayers = n; }
     void setMaxPlayers(int n) { maxPlayers = n; }
     void setDefaultNumberOfPlayers(int n) { defaultNumberOfPlayers = n; }
     void setRecipients(const QStringList& ids) { recipients = ids; }
+    void setInviteMessage(const QString& text) { inviteMessage = text; }
 };
 
 // A turn-based match of two seats on the game service. Every operation answers on the main thread with the

@@ -1,0 +1,62 @@
+#include "GCMatchData.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QJsonValue>
+#include <cmath>
+
+std::optional<GCMatchData> GCMatchData::unarchive(const QByteArray& data) {
+    if (data.isEmpty() || data.size() > kMaxBytes) {
+        return std::nullopt;
+    }
+    QJsonParseError error{};
+    const QJsonDocument doc = QJsonDocument::fromJson(data, &error);
+    if (error.error != QJsonParseError::NoError || !doc.isObject()) {
+        return std::nullopt;
+    }
+    GCMatchData out;
+    const QJsonObject o = doc.object();
+    for (auto it = o.begin(); it != o.end(); ++it) {
+        const QJsonValue v = it.value();
+        if (v.isString()) {
+            out.m_values.insert(it.key(), v.toString());
+            continue;
+        }
+        // JSON numbers arrive as doubles: only whole ones that a 64-bit integer holds exactly are numbers
+        // here.
+        const double d = v.toDouble(std::nan(""));
+        if (!v.isDouble() || !std::isfinite(d) || std::trunc(d) != d || std::fabs(d) > 9.007199254740992e15) {
+            return std::nullopt;
+        }
+        out.m_values.insert(it.key(), static_cast<qint64>(d));
+    }
+    return out;
+}
+
+QByteArray GCMatchData::archivedData() const {
+    QJsonObject o;
+    for (auto it = m_values.begin(); it != m_values.end(); ++it) {
+        if (it.value().typeId() == QMetaType::QString) {
+            o.insert(it.key(), it.value().toString());
+        } else {
+            o.insert(it.key(), static_cast<double>(it.value().toLongLong()));
+        }
+    }
+    return QJsonDocument(o).toJson(QJsonDocument::Compact);
+}
+
+std::optional<QString> GCMatchData::string(const QString& key) const {
+    const auto it = m_values.find(key);
+    if (it == m_values.end() || it.value().typeId() != QMetaType::QString) {
+        return std::nullopt;
+    }
+    return it.value().toString();
+}
+
+qint64 GCMatchData::number(const QString& key) const {
+    const auto it = m_values.find(key);
+    if (it == m_values.end() || it.value().typeId() == QMetaType::QString) {
+        return 0;
+    }
+    return it.value().toLongLong();
+}
