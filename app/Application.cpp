@@ -1,5 +1,7 @@
 #include "Application.h"
 
+#include "core/BattleDelegate.h"
+
 #include "core/GameViewController.h"
 #include "core/LevelManager.h"
 #include "platform/Platform.h"
@@ -80,7 +82,8 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
         QStringLiteral("open"),
         QStringLiteral(
             "Go on from the main screen to SCREEN: rounds, levels, play, solved (the current level just "
-            "solved), login, leaderboard, account, settings, rank, achievements, tips, help, profile, "
+            "solved), battle (a battle level in play), login, leaderboard, account, settings, rank, "
+            "achievements, tips, help, profile, "
             "about, matchmaker or livematch."),
         QStringLiteral("SCREEN"));
     parser.addOptions({profile, screenshot, service, device, offline, dataDir, open});
@@ -122,8 +125,8 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
     options->profileRoot = parser.value(dataDir);
     options->open = parser.value(open);
     if (!options->open.isEmpty() && !presentedScreens().contains(options->open) &&
-        !QStringList{"rounds", "levels", "play", "solved", "login"}.contains(options->open)) {
-        err << "Unknown screen \"" << options->open << "\": use rounds, levels, play, solved, login, "
+        !QStringList{"rounds", "levels", "play", "solved", "login", "battle"}.contains(options->open)) {
+        err << "Unknown screen \"" << options->open << "\": use rounds, levels, play, solved, login, battle, "
             << presentedScreens().keys().join(", ") << ".\n";
         *exitCode = 2;
         return false;
@@ -280,6 +283,11 @@ void Application::openScreen(const QString& which) {
     }
     if (which == QLatin1String("login")) {
         main->loginToGameCenter();
+        return;
+    }
+    if (which == QLatin1String("battle")) {
+        // A battle level as the challenger plays it, with nobody waiting for the result.
+        BattleLevels::startBattleGame(BattleLevels::newBattleLevel(), 1, nullptr);
         return;
     }
     if (presentedScreens().contains(which)) {

@@ -28,6 +28,7 @@ GameViewController::~GameViewController() {
     if (timer) {
         timer->invalidate();
     }
+    stopBattleTimer();
     if (Platform::isInstalled()) {
         Platform::shared().notificationCenter().removeObserver(this);
     }
@@ -47,6 +48,9 @@ void GameViewController::viewDidLoad() {
                        [this](const Notification&) { videoAdFailedToLoad(); });
     startTimer();
     preloadInterstitialAd();
+    if (battleGameType >= 1) {
+        setupBattle();
+    }
 }
 
 bool GameViewController::canGoBack() const {
@@ -553,7 +557,8 @@ void GameViewController::gameSuccess() {
     }
     SoundFactory::sharedInstance().playGameFinish();
     if (battleGameType >= 1) {
-        // Battles are played from their own screens, which end the level themselves.
+        // A battle level gives no gold, points or progress of its own: its result goes to the battle.
+        battleSolved();
         return;
     }
     const GamePtr finished = game;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BattleDelegate.h"
 #include "BoardLayout.h"
 #include "Game.h"
 #include "GameView.h"
@@ -41,6 +42,9 @@ class GameViewController : public ViewController, public GameViewDelegate {
     Q_PROPERTY(bool revealViewVisible READ revealViewVisible NOTIFY helpViewsChanged)
     Q_PROPERTY(QRectF revealButtonFrame READ revealButtonFrame CONSTANT)
     Q_PROPERTY(QRectF removeButtonFrame READ removeButtonFrame CONSTANT)
+    Q_PROPERTY(bool battleBarVisible READ battleBarVisible NOTIFY battleViewsChanged)
+    Q_PROPERTY(QString battleQuestionText READ battleQuestionText NOTIFY battleViewsChanged)
+    Q_PROPERTY(QString battleSecondsText READ battleSecondsText NOTIFY battleViewsChanged)
 public:
     static constexpr double kMoveSeconds = 0.3;
     static constexpr double kWrongFlashSeconds = 0.5;
@@ -56,6 +60,8 @@ public:
     static constexpr qint64 kSharedLevelsPaid = 10;
     static constexpr qint64 kShareViewSeconds = 9;
     static constexpr double kTickSeconds = 0.1;
+    // The seconds a battle level gives.
+    static constexpr qint64 kBattleTimeLimit = 40;
 
     explicit GameViewController(QObject* parent = nullptr);
     ~GameViewController() override;
@@ -64,7 +70,11 @@ public:
     GamePtr game;
     bool isPreviousGame = false;
     bool isBonusGame = false;
+    // 0 normal play; 1 the player plays a battle first; 2 the player answers a battle.
     qint64 battleGameType = 0;
+    BattleDelegate* battleDelegate = nullptr;
+    qint64 battleTick = 0;
+    std::shared_ptr<Timer> battleTimer;
     std::shared_ptr<Timer> timer;
     qint64 timePeriod = 0;
     float currentTick = 0.0f;
@@ -85,6 +95,16 @@ public:
     GameView* gameView = nullptr;
 
     void setGame(GamePtr g) { game = std::move(g); }
+    void setBattleGameType(qint64 type) { battleGameType = type; }
+    void setBattleDelegate(BattleDelegate* delegate) { battleDelegate = delegate; }
+
+    // Battle mode (its own file).
+    void setupBattle();
+    void onBattleTimerTick();
+    Q_INVOKABLE void closeBattleButtonTapped();
+    bool battleBarVisible() const { return m_battleBarVisible; }
+    QString battleQuestionText() const { return m_battleQuestionText; }
+    QString battleSecondsText() const { return m_battleSecondsText; }
 
     void viewDidLoad() override;
 
@@ -191,8 +211,12 @@ signals:
     void balancesChanged();
     void timerViewsChanged();
     void helpViewsChanged();
+    void battleViewsChanged();
 
 private:
+    void battleSolved();
+    void stopBattleTimer();
+    void finishBattle(qint64 score);
     void setSolutionBarImage(const QString& image);
     QRectF boxFrameInWorkView(qint64 box) const;
     LetterLabel* newPlaceholder();
@@ -216,6 +240,10 @@ private:
     bool m_shareRevealVisible = true;
     bool m_revealViewVisible = false;
     bool m_shareViewVisible = false;
+    bool m_battleBarVisible = false;
+    bool m_battleOver = false; // a result has been given
+    QString m_battleQuestionText;
+    QString m_battleSecondsText;
     // Everything made for one level hangs here and goes with the next setupGameview.
     QObject* m_workView = nullptr;
     // Guards callbacks that outlive the controller or the board they were made for.

@@ -1,6 +1,7 @@
 #include "LevelsInfoReader.h"
 
 #include "Decoder.h"
+#include "Game.h"
 #include "platform/Platform.h"
 #include "platform/SharedInstances.h"
 #include "screens/Util.h"
@@ -85,6 +86,18 @@ LevelInfoPtr LevelsInfoReader::getLevelInfoPackId(qint64 level, qint64 packId) c
         return nullptr;
     }
     return pack.at(index);
+}
+
+LevelInfoPtr LevelsInfoReader::getBattleLevelInfo(qint64 level) const {
+    if (!m_packsData || m_packsData->isEmpty() || level < 0) {
+        return nullptr;
+    }
+    // Without this installation's shuffle of the later rounds: both players see the same level.
+    const auto& pack = m_packsData->at((level / Game::kLevelsPerRound) % m_packsData->size());
+    if (pack.isEmpty()) {
+        return nullptr;
+    }
+    return pack.at((level % Game::kLevelsPerRound) % pack.size());
 }
 
 void LevelsInfoReader::loadLevelsIfRequired(qint64 kindId) {

@@ -33,6 +33,8 @@ public:
     // The level at a position of a round. Round 0 is played in file order; later rounds are rotated by
     // randomIndex. Null when the pack file is not read or the round has no pack.
     LevelInfoPtr getLevelInfoPackId(qint64 level, qint64 packId) const;
+    // The level of a battle by its number over all rounds, the same on every installation.
+    LevelInfoPtr getBattleLevelInfo(qint64 level) const;
 
     void loadLevelsIfRequired(qint64 kindId);
     void loadLevelsInfoForFileExtensionWithEnc(const QString& stem, const QString& extension, bool enc);

@@ -19,7 +19,81 @@ Item {
         height: controller.topBarFrame.height
         color: controller.topBarColor
 
+        // In a battle: the question, the clock and the way out take the bar's place.
         Item {
+            id: battleBar
+            objectName: "battleBar"
+            visible: controller.battleBarVisible
+            anchors.left: parent.left
+            anchors.right: parent.right
+            anchors.bottom: parent.bottom
+            height: Math.min(parent.height, device.isPad ? 72 : 52)
+            readonly property int seconds: parseInt(controller.battleSecondsText)
+
+            Rectangle {
+                objectName: "battleCloseButton"
+                anchors.left: parent.left
+                anchors.leftMargin: 10
+                anchors.verticalCenter: parent.verticalCenter
+                width: parent.height * 0.7
+                height: width
+                radius: width / 2
+                color: "#33000000"
+                border.color: "#77ffffff"
+                Text {
+                    anchors.centerIn: parent
+                    text: "✕"
+                    font.pixelSize: parent.height * 0.45
+                    font.bold: true
+                    color: "#ffffff"
+                }
+                MouseArea {
+                    anchors.fill: parent
+                    onClicked: controller.closeBattleButtonTapped()
+                }
+            }
+            Text {
+                objectName: "battleQuestion"
+                anchors.left: parent.left
+                anchors.leftMargin: parent.height * 0.9
+                anchors.right: clock.left
+                anchors.rightMargin: 8
+                anchors.verticalCenter: parent.verticalCenter
+                horizontalAlignment: Text.AlignHCenter
+                elide: Text.ElideRight
+                text: controller.battleQuestionText
+                font.family: Theme.fontFamily
+                font.pixelSize: device.isPad ? 20 : 15
+                font.bold: true
+                color: "#ffffff"
+            }
+            Rectangle {
+                id: clock
+                objectName: "battleClock"
+                anchors.right: parent.right
+                anchors.rightMargin: 10
+                anchors.verticalCenter: parent.verticalCenter
+                width: parent.height * 0.82
+                height: width
+                radius: width / 2
+                color: battleBar.seconds <= 10 ? Theme.red : "#55000000"
+                border.color: Theme.gold
+                border.width: 2.5
+                Behavior on color { ColorAnimation { duration: 200 } }
+                Text {
+                    objectName: "battleSeconds"
+                    anchors.centerIn: parent
+                    text: controller.battleSecondsText
+                    font.family: Theme.fontFamily
+                    font.pixelSize: parent.height * 0.48
+                    font.bold: true
+                    color: "#ffffff"
+                }
+            }
+        }
+
+        Item {
+            visible: !controller.battleBarVisible
             anchors.left: parent.left
             anchors.right: parent.right
             anchors.bottom: parent.bottom
