@@ -539,7 +539,7 @@ private:
 
 Server::Server(Api& api, ServerConfig config, Logger& log)
     : api_(api), config_(std::move(config)), log_(log), acceptor_(asio::make_strand(io_)),
-      sweepTimer_(asio::make_strand(io_)) {
+      acceptRetry_(acceptor_.get_executor()), sweepTimer_(asio::make_strand(io_)) {
     api_.setEventListener(this);
 }
 
@@ -576,10 +576,25 @@ void Server::accept() {
         }
         if (!ec) {
             std::make_shared<HttpSession>(std::move(socket), *this)->run();
-        } else {
-            log_.log(LogLevel::Warn, "accept failed", {{"error", ec.message()}});
+            accept();
+            return;
         }
-        accept();
+        // Out of descriptors, say: the waiting connection stays in the backlog, so an accept at once would
+        // fail again at once. Pause, and say so once a second at most.
+        const auto now = std::chrono::steady_clock::now();
+        ++acceptFailures_;
+        if (now - lastAcceptWarning_ >= std::chrono::seconds(1)) {
+            log_.log(LogLevel::Warn, "accept failed",
+                     {{"error", ec.message()}, {"failures", static_cast<std::int64_t>(acceptFailures_)}});
+            lastAcceptWarning_ = now;
+            acceptFailures_ = 0;
+        }
+        acceptRetry_.expires_after(kAcceptRetry);
+        acceptRetry_.async_wait([this](beast::error_code waited) {
+            if (!waited && !stopping_) {
+                accept();
+            }
+        });
     });
 }
 
@@ -610,6 +625,7 @@ void Server::shutdown() {
     asio::post(io_, [this] { sweepTimer_.cancel(); });
     asio::post(acceptor_.get_executor(), [this] {
         beast::error_code ec;
+        acceptRetry_.cancel();
         acceptor_.close(ec);
     });
     std::vector<std::shared_ptr<Stoppable>> live;

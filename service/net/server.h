@@ -91,6 +91,11 @@ private:
 
     boost::asio::io_context io_;
     boost::asio::ip::tcp::acceptor acceptor_;
+    // After a failed accept the next one waits a little (on the acceptor's strand).
+    static constexpr std::chrono::milliseconds kAcceptRetry{100};
+    boost::asio::steady_timer acceptRetry_;
+    std::chrono::steady_clock::time_point lastAcceptWarning_{};
+    std::uint64_t acceptFailures_ = 0;
     boost::asio::steady_timer sweepTimer_;
     std::vector<std::thread> threads_;
 };

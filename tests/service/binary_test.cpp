@@ -12,6 +12,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <thread>
+
 extern char** environ;
 
 using namespace tarvolin::testing;
@@ -97,6 +99,30 @@ public:
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
+    // Every line written within the time.
+    std::vector<std::string> linesFor(std::chrono::milliseconds time) {
+        std::vector<std::string> out;
+        const auto end = std::chrono::steady_clock::now() + time;
+        for (;;) {
+            for (auto nl = buffered_.find('\n'); nl != std::string::npos; nl = buffered_.find('\n')) {
+                out.push_back(buffered_.substr(0, nl));
+                buffered_.erase(0, nl + 1);
+            }
+            const auto left =
+                std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+            pollfd p{err_, POLLIN, 0};
+            if (left.count() <= 0 || poll(&p, 1, static_cast<int>(left.count())) <= 0) {
+                return out;
+            }
+            char buf[4096];
+            ssize_t n = read(err_, buf, sizeof buf);
+            if (n <= 0) {
+                return out;
+            }
+            buffered_.append(buf, static_cast<std::size_t>(n));
+        }
+    }
+
     int wait() {
         int status = 0;
         waitpid(pid_, &status, 0);
@@ -118,10 +144,17 @@ protected:
     }
     void TearDown() override { std::filesystem::remove_all(dir); }
 
-    std::unique_ptr<Process> start(const std::string& logLevel = "info") {
-        auto p = std::make_unique<Process>(std::vector<std::string>{
-            TARVOLIN_SERVICE_BINARY, "--port", "0", "--address", "127.0.0.1", "--database",
-            (dir / "service.db").string(), "--log-level", logLevel, "--rate-limit=0"});
+    // The program, started through `prefix` when there is one (a command that runs it).
+    std::unique_ptr<Process> start(const std::string& logLevel = "info",
+                                   std::vector<std::string> prefix = {}) {
+        std::vector<std::string> args = std::move(prefix);
+        for (std::string a : {std::string(TARVOLIN_SERVICE_BINARY), std::string("--port"), std::string("0"),
+                              std::string("--address"), std::string("127.0.0.1"), std::string("--database"),
+                              (dir / "service.db").string(), std::string("--log-level"), logLevel,
+                              std::string("--rate-limit=0")}) {
+            args.push_back(a);
+        }
+        auto p = std::make_unique<Process>(args);
         port = static_cast<unsigned short>(p->waitFor("listening").at("port").as_int64());
         return p;
     }
@@ -207,4 +240,36 @@ TEST_F(ServiceProgram, WrongFlagsStopTheStartWithAMessage) {
     Process unknown({TARVOLIN_SERVICE_BINARY, "--colour", "blue"});
     EXPECT_NE(unknown.line().find("unknown option --colour"), std::string::npos);
     EXPECT_EQ(unknown.wait(), 2);
+}
+
+TEST_F(ServiceProgram, OutOfDescriptorsItWaitsInsteadOfSpinningAndRecovers) {
+    if (access("/usr/bin/prlimit", X_OK) != 0) {
+        GTEST_SKIP() << "prlimit is not installed";
+    }
+    auto service = start("info", {"/usr/bin/prlimit", "--nofile=40:40"});
+    boost::asio::io_context io;
+    std::vector<boost::asio::ip::tcp::socket> clients;
+    for (int i = 0; i < 60; ++i) {
+        clients.emplace_back(io);
+        clients.back().connect({boost::asio::ip::make_address("127.0.0.1"), port});
+    }
+    // The connections beyond the limit wait in the backlog; the service says so about once a second.
+    std::size_t warnings = 0;
+    for (const std::string& l : service->linesFor(std::chrono::milliseconds(2500))) {
+        warnings += l.find("accept failed") != std::string::npos;
+    }
+    EXPECT_GE(warnings, 1u);
+    EXPECT_LE(warnings, 4u);
+    clients.clear();
+    // With the descriptors back, it serves again.
+    bool healthy = false;
+    for (int attempt = 0; attempt < 50 && !healthy; ++attempt) {
+        try {
+            HttpClient c(port);
+            healthy = c.get("/healthz", "").status == 200;
+        } catch (const std::exception&) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+    }
+    EXPECT_TRUE(healthy);
 }
