@@ -1,6 +1,7 @@
 #include "Application.h"
 
 #include "core/BattleDelegate.h"
+#include "screens/PresentationUtil.h"
 
 #include "core/GameViewController.h"
 #include "core/LevelManager.h"
@@ -82,7 +83,8 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
         QStringLiteral("open"),
         QStringLiteral(
             "Go on from the main screen to SCREEN: rounds, levels, play, solved (the current level just "
-            "solved), battle (a battle level in play), login, leaderboard, account, settings, rank, "
+            "solved), battle (a battle level in play), battles (the battles page), login, leaderboard, "
+            "account, settings, rank, "
             "achievements, tips, help, profile, "
             "about, matchmaker or livematch."),
         QStringLiteral("SCREEN"));
@@ -125,8 +127,10 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
     options->profileRoot = parser.value(dataDir);
     options->open = parser.value(open);
     if (!options->open.isEmpty() && !presentedScreens().contains(options->open) &&
-        !QStringList{"rounds", "levels", "play", "solved", "login", "battle"}.contains(options->open)) {
-        err << "Unknown screen \"" << options->open << "\": use rounds, levels, play, solved, login, battle, "
+        !QStringList{"rounds", "levels", "play", "solved", "login", "battle", "battles"}.contains(
+            options->open)) {
+        err << "Unknown screen \"" << options->open
+            << "\": use rounds, levels, play, solved, login, battle, battles, "
             << presentedScreens().keys().join(", ") << ".\n";
         *exitCode = 2;
         return false;
@@ -283,6 +287,10 @@ void Application::openScreen(const QString& which) {
     }
     if (which == QLatin1String("login")) {
         main->loginToGameCenter();
+        return;
+    }
+    if (which == QLatin1String("battles")) {
+        PresentationUtil::openGameCenterNavControllerWithPageNumAndType(main, 1, 0);
         return;
     }
     if (which == QLatin1String("battle")) {

@@ -7,10 +7,12 @@
 #include "core/LevelSuccessViewController.h"
 #include "core/RoundFinishViewController.h"
 #include "multiplayer/AccountViewController.h"
+#include "multiplayer/BattlesViewController.h"
 #include "multiplayer/GameCenterSwipeViewControllers.h"
 #include "multiplayer/LeaderboardViewController.h"
 #include "multiplayer/LoginViewController.h"
 #include "multiplayer/PlayerPhotoProvider.h"
+#include "multiplayer/RandomBattleViewController.h"
 #include "platform/Platform.h"
 #include "platform/gamekit/GKMatchPickers.h"
 #include "screens/AboutViewController.h"
@@ -52,6 +54,8 @@ template <class F> void forEachScreen(F&& f) {
     f.template operator()<GKTurnBasedMatchmakerViewController>("GKTurnBasedMatchmakerViewController");
     f.template operator()<GKMatchmakerViewController>("GKMatchmakerViewController");
     f.template operator()<GameCenterSwipeViewControllers>("GameCenterSwipeViewControllers");
+    f.template operator()<BattlesViewController>("BattlesViewController");
+    f.template operator()<RandomBattleViewController>("RandomBattleViewController");
 }
 } // namespace
 

@@ -1,5 +1,6 @@
 // The battle and exchange helper over a fake match service: the data it writes, the turns it passes, what
 // each turn event and match end does, and the points, gold and messages that follow.
+#include "FakeMatches.h"
 #include "TestPlatform.h"
 #include "multiplayer/GCMatchData.h"
 #include "multiplayer/GCTurnBasedMatchHelper.h"
@@ -20,65 +21,6 @@ namespace {
 
 const QString kMe = QStringLiteral("Tme");
 const QString kOther = QStringLiteral("Tother");
-
-// Answers every call at once, with a match or the error set, and keeps what it was asked.
-class FakeMatches : public TurnBasedMatchService {
-public:
-    struct Call {
-        QString op;
-        GKTurnBasedMatch match;
-        QList<int> next;
-        double timeout = 0;
-        QByteArray data;
-        GKMatchRequest request;
-    };
-
-    void findMatchForRequest(const GKMatchRequest& request, MatchHandler done) override {
-        calls.append({"find", {}, {}, 0, {}, request});
-        answer(found, done);
-    }
-    void loadMatches(ListHandler done) override { done(QList<GKTurnBasedMatch>{}, fail); }
-    void endTurn(const GKTurnBasedMatch& match, const QList<int>& next, double timeout,
-                 const QByteArray& data, MatchHandler done) override {
-        calls.append({"endTurn", match, next, timeout, data, {}});
-        answer(match, done);
-    }
-    void endMatchInTurn(const GKTurnBasedMatch& match, const QByteArray& data, MatchHandler done) override {
-        calls.append({"endMatch", match, {}, 0, data, {}});
-        answer(match, done);
-    }
-    void remove(const GKTurnBasedMatch& match, std::function<void(std::optional<GKError>)> done) override {
-        calls.append({"remove", match, {}, 0, {}, {}});
-        done(fail);
-    }
-    void rematch(const GKTurnBasedMatch& match, MatchHandler done) override {
-        calls.append({"rematch", match, {}, 0, {}, {}});
-        answer(match, done);
-    }
-    void loadPlayers(const QStringList& ids, std::function<void(QList<GKPlayer>)> done) override {
-        QList<GKPlayer> players;
-        for (const QString& id : ids) {
-            players.append(
-                GKPlayer{id, id == kMe ? QStringLiteral("أنا") : QStringLiteral("سلمى"), true, {}});
-        }
-        done(players);
-    }
-
-    GCMatchData dataOf(int call) const { return GCMatchData::unarchive(calls.at(call).data).value(); }
-
-    std::optional<GKError> fail;
-    GKTurnBasedMatch found;
-    QList<Call> calls;
-
-private:
-    void answer(const GKTurnBasedMatch& match, const MatchHandler& done) {
-        if (fail) {
-            done(std::nullopt, fail);
-        } else {
-            done(match, std::nullopt);
-        }
-    }
-};
 
 GKTurnBasedMatch twoSeats(const QString& sender, const QString& receiver, int current = 1) {
     GKTurnBasedMatch m;
@@ -268,9 +210,15 @@ TEST_F(BattleHelper, TurnEventsOfBattles) {
     EXPECT_EQ(alertTitle(), QStringLiteral("سلمى يتحداك في معركة!"));
     EXPECT_EQ(platform.alerts().message(), QStringLiteral("هل تقدر؟"));
     platform.alerts().press(0);
-    EXPECT_TRUE(qobject_cast<GameCenterSwipeViewControllers*>(
-        Platform::shared().navigator().presentedViewController()));
-    EXPECT_TRUE(service->calls.isEmpty());
+    auto* pages = qobject_cast<GameCenterSwipeViewControllers*>(
+        Platform::shared().navigator().presentedViewController());
+    ASSERT_NE(pages, nullptr);
+    EXPECT_EQ(pages->currentPageIndex(), 1);
+    EXPECT_EQ(pages->viewControllerArray().at(1)->identifier(), "BattlesViewController");
+    // Only the battles page's own load went out.
+    EXPECT_EQ(service->calls.size(), 1);
+    EXPECT_EQ(service->calls.first().op, "load");
+    service->calls.clear();
 
     // On the sender's side a battle without a reply is the receiver's timeout: the sender wins.
     GKTurnBasedMatch timedOut = twoSeats(kMe, kOther, 0);
@@ -335,6 +283,8 @@ TEST_F(BattleHelper, TurnEventsOfExchanges) {
     helper().playerReceivedTurnEventForMatchDidBecomeActive(request, true);
     EXPECT_EQ(alertTitle(), QStringLiteral("سلمى يطلب منك بعض الذهبات"));
     platform.alerts().press(0);
+
+    service->calls.clear();
 
     // An answer with gold: the match ends tied for both, and the gold arrives when the message goes.
     GKTurnBasedMatch answer = twoSeats(kMe, kOther, 0);

@@ -1,0 +1,218 @@
+// The battles page and the matched battle over a fake match service: what the list keeps and shows, answering
+// from a row, remove and rematch, and both sides of a matched battle.
+#include "FakeMatches.h"
+#include "TestPlatform.h"
+#include "core/GameViewController.h"
+#include "core/LevelsInfoReader.h"
+#include "multiplayer/BattlesViewController.h"
+#include "multiplayer/RandomBattleViewController.h"
+#include "platform/gamekit/GKLocalPlayer.h"
+#include "progress/RankManager.h"
+#include "progress/ScorePointsManager.h"
+#include "progress/UserStatsManager.h"
+#include "screens/MainViewController.h"
+#include "screens/Screens.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const QString kMe = QStringLiteral("Tme");
+const QString kOther = QStringLiteral("Tother");
+
+GKTurnBasedMatch battle(const QString& id, int status, const QString& sender, const QString& receiver,
+                        int current, const QDateTime& created, const QByteArray& data) {
+    GKTurnBasedMatch m;
+    m.matchID = id;
+    m.status = status;
+    m.creationDate = created;
+    m.participants = {GKTurnBasedParticipant{sender, GKTurnBasedParticipantStatusActive, 0, {}},
+                      GKTurnBasedParticipant{receiver, GKTurnBasedParticipantStatusActive, 0, {}}};
+    m.currentParticipantIndex = current;
+    m.matchData = data;
+    return m;
+}
+
+QByteArray data(const QString& type, qint64 level = 3, const std::optional<QString>& reply = std::nullopt) {
+    GCMatchData d;
+    d.setString("type", type);
+    d.setString("message", QStringLiteral("تحدّ"));
+    d.setNumber("level", level);
+    d.setNumber("senderResult", 1);
+    if (reply) {
+        d.setString("reply", *reply);
+    }
+    return d.archivedData();
+}
+
+class BattleScreens : public ::testing::Test {
+protected:
+    void SetUp() override {
+        registerScreens(Platform::shared().navigator());
+        LevelsInfoReader::setResourceRoot(platform.folder());
+        platform.writePackFile(2, QStringLiteral("سمكة"), QStringLiteral("ابتثجحخد"));
+        LevelsInfoReader::sharedInstance().loadAllPacksLevelsWithEnc("ok", false);
+        Platform::shared().navigator().setRootViewController(new MainViewController());
+        GKLocalPlayer::localPlayer().setAuthenticatedPlayer(GKPlayer{kMe, QStringLiteral("أنا"), false, {}});
+        auto fake = std::make_unique<FakeMatches>();
+        service = fake.get();
+        service->names = {{kMe, QStringLiteral("أنا")}, {kOther, QStringLiteral("سلمى")}};
+        GCTurnBasedMatchHelper::sharedInstance().setMatchService(std::move(fake));
+        now = platform.scheduler().now();
+    }
+    void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
+
+    BattlesViewController* openList() {
+        auto* list = new BattlesViewController();
+        Platform::shared().navigator().presentViewController(list);
+        return list;
+    }
+    QVariantMap row(BattlesViewController* list, int i) { return list->rows().at(i).toMap(); }
+
+    TestPlatform platform;
+    FakeMatches* service = nullptr;
+    QDateTime now;
+};
+
+TEST_F(BattleScreens, TheListKeepsBattlesOnlyNewestFirstInTwoSegments) {
+    service->stored = {
+        battle("sent", GKTurnBasedMatchStatusOpen, kMe, kOther, 1, now.addSecs(-7200), data("battle")),
+        battle("exchange", GKTurnBasedMatchStatusOpen, kOther, kMe, 1, now, data("exchange")),
+        battle("received", GKTurnBasedMatchStatusOpen, kOther, kMe, 1, now.addSecs(-3600), data("battle")),
+        battle("nodata", GKTurnBasedMatchStatusOpen, kOther, kMe, 1, now, QByteArray()),
+        battle("odd", 7, kOther, kMe, 1, now, data("battle")),
+        battle("ended", GKTurnBasedMatchStatusEnded, kMe, kOther, -1, now.addSecs(-99999),
+               data("battle", 3, QStringLiteral("سهلة"))),
+    };
+    service->stored[5].participants[0].matchOutcome = GKTurnBasedMatchOutcomeLost;
+    auto* list = openList();
+    EXPECT_EQ(list->allBattles.size(), 4);
+    ASSERT_EQ(list->openBattles.size(), 2);
+    EXPECT_EQ(list->openBattles[0].matchID, "received");
+    EXPECT_EQ(list->openBattles[1].matchID, "sent");
+    EXPECT_EQ(row(list, 0).value("kind").toString(), "received");
+    EXPECT_EQ(row(list, 1).value("kind").toString(), "sent");
+    EXPECT_EQ(row(list, 0).value("senderName").toString(), QStringLiteral("سلمى"));
+    // Hours left count from the creation: 23 whole hours to the deadline, shown as 23 + 1.
+    EXPECT_EQ(row(list, 0).value("hoursLeft").toString(), "24");
+    EXPECT_EQ(row(list, 0).value("senderAnswered").toString(), QStringLiteral("لا"));
+
+    list->segmentChanged(1);
+    ASSERT_EQ(list->rows().size(), 1);
+    EXPECT_EQ(row(list, 0).value("outcomeText").toString(), QStringLiteral("خسارة"));
+    EXPECT_EQ(row(list, 0).value("reply").toString(), QStringLiteral("سهلة"));
+    EXPECT_EQ(row(list, 0).value("pointsText"),
+              QStringLiteral("لقد خسرت %1 نقاط").arg(-RankManager::sharedInstance().getBattleLossPoints()));
+    EXPECT_EQ(BattlesViewController::getMatchOutcomeText(0), "???");
+    EXPECT_EQ(BattlesViewController::getMatchStatus(3), QStringLiteral("بحث"));
+    EXPECT_EQ(BattlesViewController::getMatchStatus(9), "???");
+}
+
+TEST_F(BattleScreens, AnsweringFromTheListPlaysTheSendersLevelAndSettlesIt) {
+    service->stored = {
+        battle("received", GKTurnBasedMatchStatusOpen, kOther, kMe, 1, now, data("battle", 30))};
+    auto* list = openList();
+    list->playBattleButtonTapped(0, QString());
+    EXPECT_EQ(platform.alerts().title(), QStringLiteral("اكتب رسالة"));
+    platform.alerts().press(0);
+
+    list->playBattleButtonTapped(0, QStringLiteral("سأفوز"));
+    EXPECT_EQ(platform.alerts().title(), QStringLiteral("العب دورك"));
+    for (int i = 0; i < 12; ++i) {
+        platform.random().queue({0});
+    }
+    platform.alerts().press(0);
+    auto* play = qobject_cast<GameViewController*>(Platform::shared().navigator().presentedViewController());
+    ASSERT_NE(play, nullptr);
+    EXPECT_EQ(play->game->gameLevel, 30);
+    EXPECT_EQ(play->battleGameType, 2);
+    platform.alerts().press(0); // the battle's rule
+
+    // The time runs out: a score of 0 against the sender's 1 loses, and the end goes out with the reply.
+    const qint64 before = ScorePointsManager::sharedInstance().totalPoints() + 10;
+    ScorePointsManager::sharedInstance().addPoints(10);
+    platform.scheduler().advance(40.0);
+    platform.alerts().press(0);
+    const FakeMatches::Call& end = service->calls.at(service->calls.size() - 2);
+    EXPECT_EQ(end.op, "endMatch");
+    EXPECT_EQ(GCMatchData::unarchive(end.data)->string("reply"), QStringLiteral("سأفوز"));
+    EXPECT_EQ(end.match.participants[1].matchOutcome, GKTurnBasedMatchOutcomeLost);
+    EXPECT_EQ(ScorePointsManager::sharedInstance().totalPoints(),
+              before + RankManager::sharedInstance().getBattleLossPoints());
+    EXPECT_EQ(UserStatsManager::sharedInstance().totalLosses(), 1);
+    EXPECT_EQ(service->calls.last().op, "load");
+    EXPECT_EQ(list->clickedBattle, -1);
+}
+
+TEST_F(BattleScreens, RemoveAndRematchTellTheirOutcome) {
+    service->stored = {battle("ended", GKTurnBasedMatchStatusEnded, kMe, kOther, -1, now, data("battle"))};
+    auto* list = openList();
+    list->segmentChanged(1);
+    list->removeButtonTapped(0);
+    EXPECT_EQ(platform.alerts().title(), QStringLiteral("تمت العملية"));
+    platform.alerts().press(0);
+    service->fail = GKError{"network", "down", 0, 0};
+    list->removeButtonTapped(0);
+    EXPECT_EQ(platform.alerts().message(), QStringLiteral("لقد حدث خطأ في حذف المعركة"));
+    platform.alerts().press(0);
+    list->rematchButtonTapped(0);
+    EXPECT_EQ(platform.alerts().message(), QStringLiteral("لقد حدث خطأ في حذف المعركة"));
+    platform.alerts().press(0);
+    EXPECT_FALSE(Platform::shared().progressHud().isVisible());
+
+    // A rematch opens the matched battle with the new match, in which the local player answers.
+    service->fail.reset();
+    list->rematchButtonTapped(0);
+    auto* matched =
+        qobject_cast<RandomBattleViewController*>(Platform::shared().navigator().presentedViewController());
+    ASSERT_NE(matched, nullptr);
+    EXPECT_FALSE(matched->isNewMatch);
+    EXPECT_EQ(matched->receiverName(), QStringLiteral("سلمى"));
+}
+
+TEST_F(BattleScreens, AMatchedBattleWithAnEmptySeatPlaysFirstAndOneWithAPlayerAnswers) {
+    // Nobody waits: the search opens a match, and the local player plays first.
+    service->found = battle("new", GKTurnBasedMatchStatusMatching, kMe, QString(), 0, now, QByteArray());
+    auto* matched = new RandomBattleViewController();
+    bool dismissed = false;
+    matched->setDidDismiss([&dismissed](const QString& extra) { dismissed = extra == "some extra data"; });
+    Platform::shared().navigator().presentViewController(matched);
+    EXPECT_TRUE(matched->isNewMatch);
+    EXPECT_EQ(matched->receiverName(), "???");
+    EXPECT_EQ(
+        matched->loseTitle(),
+        QStringLiteral("خسارة - ستخسر %1 نقطة").arg(RankManager::sharedInstance().getBattleWinPoints()));
+    matched->playTheTurn(QString());
+    EXPECT_EQ(platform.alerts().title(), QStringLiteral("اكتب رسالة"));
+    platform.alerts().press(0);
+    matched->playTheTurn(QStringLiteral("هيا"));
+    EXPECT_EQ(platform.alerts().title(), QStringLiteral("معركة تحدي مع لاعب اخر"));
+    for (int i = 0; i < 13; ++i) {
+        platform.random().queue({0});
+    }
+    platform.alerts().press(0);
+    auto* play = qobject_cast<GameViewController*>(Platform::shared().navigator().presentedViewController());
+    ASSERT_NE(play, nullptr);
+    EXPECT_EQ(play->battleGameType, 1);
+    platform.alerts().press(0);
+    play->closeBattleButtonTapped();
+    platform.alerts().pressTitled(QStringLiteral("موافق"));
+    // The first turn goes to the empty seat with the platform's timeout, then the screen closes.
+    const FakeMatches::Call& turn = service->calls.last();
+    EXPECT_EQ(turn.op, "endTurn");
+    EXPECT_EQ(turn.next, QList<int>{1});
+    EXPECT_EQ(GCMatchData::unarchive(turn.data)->number("senderResult"), 0);
+    EXPECT_EQ(platform.alerts().title(), QStringLiteral("تم انشاء معركة بنجاح"));
+    EXPECT_TRUE(dismissed);
+
+    // A search that finds a waiting match: the local player answers its sender's level.
+    platform.alerts().press(0);
+    service->found = battle("joined", GKTurnBasedMatchStatusOpen, kOther, kMe, 1, now, data("battle", 44));
+    auto* answering = new RandomBattleViewController();
+    Platform::shared().navigator().presentViewController(answering);
+    EXPECT_FALSE(answering->isNewMatch);
+    EXPECT_EQ(answering->senderMessage(), QStringLiteral("تحدّ"));
+    EXPECT_EQ(answering->senderName(), QStringLiteral("سلمى"));
+}
+
+} // namespace
