@@ -1,15 +1,13 @@
 import QtQuick
 import "."
 
-// A player's picture in a circle, with his initial while there is none.
+// A player's picture in a framed square, with his initial while there is none.
 Rectangle {
     id: face
     property string playerID: ""
     property string name: ""
-    radius: width / 2
+    radius: width * 0.18
     color: "#33ffffff"
-    border.color: "#88ffffff"
-    clip: true
     Text {
         anchors.centerIn: parent
         visible: photo.status !== Image.Ready
@@ -22,9 +20,17 @@ Rectangle {
     Image {
         id: photo
         anchors.fill: parent
-        anchors.margins: 2
         fillMode: Image.PreserveAspectCrop
         asynchronous: true
+        sourceSize.width: 128
+        sourceSize.height: 128
         source: face.playerID.length > 0 ? "image://players/" + face.playerID : ""
+    }
+    Rectangle {
+        anchors.fill: parent
+        radius: face.radius
+        color: "transparent"
+        border.color: "#aaffffff"
+        border.width: 1.5
     }
 }
