@@ -158,7 +158,7 @@ void MainViewController::scoreLoaded() {
 void MainViewController::openGameCenter() {
     SoundFactory::sharedInstance().playMenuTap();
     if (GameCenterManager::sharedInstance().currentStatus == QLatin1String("AUTHENTICATED")) {
-        PresentationUtil::openLeaderboardViewController(this);
+        PresentationUtil::openGameCenterNavController2WithPageNumAndType(this, 0, 0);
         return;
     }
     Util::showMessageWithTitleOnDismiss(
@@ -166,6 +166,23 @@ void MainViewController::openGameCenter() {
         QStringLiteral("غير متصل بالجيم سنتر"), [this, alive = std::weak_ptr<int>(m_alive)] {
             if (!alive.expired()) {
                 loginToGameCenter();
+            }
+        });
+}
+
+void MainViewController::startBattle() {
+    SoundFactory::sharedInstance().playMenuTap();
+    Platform::shared().alerts().showWithTitleMessageCancelButtonTitleOtherButtonTitlesTapBlock(
+        QStringLiteral("معركة جديدة"), QString(), QString(),
+        {QStringLiteral("معركة مع لاعب عشوائي"), QStringLiteral("تعارك مع احد اصدقائك")},
+        [this, alive = std::weak_ptr<int>(m_alive)](int index) {
+            if (alive.expired()) {
+                return;
+            }
+            if (index == 0) {
+                PresentationUtil::openGameCenterNavControllerWithPageNumAndType(this, 1, 0);
+            } else if (index == 1) {
+                PresentationUtil::openGameCenterNavControllerWithPageNumAndType(this, 0, 1);
             }
         });
 }

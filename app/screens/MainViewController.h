@@ -43,6 +43,8 @@ public:
     Q_INVOKABLE void openStore();
     Q_INVOKABLE void loginToGameCenterAction() { loginToGameCenter(); }
     Q_INVOKABLE void openGameCenter();
+    // A new battle: with a random player (the battles page) or with a friend (the leaderboard, to pick one).
+    Q_INVOKABLE void startBattle();
     Q_INVOKABLE void openSettings();
     Q_INVOKABLE void openAchievements();
     Q_INVOKABLE void openRankings();

@@ -5,6 +5,7 @@
 #include "core/GameViewController.h"
 #include "core/LevelsInfoReader.h"
 #include "multiplayer/BattlesViewController.h"
+#include "multiplayer/GameCenterSwipeViewControllers.h"
 #include "multiplayer/RandomBattleViewController.h"
 #include "platform/gamekit/GKLocalPlayer.h"
 #include "progress/RankManager.h"
@@ -213,6 +214,29 @@ TEST_F(BattleScreens, AMatchedBattleWithAnEmptySeatPlaysFirstAndOneWithAPlayerAn
     EXPECT_FALSE(answering->isNewMatch);
     EXPECT_EQ(answering->senderMessage(), QStringLiteral("تحدّ"));
     EXPECT_EQ(answering->senderName(), QStringLiteral("سلمى"));
+}
+
+} // namespace
+
+namespace {
+
+TEST_F(BattleScreens, TheMainScreensBattleAlertLeadsToTheBattlesOrToAFriend) {
+    auto* main = qobject_cast<MainViewController*>(Platform::shared().navigator().topViewController());
+    ASSERT_NE(main, nullptr);
+    for (int choice : {0, 1}) {
+        main->startBattle();
+        EXPECT_EQ(platform.alerts().title(), QStringLiteral("معركة جديدة"));
+        EXPECT_EQ(platform.alerts().buttons(), (QStringList{QStringLiteral("معركة مع لاعب عشوائي"),
+                                                            QStringLiteral("تعارك مع احد اصدقائك")}));
+        platform.alerts().press(choice);
+        auto* pages = qobject_cast<GameCenterSwipeViewControllers*>(
+            Platform::shared().navigator().presentedViewController());
+        ASSERT_NE(pages, nullptr);
+        EXPECT_EQ(pages->buttonText().first(), QStringLiteral("ترتيبي"));
+        EXPECT_EQ(pages->viewControllerArray().at(pages->currentPageIndex())->identifier(),
+                  choice == 0 ? "BattlesViewController" : "LeaderboardViewController");
+        pages->close();
+    }
 }
 
 } // namespace

@@ -323,15 +323,29 @@ Item {
             text: "ابدأ اللعب"
             onClicked: controller.startAction()
         }
-        GameButton {
-            objectName: "storeButton"
+        Row {
             anchors.horizontalCenter: parent.horizontalCenter
-            width: 170 * screen.u
-            height: 44 * screen.u
-            fontSize: 16 * screen.u
-            primary: false
-            text: "المتجر"
-            onClicked: controller.openStore()
+            spacing: 12 * screen.u
+            GameButton {
+                objectName: "storeButton"
+                width: 150 * screen.u
+                height: 44 * screen.u
+                fontSize: 16 * screen.u
+                primary: false
+                text: "المتجر"
+                onClicked: controller.openStore()
+            }
+            // Battles open after two solved levels; the label counts battles / wins.
+            GameButton {
+                objectName: "battleButton"
+                visible: controller.battleButtonVisible
+                width: 150 * screen.u
+                height: 44 * screen.u
+                fontSize: 15 * screen.u
+                tint: "#ff8a5c"
+                text: "⚔ معركة   " + controller.totalWinsLabel
+                onClicked: controller.startBattle()
+            }
         }
     }
 }
