@@ -1,5 +1,7 @@
 #include "LeaderboardViewController.h"
 
+#include "multiplayer/GCPlayerViewController.h"
+
 #include "GameCenterManager.h"
 #include "LoginViewController.h"
 #include "outreach/SoundFactory.h"
@@ -36,6 +38,7 @@ void LeaderboardViewController::reload() {
             }
             self->m_loading = false;
             self->m_rows.clear();
+            self->m_scores = scores.value_or(QList<GKScore>());
             if (!scores) {
                 self->m_message = error ? LoginViewController::messageForError(*error) : QString();
                 emit self->changed();
@@ -60,6 +63,17 @@ void LeaderboardViewController::reload() {
             }
             emit self->changed();
         });
+}
+
+void LeaderboardViewController::openPlayer(int row) {
+    if (row < 0 || row >= m_scores.size() ||
+        m_scores.at(row).player.playerID == GKLocalPlayer::localPlayer().playerID()) {
+        return;
+    }
+    SoundFactory::sharedInstance().playMenuTap();
+    auto* details = new GCPlayerViewController();
+    details->setScore(m_scores.at(row));
+    Platform::shared().navigator().presentViewController(details);
 }
 
 void LeaderboardViewController::addFriend(const QString& playerID) {

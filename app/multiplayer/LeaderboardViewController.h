@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/ViewController.h"
+#include "platform/gamekit/GameKit.h"
 
 #include <QVariantList>
 
@@ -27,6 +28,8 @@ public:
     // The player's own figures, a page beside the leaderboard.
     Q_INVOKABLE void openUserProfile();
     Q_INVOKABLE void close();
+    // A row tapped: that player's details.
+    Q_INVOKABLE void openPlayer(int row);
 
     int scope() const { return m_scope; }
     QVariantList rows() const { return m_rows; }
@@ -42,6 +45,7 @@ signals:
 private:
     int m_scope = 0;
     QVariantList m_rows;
+    QList<GKScore> m_scores; // the rows' scores
     QString m_localRank, m_localScore, m_total, m_message;
     bool m_loading = false;
     quint64 m_generation = 0;

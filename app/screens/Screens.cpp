@@ -8,6 +8,7 @@
 #include "core/RoundFinishViewController.h"
 #include "multiplayer/AccountViewController.h"
 #include "multiplayer/BattlesViewController.h"
+#include "multiplayer/GCPlayerViewController.h"
 #include "multiplayer/GameCenterSwipeViewControllers.h"
 #include "multiplayer/LeaderboardViewController.h"
 #include "multiplayer/LoginViewController.h"
@@ -56,6 +57,7 @@ template <class F> void forEachScreen(F&& f) {
     f.template operator()<GameCenterSwipeViewControllers>("GameCenterSwipeViewControllers");
     f.template operator()<BattlesViewController>("BattlesViewController");
     f.template operator()<RandomBattleViewController>("RandomBattleViewController");
+    f.template operator()<GCPlayerViewController>("GCPlayerViewController");
 }
 } // namespace
 

@@ -5,6 +5,7 @@
 #include "core/GameViewController.h"
 #include "core/LevelsInfoReader.h"
 #include "multiplayer/BattlesViewController.h"
+#include "multiplayer/GCPlayerViewController.h"
 #include "multiplayer/GameCenterSwipeViewControllers.h"
 #include "multiplayer/RandomBattleViewController.h"
 #include "platform/gamekit/GKLocalPlayer.h"
@@ -237,6 +238,97 @@ TEST_F(BattleScreens, TheMainScreensBattleAlertLeadsToTheBattlesOrToAFriend) {
                   choice == 0 ? "BattlesViewController" : "LeaderboardViewController");
         pages->close();
     }
+}
+
+} // namespace
+
+namespace {
+
+GKScore scoreOf(qint64 context, const QDateTime& date) {
+    GKScore s;
+    s.player = GKPlayer{kOther, QStringLiteral("سلمى"), false, {}};
+    s.rank = 12;
+    s.value = 340;
+    s.context = context;
+    s.date = date;
+    return s;
+}
+
+TEST_F(BattleScreens, APlayersDetailsShowWhatHisScoreCarries) {
+    struct Case {
+        qint64 context;
+        QStringList shown;
+    };
+    for (const Case& c :
+         {Case{57, {"badge", "badgeLabel", "currentLevel", "currentRound"}},
+          Case{99994299999999999LL,
+               {"achievements", "activeDays", "badge", "badgeLabel", "currentLevel", "currentRound",
+                "levelsShared", "timeTraveled", "totalBattles", "trainingsTaken", "usedCredits"}}}) {
+        GCPlayerViewController details;
+        details.setScore(scoreOf(c.context, now));
+        details.viewDidLoad();
+        EXPECT_EQ(details.details().keys(), c.shown) << c.context;
+    }
+    GCPlayerViewController details;
+    details.setScore(scoreOf(99994299999999999LL, now.addDays(-3)));
+    details.viewDidLoad();
+    EXPECT_EQ(details.details().value("currentLevel").toString(), "9999");
+    EXPECT_EQ(details.details().value("currentRound").toString(), "400");
+    EXPECT_EQ(details.details().value("totalBattles").toString(), "999");
+    EXPECT_EQ(details.details().value("usedCredits").toString(), "99999");
+    EXPECT_EQ(details.lastPlayed(), QStringLiteral("منذ 3 يوم"));
+    details.setScore(scoreOf(57, now));
+    EXPECT_EQ(details.lastPlayed(), QStringLiteral("اليوم"));
+}
+
+TEST_F(BattleScreens, AChallengeFromAPlayersDetailsIsPlayedThenSentAndItsRefusalExplained) {
+    auto* details = new GCPlayerViewController();
+    details->setScore(scoreOf(57, now));
+    Platform::shared().navigator().presentViewController(details);
+    details->sendBattleRequest(QString());
+    EXPECT_EQ(platform.alerts().title(), QStringLiteral("اكتب رسالة"));
+    platform.alerts().press(0);
+
+    // The stranger refuses through the service: the game says who may be challenged.
+    service->fail = GKError{"invitation_refused", "friends only", 403, 0};
+    details->sendBattleRequest(QStringLiteral("تعالي"));
+    EXPECT_TRUE(platform.alerts().message().contains(
+        QStringLiteral("%1 نقطة").arg(RankManager::sharedInstance().getBattleWinPoints())));
+    for (int i = 0; i < 13; ++i) {
+        platform.random().queue({0});
+    }
+    platform.alerts().press(0);
+    auto* play = qobject_cast<GameViewController*>(Platform::shared().navigator().presentedViewController());
+    ASSERT_NE(play, nullptr);
+    EXPECT_EQ(play->battleGameType, 1);
+    platform.alerts().press(0);
+    play->closeBattleButtonTapped();
+    platform.alerts().pressTitled(QStringLiteral("موافق"));
+    EXPECT_EQ(platform.alerts().message(),
+              QStringLiteral("يمكنك بدء معركة فقط مع اصدقائك أو لاعبين لعبت معارك ضدهم من قبل"));
+    platform.alerts().press(0);
+    EXPECT_EQ(Platform::shared().navigator().presentedViewController(), details);
+
+    // A friend: the first turn goes out and the details close when the message does.
+    service->fail.reset();
+    service->found = battle("m", GKTurnBasedMatchStatusOpen, kMe, kOther, 0, now, QByteArray());
+    details->sendBattleRequest(QStringLiteral("تعالي"));
+    platform.alerts().press(0);
+    play = qobject_cast<GameViewController*>(Platform::shared().navigator().presentedViewController());
+    ASSERT_NE(play, nullptr);
+    platform.alerts().press(0);
+    play->closeBattleButtonTapped();
+    platform.alerts().pressTitled(QStringLiteral("موافق"));
+    EXPECT_EQ(service->calls.last().op, "endTurn");
+    EXPECT_EQ(service->calls.last().next, (QList<int>{1, 0}));
+    EXPECT_EQ(platform.alerts().title(), QStringLiteral("تم الارسال"));
+    platform.alerts().press(0);
+    EXPECT_NE(Platform::shared().navigator().presentedViewController(), details);
+
+    // Gold may be asked of friends and former opponents only, too.
+    GCPlayerViewController::showRequestOutcome(GKError{"invitation_refused", "", 403, 0}, false, {});
+    EXPECT_EQ(platform.alerts().message(),
+              QStringLiteral("يمكنك طلب الذهب فقط من اصدقائك أو لاعبين لعبت معارك ضدهم من قبل"));
 }
 
 } // namespace

@@ -111,6 +111,11 @@ Item {
             height: 48 * screen.u
             radius: 12
             color: modelData.isLocal ? "#fff1c9" : "#1fffffff"
+            // A tap on another player's row opens his details (the add button keeps its own tap).
+            MouseArea {
+                anchors.fill: parent
+                onClicked: controller.openPlayer(index)
+            }
             Text {
                 id: rankText
                 anchors.left: parent.left

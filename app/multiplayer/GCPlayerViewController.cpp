@@ -1,0 +1,171 @@
+#include "GCPlayerViewController.h"
+
+#include "multiplayer/GCTurnBasedMatchHelper.h"
+#include "outreach/SoundFactory.h"
+#include "platform/Navigator.h"
+#include "platform/Platform.h"
+#include "platform/ProgressHud.h"
+#include "progress/RankManager.h"
+#include "progress/UserStatsManager.h"
+#include "screens/Util.h"
+
+#include <QVariantMap>
+
+GCPlayerViewController::GCPlayerViewController(QObject* parent)
+    : ViewController(QStringLiteral("GCPlayerViewController"), parent) {}
+
+QString GCPlayerViewController::lastPlayed() const {
+    const qint64 days = Util::daysBetween(score.date, Platform::shared().scheduler().now());
+    return days == 0 ? QStringLiteral("اليوم") : QStringLiteral("منذ %1 يوم").arg(days);
+}
+
+void GCPlayerViewController::viewDidLoad() {
+    m_details.clear();
+    const auto& ranks = RankManager::sharedInstance();
+    const auto showLevel = [&](qint64 n) {
+        m_details.insert("currentLevel", QString::number(n));
+        m_details.insert("currentRound", QString::number(n / 25 + 1));
+        const Rank& rank = ranks.getRankForRound(n / 25);
+        m_details.insert("badge", rank.getBadge());
+        m_details.insert("badgeLabel", rank.name);
+    };
+    const QStringList fields = UserStatsManager::breakContextNumber(score.context);
+    if (fields.isEmpty()) {
+        // A level's report carries no summary: the context is the level itself.
+        showLevel(score.context);
+    } else if (fields.size() >= 3) {
+        showLevel(fields.at(0).toLongLong());
+        m_details.insert("achievements", QString::number(fields.at(1).toLongLong()));
+        m_details.insert("activeDays", QString::number(fields.at(2).toLongLong()));
+        if (fields.size() == 5) {
+            // The number holds one battle field and one gold field: five labels share them.
+            const QString battles = QString::number(fields.at(3).toLongLong());
+            const QString gold = QString::number(fields.at(4).toLongLong());
+            m_details.insert("timeTraveled", battles);
+            m_details.insert("trainingsTaken", battles);
+            m_details.insert("totalBattles", battles);
+            m_details.insert("levelsShared", gold);
+            m_details.insert("usedCredits", gold);
+        }
+    }
+    emit detailsChanged();
+}
+
+void GCPlayerViewController::sendFriendshipRequest() {
+    SoundFactory::sharedInstance().playMenuTap();
+    const QString message =
+        QStringLiteral("مرحبا %1 لقد رأيت ترتيبك المتقدم في لعبة %2، لذلك أريد ان نصبح اصدقاء عبر الجيم سنتر "
+                       "لنتحدى بعضنا")
+            .arg(score.player.displayName, QStringLiteral("طارفولين"));
+    GKFriendRequest::sendFriendRequest(score.player.playerID, message, [](std::optional<GKError> e) {
+        if (!e) {
+            Util::showMessageWithTitle(QStringLiteral("سيصله طلبك، وحين يقبله ستجده في قائمة أصدقائك"),
+                                       QStringLiteral("تم ارسال طلب الصداقة"));
+        } else if (e->code == QLatin1String("already_friends")) {
+            Util::showMessageWithTitle(QStringLiteral("أنتما صديقان من قبل"), QStringLiteral("طلب الصداقة"));
+        } else if (e->code == QLatin1String("already_requested")) {
+            Util::showMessageWithTitle(QStringLiteral("أرسلت له طلبا من قبل، انتظر رده"),
+                                       QStringLiteral("طلب الصداقة"));
+        } else {
+            Util::showMessageWithTitle(
+                QStringLiteral("%1\n%2").arg(QStringLiteral("حدثت مشكلة ولم يتم ارسال الطلب"),
+                                             e->localizedDescription()),
+                QStringLiteral("خطأ"));
+        }
+    });
+}
+
+void GCPlayerViewController::showRequestOutcome(const std::optional<GKError>& error, bool battle,
+                                                const std::function<void()>& onSent) {
+    if (!error) {
+        Util::showMessageWithTitleOnDismiss(QStringLiteral("لقد تم ارسال الطلب بنجاح"),
+                                            QStringLiteral("تم الارسال"), onSent);
+        return;
+    }
+    qWarning().noquote() << "error:" << error->message;
+    if (error->code == QLatin1String("invitation_refused")) {
+        Util::showMessageWithTitle(
+            battle ? QStringLiteral("يمكنك بدء معركة فقط مع اصدقائك أو لاعبين لعبت معارك ضدهم من قبل")
+                   : QStringLiteral("يمكنك طلب %1 فقط من اصدقائك أو لاعبين لعبت معارك ضدهم من قبل")
+                         .arg(QStringLiteral("الذهب")),
+            QStringLiteral("خطأ"));
+        return;
+    }
+    Util::showMessageWithTitle(QStringLiteral("%1\n%2").arg(QStringLiteral("حدثت مشكلة ولم يتم ارسال الطلب"),
+                                                            error->localizedDescription()),
+                               QStringLiteral("خطأ"));
+}
+
+void GCPlayerViewController::sendExchangeRequest(const QString& message) {
+    SoundFactory::sharedInstance().playMenuTap();
+    Platform::shared().progressHud().showWithMaskType(3);
+    GCTurnBasedMatchHelper::sharedInstance().sendExchangeMatchRequestToPlayerWithMessageOnCompletion(
+        score.player, message, [this, alive = std::weak_ptr<int>(m_alive)](std::optional<GKError> error) {
+            Platform::shared().progressHud().dismiss();
+            showRequestOutcome(error, false, [this, alive] {
+                if (!alive.expired()) {
+                    close();
+                }
+            });
+        });
+}
+
+void GCPlayerViewController::sendBattleRequest(const QString& message) {
+    SoundFactory::sharedInstance().playMenuTap();
+    if (message.isEmpty()) {
+        Util::showMessageWithTitle(
+            QStringLiteral("قبل ارسال طلب المعركة يرجى كتابة الرسالة التي ستظهر لدى تلقي "
+                           "اللاعب الطلب"),
+            QStringLiteral("اكتب رسالة"));
+        return;
+    }
+    m_message = message;
+    const auto& rank = RankManager::sharedInstance();
+    const QString rules =
+        QStringLiteral(
+            "ستظهر لك مرحلة عشوائية يجب ان تنهيها بنجاح ضمن فترة محدودة وعند انهاء المرحلة او انتهاء "
+            "الوقت سينتقل الدور للاعب الاخر الذي يجب عليه لعب نفس المرحلة:\n-في حال انت انهيت المرحلة "
+            "بشكل صحيح واللاعب الاخر لم يستطع ذلك او لم يلعب دوره خلال ٢٤ ساعة ستفوز انت في المعركة "
+            "وستأخذ منه %1 نقطة لتضاف لرصيدك وتسحب من رصيده\n-في حال انت خسرت واللاعب الاخر أجاب بشكل "
+            "صحيح ستخسر %2 نقطة من رصيدك لتضاف لرصيد اللاعب الخصم\n-في حالة التعادل سيربح كل منكما %3 "
+            "نقطة")
+            .arg(rank.getBattleWinPoints())
+            .arg(rank.getBattleWinPoints())
+            .arg(rank.getBattleDrawPoints());
+    Util::showMessageWithTitleOnDismiss(
+        rules, QStringLiteral("معركة تحدي مع لاعب اخر"), [this, alive = std::weak_ptr<int>(m_alive)] {
+            if (!alive.expired()) {
+                BattleLevels::startBattleGame(BattleLevels::newBattleLevel(), 1, this);
+            }
+        });
+}
+
+void GCPlayerViewController::playerAnsweredLevelWithScore(qint64 level, qint64 result) {
+    Platform::shared().progressHud().showWithMaskType(3);
+    GCTurnBasedMatchHelper::sharedInstance()
+        .sendBattleMatchRequestToPlayerWithMessageAndLevelAndSenderResultOnCompletion(
+            score.player, m_message, level, result,
+            [this, alive = std::weak_ptr<int>(m_alive)](std::optional<GKError> error) {
+                Platform::shared().progressHud().dismiss();
+                showRequestOutcome(error, true, [this, alive] {
+                    if (!alive.expired()) {
+                        close();
+                    }
+                });
+            });
+}
+
+void GCPlayerViewController::close() {
+    SoundFactory::sharedInstance().playMenuTap();
+    auto& nav = Platform::shared().navigator();
+    if (nav.presentedViewController() == this) {
+        nav.dismissViewController();
+    }
+}
+
+void GCPlayerViewController::tapAction() {
+    auto& nav = Platform::shared().navigator();
+    if (nav.presentedViewController() == this) {
+        nav.dismissViewController();
+    }
+}
