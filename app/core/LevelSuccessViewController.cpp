@@ -120,7 +120,7 @@ void LevelSuccessViewController::scoreLoaded() {
 
 void LevelSuccessViewController::openLeaderboardAction() {
     SoundFactory::sharedInstance().playMenuTap();
-    PresentationUtil::openLeaderboardViewController(this);
+    PresentationUtil::openGameCenterNavController2WithPageNumAndType(this, 0, 0);
 }
 
 void LevelSuccessViewController::nextLevelAction() {

@@ -5,12 +5,37 @@
 #include "GameCenterManager.h"
 #include "LoginViewController.h"
 #include "outreach/SoundFactory.h"
+#include "platform/Navigator.h"
 #include "platform/Platform.h"
 #include "platform/gamekit/GKLocalPlayer.h"
 #include "screens/PresentationUtil.h"
 #include "screens/Util.h"
 
 #include <QPointer>
+
+void LeaderboardViewController::viewDidLoad() {
+    if (!Util::isConnected()) {
+        Util::showMessageWithTitle(QStringLiteral("تعذر الاتصال بالجيم سنتر"), QStringLiteral("غير متصل"));
+        return;
+    }
+    auto& gc = GameCenterManager::sharedInstance();
+    if (gc.currentStatus == QLatin1String("AUTHENTICATING") ||
+        gc.currentStatus == QLatin1String("AUTHENTICATED")) {
+        reload();
+        return;
+    }
+    if (gc.currentStatus == QLatin1String("LOGIN_CANCELLED")) {
+        gc.authenticateLocalUserWithCompletionHandler([](ViewController* screen, std::optional<GKError>) {
+            if (screen) {
+                Platform::shared().navigator().presentViewController(screen);
+            }
+        });
+        return;
+    }
+    Util::showMessageWithTitle(
+        QStringLiteral("للدخول في قائمة الأذكياء يرجى منك تسجيل الدخول في أبل جيم سنتر "),
+        QStringLiteral("تسجيل الدخول بالجيم سنتر"));
+}
 
 void LeaderboardViewController::setScope(int scope) {
     SoundFactory::sharedInstance().playMenuTap();

@@ -20,7 +20,8 @@ public:
     explicit LeaderboardViewController(QObject* parent = nullptr)
         : ViewController(QStringLiteral("LeaderboardViewController"), parent) {}
 
-    void viewDidLoad() override { reload(); }
+    // Loads the leaderboard once the player is logged in; otherwise asks for the login first.
+    void viewDidLoad() override;
     Q_INVOKABLE void setScope(int scope);
     Q_INVOKABLE void reload();
     Q_INVOKABLE void addFriend(const QString& playerID);

@@ -96,8 +96,10 @@ void TipsManager::checkAndShowAlertMessagePopup() {
             QStringLiteral(
                 "يمكنك رؤية ترتيبك بين اللاعبين في الجيم سنتر من خلال الضغط على زر ترتيبك في القائمة "
                 "الرئيسية"),
-            QStringLiteral("ترتيبك في الجيم سنتر"),
-            [] { PresentationUtil::openLeaderboardViewController(Util::getTopNavViewController()); });
+            QStringLiteral("ترتيبك في الجيم سنتر"), [] {
+                PresentationUtil::openGameCenterNavControllerWithPageNumAndType(
+                    Util::getTopNavViewController(), 0, 0);
+            });
     } else if (m_currentSessions == 3 && m_isUnrewardedAchievement) {
         Util::showMessageWithTitleOnDismiss(
             QStringLiteral(

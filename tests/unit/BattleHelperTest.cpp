@@ -4,6 +4,7 @@
 #include "TestPlatform.h"
 #include "multiplayer/GCMatchData.h"
 #include "multiplayer/GCTurnBasedMatchHelper.h"
+#include "multiplayer/GameCenterManager.h"
 #include "multiplayer/GameCenterSwipeViewControllers.h"
 #include "platform/Emitter.h"
 #include "platform/gamekit/GKLocalPlayer.h"
@@ -59,6 +60,8 @@ class BattleHelper : public ::testing::Test {
 protected:
     void SetUp() override {
         registerScreens(Platform::shared().navigator());
+        // Logged in, as every page of the Game Center pages expects.
+        GameCenterManager::sharedInstance();
         GKLocalPlayer::localPlayer().setAuthenticatedPlayer(GKPlayer{kMe, QStringLiteral("أنا"), false, {}});
         auto fake = std::make_unique<FakeMatches>();
         service = fake.get();

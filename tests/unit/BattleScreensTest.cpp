@@ -6,7 +6,9 @@
 #include "core/LevelsInfoReader.h"
 #include "multiplayer/BattlesViewController.h"
 #include "multiplayer/GCPlayerViewController.h"
+#include "multiplayer/GameCenterManager.h"
 #include "multiplayer/GameCenterSwipeViewControllers.h"
+#include "multiplayer/LeaderboardViewController.h"
 #include "multiplayer/RandomBattleViewController.h"
 #include "platform/gamekit/GKLocalPlayer.h"
 #include "progress/RankManager.h"
@@ -55,6 +57,8 @@ protected:
         platform.writePackFile(2, QStringLiteral("سمكة"), QStringLiteral("ابتثجحخد"));
         LevelsInfoReader::sharedInstance().loadAllPacksLevelsWithEnc("ok", false);
         Platform::shared().navigator().setRootViewController(new MainViewController());
+        // Logged in, as every page of the Game Center pages expects.
+        GameCenterManager::sharedInstance();
         GKLocalPlayer::localPlayer().setAuthenticatedPlayer(GKPlayer{kMe, QStringLiteral("أنا"), false, {}});
         auto fake = std::make_unique<FakeMatches>();
         service = fake.get();
@@ -329,6 +333,34 @@ TEST_F(BattleScreens, AChallengeFromAPlayersDetailsIsPlayedThenSentAndItsRefusal
     GCPlayerViewController::showRequestOutcome(GKError{"invitation_refused", "", 403, 0}, false, {});
     EXPECT_EQ(platform.alerts().message(),
               QStringLiteral("يمكنك طلب الذهب فقط من اصدقائك أو لاعبين لعبت معارك ضدهم من قبل"));
+}
+
+} // namespace
+
+namespace {
+
+TEST(LeaderboardPage, AsksForTheConnectionOrTheLoginBeforeItLoads) {
+    TestPlatform platform;
+    registerScreens(Platform::shared().navigator());
+    Platform::shared().reachability().setForcedOffline(true);
+    LeaderboardViewController offline;
+    offline.viewDidLoad();
+    EXPECT_EQ(platform.alerts().title(), QStringLiteral("غير متصل"));
+    platform.alerts().press(0);
+
+    Platform::shared().reachability().setForcedOffline(false);
+    LeaderboardViewController never;
+    never.viewDidLoad();
+    EXPECT_EQ(platform.alerts().title(), QStringLiteral("تسجيل الدخول بالجيم سنتر"));
+    platform.alerts().press(0);
+
+    // A player who closed the login screen gets it again.
+    GameCenterManager::sharedInstance().currentStatus = QStringLiteral("LOGIN_CANCELLED");
+    LeaderboardViewController cancelled;
+    cancelled.viewDidLoad();
+    EXPECT_FALSE(platform.alerts().isVisible());
+    ASSERT_NE(Platform::shared().navigator().presentedViewController(), nullptr);
+    EXPECT_EQ(Platform::shared().navigator().presentedViewController()->identifier(), "LoginViewController");
 }
 
 } // namespace

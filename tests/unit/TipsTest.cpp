@@ -1,6 +1,7 @@
 // Tips: the tip of the day round and round, the attention calls and their snapshots, the shown-once alerts;
 // the tips and help screens.
 #include "TestPlatform.h"
+#include "multiplayer/GameCenterSwipeViewControllers.h"
 #include "progress/AchievementManager.h"
 #include "progress/SessionManager.h"
 #include "progress/TipsManager.h"
@@ -192,7 +193,13 @@ TEST(Tips, ThePopupThatStandsReadyLeadsToTheLeaderboardOrTheTasks) {
     tips.checkAndShowAlertMessagePopup();
     EXPECT_EQ(platform.alerts().title(), "ترتيبك في الجيم سنتر");
     platform.alerts().press(0);
-    EXPECT_EQ(nav.presentedViewController()->identifier(), "LeaderboardViewController");
+    auto* pages = qobject_cast<GameCenterSwipeViewControllers*>(nav.presentedViewController());
+    ASSERT_NE(pages, nullptr);
+    EXPECT_EQ(pages->viewControllerArray().at(pages->currentPageIndex())->identifier(),
+              "LeaderboardViewController");
+    // Not logged in: the leaderboard asks for the login first.
+    EXPECT_EQ(platform.alerts().title(), QStringLiteral("تسجيل الدخول بالجيم سنتر"));
+    platform.alerts().press(0);
     nav.dismissViewController();
     tips.setCurrentSessions(3);
     tips.checkAndShowAlertMessagePopup();
