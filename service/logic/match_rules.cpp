@@ -217,9 +217,11 @@ Result endMatchInTurn(const Match& m, const std::string& player, const std::vect
     Match after = m;
     std::vector<Notice> notices;
     for (std::size_t i = 0; i < kSeats; ++i) {
+        // A participant whose turn ran out has left the match: he is not told of its end.
+        const bool timedOut = m.seats[i].outcome == Outcome::TimeExpired;
         after.seats[i].outcome = outcomes[i];
         after.seats[i].status = SeatStatus::Done;
-        if (!after.seats[i].playerId.empty()) {
+        if (!after.seats[i].playerId.empty() && !timedOut) {
             notices.push_back(Notice{Notice::Kind::MatchEnded, after.seats[i].playerId});
         }
     }
@@ -243,6 +245,12 @@ std::optional<Moved> expireTurn(const Match& m, std::int64_t now) {
         // Nobody left to pass it to: the turn stays, and no longer runs out.
         after.turnDeadline = 0;
         return Moved{after, {}};
+    }
+    // The participant who let the turn run out is done with the match, his time expired.
+    if (after.current >= 0 && after.current < static_cast<int>(after.seats.size())) {
+        Seat& late = after.seats[static_cast<std::size_t>(after.current)];
+        late.status = SeatStatus::Done;
+        late.outcome = Outcome::TimeExpired;
     }
     after.current = after.fallThrough.front();
     after.fallThrough.erase(after.fallThrough.begin());

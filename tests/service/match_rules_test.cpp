@@ -104,6 +104,11 @@ TEST(MatchRules, AnExpiredTurnFallsThroughTheListOnceThenStays) {
     EXPECT_EQ(first->match.current, 0);
     EXPECT_EQ(first->match.turnDeadline, 1000 + 2 * kDay);
     EXPECT_EQ(first->notices, (std::vector<Notice>{{Notice::Kind::Turn, "amal"}}));
+    // Badr let it run out: his time expired, he is done, and the end that Amal then makes is not told to him.
+    EXPECT_EQ(first->match.seats[1].outcome, Outcome::TimeExpired);
+    EXPECT_EQ(first->match.seats[1].status, SeatStatus::Done);
+    EXPECT_EQ(notices(endMatchInTurn(first->match, "amal", {Outcome::Won, Outcome::Lost}, "d", 1000 + kDay)),
+              (std::vector<Notice>{{Notice::Kind::MatchEnded, "amal"}}));
     // Applied once, the same deadline does not fire again.
     EXPECT_FALSE(expireTurn(first->match, 1000 + kDay + 5));
     std::optional<Moved> last = expireTurn(first->match, 1000 + 2 * kDay);

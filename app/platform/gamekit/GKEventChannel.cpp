@@ -132,6 +132,10 @@ void GKEventChannel::tellMatchListeners(const QString& event, const QJsonObject&
         qWarning("A match event of the game service carries no valid match; it is left out.");
         return;
     }
+    // A player is not told of the end of a match that he ended himself, as the platform does.
+    if (!turn && GKTurnBasedMatch::takeEndedHere(match->matchID)) {
+        return;
+    }
     // A copy: a listener may register another.
     const QList<QObject*> listeners = GKLocalPlayer::localPlayer().listeners();
     for (QObject* object : listeners) {

@@ -169,9 +169,20 @@ void GKTurnBasedMatch::endMatchInTurnWithMatchDataCompletionHandler(const QByteA
     for (const GKTurnBasedParticipant& p : participants) {
         outcomes.append(p.matchOutcome);
     }
+    // The service tells every participant of the end, this one too; the platform keeps that from him.
+    endedHere().insert(matchID);
     service().post(QStringLiteral("/v1/matches/%1/end").arg(matchID),
                    QJsonObject{{"outcomes", outcomes}, {"matchData", QString::fromLatin1(data.toBase64())}},
                    matchReply(std::move(done)));
+}
+
+QSet<QString>& GKTurnBasedMatch::endedHere() {
+    static QSet<QString> ended;
+    return ended;
+}
+
+bool GKTurnBasedMatch::takeEndedHere(const QString& matchID) {
+    return endedHere().remove(matchID);
 }
 
 void GKTurnBasedMatch::removeWithCompletionHandler(std::function<void(std::optional<GKError>)> done) const {

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QList>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <functional>
@@ -103,7 +104,11 @@ public:
     void removeWithCompletionHandler(std::function<void(std::optional<GKError>)> done) const;
     void rematchWithCompletionHandler(MatchHandler done) const;
 
+    // Whether the match was ended from this game; the answer is given once.
+    static bool takeEndedHere(const QString& matchID);
+
 private:
+    static QSet<QString>& endedHere();
     bool m_messagePending = false;
 };
 
