@@ -16,8 +16,6 @@
 #include <sstream>
 #include <string>
 
-#include <sys/resource.h>
-
 namespace {
 
 struct Option {
@@ -67,22 +65,6 @@ long long number(const std::map<std::string, std::string>& values, const char* f
                                     "\"");
     }
     return v;
-}
-
-// Every WebSocket holds a descriptor: take as many as the system allows this process.
-std::pair<rlim_t, rlim_t> raiseOpenFileLimit() {
-    rlimit r{};
-    if (getrlimit(RLIMIT_NOFILE, &r) != 0) {
-        return {0, 0};
-    }
-    if (r.rlim_cur < r.rlim_max) {
-        rlimit wanted = r;
-        wanted.rlim_cur = r.rlim_max;
-        if (setrlimit(RLIMIT_NOFILE, &wanted) == 0) {
-            r = wanted;
-        }
-    }
-    return {r.rlim_cur, r.rlim_max};
 }
 
 } // namespace
@@ -155,7 +137,7 @@ int main(int argc, char** argv) {
     }
 
     net::Logger log(level);
-    auto files = raiseOpenFileLimit();
+    auto files = net::raiseOpenFileLimit();
     // The signals are caught from here on, so that a SIGTERM during the start stops the service gracefully
     // too.
     boost::asio::io_context signals;

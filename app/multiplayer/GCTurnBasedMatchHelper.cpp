@@ -66,6 +66,16 @@ public:
     }
 };
 
+// A battle's data as its sender writes it.
+GCMatchData battleData(const QString& message, qint64 level, qint64 senderResult) {
+    GCMatchData data;
+    data.setString(QStringLiteral("type"), kBattle);
+    data.setString(QStringLiteral("message"), message);
+    data.setNumber(QStringLiteral("level"), level);
+    data.setNumber(QStringLiteral("senderResult"), senderResult);
+    return data;
+}
+
 // The data of a match as the game's dictionary; nothing, with a log line, when it is not one.
 std::optional<GCMatchData> dataOf(const GKTurnBasedMatch& match) {
     std::optional<GCMatchData> data = GCMatchData::unarchive(match.matchData);
@@ -157,11 +167,7 @@ void GCTurnBasedMatchHelper::sendBattleMatchRequestToPlayerWithMessageAndLevelAn
                 }
                 return;
             }
-            GCMatchData data;
-            data.setString(QStringLiteral("type"), kBattle);
-            data.setString(QStringLiteral("message"), message);
-            data.setNumber(QStringLiteral("level"), level);
-            data.setNumber(QStringLiteral("senderResult"), senderResult);
+            const GCMatchData data = battleData(message, level, senderResult);
             // The sender stands second: when the receiver lets the day pass, the turn comes back to him,
             // and the turn event makes that his win.
             const QList<int> next{lastIndexOfPlayer(*match, recipient), match->currentParticipantIndex};
@@ -199,11 +205,7 @@ void GCTurnBasedMatchHelper::sendBattleAutoMatchRequestOnViewController(ViewCont
 void GCTurnBasedMatchHelper::finishTurnInMatchWithMessageAndLevelAndSenderResultOnCompletion(
     const GKTurnBasedMatch& match, const QString& message, qint64 level, qint64 senderResult,
     ErrorHandler done) {
-    GCMatchData data;
-    data.setString(QStringLiteral("type"), kBattle);
-    data.setString(QStringLiteral("message"), message);
-    data.setNumber(QStringLiteral("level"), level);
-    data.setNumber(QStringLiteral("senderResult"), senderResult);
+    const GCMatchData data = battleData(message, level, senderResult);
     matchService().endTurn(match, {1}, GKTurnTimeoutDefault, data.archivedData(),
                            [done](std::optional<GKTurnBasedMatch>, std::optional<GKError> error) {
                                if (done) {

@@ -130,21 +130,6 @@ std::string Samples::summary() const {
     return buf;
 }
 
-std::pair<std::uint64_t, std::uint64_t> raiseOpenFileLimit() {
-    rlimit r{};
-    if (getrlimit(RLIMIT_NOFILE, &r) != 0) {
-        return {0, 0};
-    }
-    if (r.rlim_cur < r.rlim_max) {
-        rlimit wanted = r;
-        wanted.rlim_cur = r.rlim_max;
-        if (setrlimit(RLIMIT_NOFILE, &wanted) == 0) {
-            r = wanted;
-        }
-    }
-    return {r.rlim_cur, r.rlim_max};
-}
-
 std::pair<std::uint64_t, std::uint64_t> openFileLimitsOf(pid_t pid) {
     std::ifstream in("/proc/" + std::to_string(pid) + "/limits");
     std::string line;

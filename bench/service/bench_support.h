@@ -3,6 +3,7 @@
 // and event WebSocket clients on one io_context; and the load of turns that the match benchmarks drive.
 #pragma once
 
+#include "net/server.h"
 #include "store/store.h"
 
 #include <boost/asio/io_context.hpp>
@@ -61,8 +62,7 @@ private:
     mutable bool sorted_ = true;
 };
 
-// Raises this process's soft limit on open files to the hard limit; returns both after the change.
-std::pair<std::uint64_t, std::uint64_t> raiseOpenFileLimit();
+using net::raiseOpenFileLimit;
 // The soft and hard limits on open files of another process, from /proc/PID/limits.
 std::pair<std::uint64_t, std::uint64_t> openFileLimitsOf(pid_t pid);
 

@@ -10,7 +10,9 @@
 #include <boost/json.hpp>
 
 #include <deque>
+
 #include <set>
+#include <sys/resource.h>
 
 namespace tarvolin::net {
 
@@ -58,6 +60,21 @@ Response jsonError(unsigned status, const std::string& code, const std::string& 
 }
 
 } // namespace
+
+std::pair<std::uint64_t, std::uint64_t> raiseOpenFileLimit() {
+    rlimit r{};
+    if (getrlimit(RLIMIT_NOFILE, &r) != 0) {
+        return {0, 0};
+    }
+    if (r.rlim_cur < r.rlim_max) {
+        rlimit wanted = r;
+        wanted.rlim_cur = r.rlim_max;
+        if (setrlimit(RLIMIT_NOFILE, &wanted) == 0) {
+            r = wanted;
+        }
+    }
+    return {r.rlim_cur, r.rlim_max};
+}
 
 // One event WebSocket of a logged-in player. Sends what waits in storage, in order, and drops what the
 // client acknowledges.

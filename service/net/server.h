@@ -12,14 +12,20 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace tarvolin::net {
+
+// Every connection holds a descriptor: raises this process's soft limit on open files to the hard one, and
+// returns both after the change (0 and 0 when they cannot be read).
+std::pair<std::uint64_t, std::uint64_t> raiseOpenFileLimit();
 
 struct ServerConfig {
     std::string address = "0.0.0.0";

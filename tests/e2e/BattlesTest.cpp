@@ -80,6 +80,18 @@ protected:
         playBattle(solve);
     }
 
+    // The notice of Omar's challenge: it leads to the battles page, which is closed again.
+    void closeChallengeNotice() {
+        dismiss(QStringLiteral("عمر يتحداك في معركة!"));
+        ASSERT_TRUE(QTest::qWaitFor(
+            [] {
+                return qobject_cast<GameCenterSwipeViewControllers*>(
+                    Platform::shared().navigator().presentedViewController());
+            },
+            5000));
+        Platform::shared().navigator().dismissViewController();
+    }
+
     static qint64 points() { return ScorePointsManager::sharedInstance().totalPoints(); }
 
     std::unique_ptr<tarvolin::testing::TestService> service;
@@ -151,14 +163,7 @@ TEST_F(Battles, AChallengeItsAnswerTheDayRuleAStrangerAndAnAutomaticBattle) {
     comeBack("reem");
     // The challenge she left alone is still told when she comes back (its day has gone); she looks and
     // closes.
-    dismiss(QStringLiteral("عمر يتحداك في معركة!"));
-    ASSERT_TRUE(QTest::qWaitFor(
-        [] {
-            return qobject_cast<GameCenterSwipeViewControllers*>(
-                Platform::shared().navigator().presentedViewController());
-        },
-        5000));
-    Platform::shared().navigator().dismissViewController();
+    closeChallengeNotice();
     const qint64 before = points();
     auto* second = new RandomBattleViewController();
     Platform::shared().navigator().presentViewController(second);
@@ -166,14 +171,7 @@ TEST_F(Battles, AChallengeItsAnswerTheDayRuleAStrangerAndAnAutomaticBattle) {
     EXPECT_FALSE(second->isNewMatch);
     EXPECT_EQ(second->senderMessage(), QStringLiteral("تعالوا"));
     // Taking the seat gives her the turn, and the game tells her of the challenge as of any other.
-    dismiss(QStringLiteral("عمر يتحداك في معركة!"));
-    ASSERT_TRUE(QTest::qWaitFor(
-        [] {
-            return qobject_cast<GameCenterSwipeViewControllers*>(
-                Platform::shared().navigator().presentedViewController());
-        },
-        5000));
-    Platform::shared().navigator().dismissViewController();
+    closeChallengeNotice();
     second->playTheTurn(QStringLiteral("سهلة"));
     dismiss(QStringLiteral("العب دورك"));
     playBattle(true);
