@@ -949,4 +949,29 @@ void HealthProbe::probe() {
     });
 }
 
+std::uint64_t raiseAndPrintOpenFileLimit() {
+    auto [soft, hard] = raiseOpenFileLimit();
+    std::printf("open files of this process: soft %llu, hard %llu\n", static_cast<unsigned long long>(soft),
+                static_cast<unsigned long long>(hard));
+    return soft;
+}
+
+std::vector<BenchPlayer> fillPlayersAndReport(BenchDatabase& db, std::size_t players) {
+    const auto start = Clock::now();
+    std::vector<BenchPlayer> filled = db.fillPlayers(players);
+    std::printf("database: %s\nfill: %zu players with tokens stored in %.1f s\n", db.describe().c_str(),
+                filled.size(), secondsSince(start));
+    return filled;
+}
+
+std::vector<std::unique_ptr<ServiceProcess>> startServices(const std::string& binary, const BenchDatabase& db,
+                                                           std::size_t instances, int threads) {
+    std::vector<std::unique_ptr<ServiceProcess>> services;
+    for (std::size_t i = 0; i < instances; ++i) {
+        services.push_back(std::make_unique<ServiceProcess>(
+            binary, db.serviceLocation(), db.folder() / ("service" + std::to_string(i) + ".log"), threads));
+    }
+    return services;
+}
+
 } // namespace tarvolin::bench

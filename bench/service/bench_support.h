@@ -63,6 +63,8 @@ private:
 };
 
 using net::raiseOpenFileLimit;
+// Raises this process's open-file limit and prints both limits; returns the soft one.
+std::uint64_t raiseAndPrintOpenFileLimit();
 // The soft and hard limits on open files of another process, from /proc/PID/limits.
 std::pair<std::uint64_t, std::uint64_t> openFileLimitsOf(pid_t pid);
 
@@ -161,6 +163,12 @@ private:
     unsigned short port_ = 0;
     std::filesystem::path logFile_;
 };
+
+// Fills the database with players and says how long it took.
+std::vector<BenchPlayer> fillPlayersAndReport(BenchDatabase& db, std::size_t players);
+// Starts instances of the service on the database, each logging to a file of its own in the run's folder.
+std::vector<std::unique_ptr<ServiceProcess>> startServices(const std::string& binary, const BenchDatabase& db,
+                                                           std::size_t instances, int threads);
 
 struct HttpAnswer {
     unsigned status = 0; // 0 when the connection failed

@@ -116,9 +116,7 @@ int main(int argc, char** argv) {
 
     try {
         // The client holds one descriptor per socket too, besides a few of its own.
-        auto [soft, hard] = raiseOpenFileLimit();
-        std::printf("open files of this process: soft %llu, hard %llu\n",
-                    static_cast<unsigned long long>(soft), static_cast<unsigned long long>(hard));
+        const std::uint64_t soft = raiseAndPrintOpenFileLimit();
         constexpr std::size_t kReserve = 64;
         if (o.sockets + kReserve > soft) {
             std::size_t possible = soft > kReserve ? soft - kReserve : 0;
@@ -129,10 +127,7 @@ int main(int argc, char** argv) {
         }
 
         BenchDatabase db(o.database);
-        auto start = Clock::now();
-        std::vector<BenchPlayer> players = db.fillPlayers(o.sockets);
-        std::printf("database: %s\nfill: %zu players with tokens stored in %.1f s\n", db.describe().c_str(),
-                    players.size(), secondsSince(start));
+        std::vector<BenchPlayer> players = fillPlayersAndReport(db, o.sockets);
 
         ServiceProcess service(o.service, db.serviceLocation(), db.folder() / "service.log",
                                o.serviceThreads);
@@ -157,7 +152,7 @@ int main(int argc, char** argv) {
             sockets.push_back(std::make_shared<EventSocket>(io, p, players[p].token, &dispatch));
         }
         const std::vector<tcp::endpoint> endpointOf(players.size(), service.endpoint());
-        start = Clock::now();
+        auto start = Clock::now();
         std::size_t failed = openSockets(io, sockets, endpointOf, o.parallel);
         double openSeconds = secondsSince(start);
         std::printf("event sockets: %zu opened in %.1f s (%.0f a second), %zu failed\n",

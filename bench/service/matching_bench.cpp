@@ -80,19 +80,12 @@ int main(int argc, char** argv) {
     }
 
     try {
-        raiseOpenFileLimit();
+        raiseAndPrintOpenFileLimit();
         BenchDatabase db(o.database);
-        auto start = Clock::now();
-        std::vector<BenchPlayer> players = db.fillPlayers(o.players);
-        std::printf("database: %s\nfill: %zu players with tokens stored in %.1f s\n", db.describe().c_str(),
-                    players.size(), secondsSince(start));
+        std::vector<BenchPlayer> players = fillPlayersAndReport(db, o.players);
 
-        std::vector<std::unique_ptr<ServiceProcess>> services;
-        for (std::size_t i = 0; i < o.instances; ++i) {
-            services.push_back(std::make_unique<ServiceProcess>(
-                o.service, db.serviceLocation(), db.folder() / ("service" + std::to_string(i) + ".log"),
-                o.serviceThreads));
-        }
+        std::vector<std::unique_ptr<ServiceProcess>> services =
+            startServices(o.service, db, o.instances, o.serviceThreads);
 
         // Every player asks once; the calls wait in each instance's queue for one of its connections.
         asio::io_context io;
@@ -112,7 +105,7 @@ int main(int argc, char** argv) {
         }
         watched.emplace_back("this client", 0);
         CpuWatch cpu(watched);
-        start = Clock::now();
+        auto start = Clock::now();
         Clock::time_point last = start;
         for (std::size_t p = 0; p < players.size(); ++p) {
             HttpCall call;

@@ -97,22 +97,13 @@ int main(int argc, char** argv) {
     }
 
     try {
-        auto [soft, hard] = raiseOpenFileLimit();
-        std::printf("open files of this process: soft %llu, hard %llu\n",
-                    static_cast<unsigned long long>(soft), static_cast<unsigned long long>(hard));
+        raiseAndPrintOpenFileLimit();
 
         BenchDatabase db(o.database);
-        auto start = Clock::now();
-        std::vector<BenchPlayer> players = db.fillPlayers(o.players);
-        std::printf("database: %s\nfill: %zu players with tokens stored in %.1f s\n", db.describe().c_str(),
-                    players.size(), secondsSince(start));
+        std::vector<BenchPlayer> players = fillPlayersAndReport(db, o.players);
 
-        std::vector<std::unique_ptr<ServiceProcess>> services;
-        for (std::size_t i = 0; i < o.instances; ++i) {
-            services.push_back(std::make_unique<ServiceProcess>(
-                o.service, db.serviceLocation(), db.folder() / ("service" + std::to_string(i) + ".log"),
-                o.serviceThreads));
-        }
+        std::vector<std::unique_ptr<ServiceProcess>> services =
+            startServices(o.service, db, o.instances, o.serviceThreads);
         // Player p is at instance p % instances: with two, the even players on one and the odd on the other.
         std::vector<std::size_t> instanceOf(players.size());
         std::vector<tcp::endpoint> endpointOf(players.size());
@@ -133,7 +124,7 @@ int main(int argc, char** argv) {
         for (std::size_t p = 0; p < players.size(); ++p) {
             sockets.push_back(std::make_shared<EventSocket>(io, p, players[p].token, &dispatch));
         }
-        start = Clock::now();
+        auto start = Clock::now();
         std::size_t failedSockets = openSockets(io, sockets, endpointOf, 200);
         std::printf("event sockets: %zu open in %.1f s, %zu failed\n", sockets.size() - failedSockets,
                     secondsSince(start), failedSockets);

@@ -101,31 +101,23 @@ TEST(Instances, TheTwoPlayersOfALiveMatchSitOnDifferentInstances) {
     WsClient baderWs(two.port(), bader.token);
     aliWs.drain();
     baderWs.drain();
-    auto nextLive = [](WsClient& ws, const char* type) {
-        while (auto m = ws.next()) {
-            if (m->at("type") == type) {
-                return m;
-            }
-        }
-        return std::optional<json::value>();
-    };
 
     Reply invited =
         one.http().post("/v1/live", json::object{{"recipients", json::array{bader.id.c_str()}}}, ali.token);
     ASSERT_EQ(invited.status, 201u) << invited.body;
     const std::string id(invited.json.at("match").at("matchID").as_string());
-    ASSERT_TRUE(nextLive(baderWs, "live_invitation"));
+    ASSERT_TRUE(baderWs.nextOfType("live_invitation"));
     ASSERT_EQ(two.http().post("/v1/live/" + id + "/accept", json::object{}, bader.token).status, 200u);
-    ASSERT_TRUE(nextLive(aliWs, "live_match"));
+    ASSERT_TRUE(aliWs.nextOfType("live_match"));
 
     aliWs.send(json::object{{"type", "live_connect"}, {"match", id}});
-    ASSERT_TRUE(nextLive(aliWs, "live_state"));
+    ASSERT_TRUE(aliWs.nextOfType("live_state"));
     baderWs.send(json::object{{"type", "live_connect"}, {"match", id}});
-    auto aliThere = nextLive(baderWs, "live_state");
-    aliThere = nextLive(baderWs, "live_state");
+    auto aliThere = baderWs.nextOfType("live_state");
+    aliThere = baderWs.nextOfType("live_state");
     ASSERT_TRUE(aliThere);
     EXPECT_EQ(aliThere->at("player"), ali.id.c_str());
-    auto baderThere = nextLive(aliWs, "live_state");
+    auto baderThere = aliWs.nextOfType("live_state");
     ASSERT_TRUE(baderThere);
     EXPECT_EQ(baderThere->at("player"), bader.id.c_str());
 
@@ -135,14 +127,14 @@ TEST(Instances, TheTwoPlayersOfALiveMatchSitOnDifferentInstances) {
     }
     baderWs.send(json::object{{"type", "live_send"}, {"match", id}, {"data", "back"}});
     for (int i = 0; i < 20; ++i) {
-        auto m = nextLive(baderWs, "live_data");
+        auto m = baderWs.nextOfType("live_data");
         ASSERT_TRUE(m);
         EXPECT_EQ(m->at("data"), std::to_string(5000 + i).c_str());
     }
-    EXPECT_EQ(nextLive(aliWs, "live_data")->at("data"), "back");
+    EXPECT_EQ(aliWs.nextOfType("live_data")->at("data"), "back");
 
     baderWs.send(json::object{{"type", "live_leave"}, {"match", id}});
-    auto gone = nextLive(aliWs, "live_state");
+    auto gone = aliWs.nextOfType("live_state");
     ASSERT_TRUE(gone);
     EXPECT_EQ(gone->at("state"), 2);
     EXPECT_EQ(gone->at("player"), bader.id.c_str());

@@ -12,16 +12,6 @@ namespace live = tarvolin::logic::live;
 
 namespace {
 
-// The next live message of a type, skipping stored events and other messages.
-std::optional<json::value> nextOfType(WsClient& ws, const std::string& type) {
-    while (auto m = ws.next()) {
-        if (m->at("type").is_string() && m->at("type").as_string() == type) {
-            return m;
-        }
-    }
-    return std::nullopt;
-}
-
 std::string matchIdOf(const Reply& r) {
     return std::string(r.json.at("match").at("matchID").as_string());
 }
@@ -48,27 +38,27 @@ protected:
             "/v1/live", json::object{{"recipients", json::array{bader.id.c_str()}}}, ali.token);
         EXPECT_EQ(invited.status, 201u) << invited.body;
         const std::string id = matchIdOf(invited);
-        auto invitation = nextOfType(baderWs, "live_invitation");
+        auto invitation = baderWs.nextOfType("live_invitation");
         EXPECT_TRUE(invitation);
         Reply accepted = svc->http().post("/v1/live/" + id + "/accept", json::object{}, bader.token);
         EXPECT_EQ(accepted.status, 200u) << accepted.body;
-        EXPECT_TRUE(nextOfType(aliWs, "live_match"));
+        EXPECT_TRUE(aliWs.nextOfType("live_match"));
         return id;
     }
 
     // Both connect to the relay; each hears that the other is there.
     void connectBoth(const std::string& id, WsClient& aliWs, WsClient& baderWs) {
         aliWs.send(json::object{{"type", "live_connect"}, {"match", id}});
-        auto own = nextOfType(aliWs, "live_state");
+        auto own = aliWs.nextOfType("live_state");
         ASSERT_TRUE(own);
         EXPECT_EQ(own->at("player"), ali.id.c_str());
         EXPECT_EQ(own->at("expectedPlayerCount"), 1);
         baderWs.send(json::object{{"type", "live_connect"}, {"match", id}});
-        EXPECT_EQ(nextOfType(baderWs, "live_state")->at("expectedPlayerCount"), 0);
-        auto aliThere = nextOfType(baderWs, "live_state");
+        EXPECT_EQ(baderWs.nextOfType("live_state")->at("expectedPlayerCount"), 0);
+        auto aliThere = baderWs.nextOfType("live_state");
         ASSERT_TRUE(aliThere);
         EXPECT_EQ(aliThere->at("player"), ali.id.c_str());
-        auto baderThere = nextOfType(aliWs, "live_state");
+        auto baderThere = aliWs.nextOfType("live_state");
         ASSERT_TRUE(baderThere);
         EXPECT_EQ(baderThere->at("player"), bader.id.c_str());
         EXPECT_EQ(baderThere->at("state"), 1);
@@ -97,7 +87,7 @@ TEST_P(LiveTest, AutomaticMatchingPairsTwoSearchesAndNeverAPlayerWithHimself) {
     ASSERT_EQ(joined.status, 200u) << joined.body;
     EXPECT_EQ(matchIdOf(joined), matchIdOf(first));
     EXPECT_TRUE(joined.json.at("match").at("found").as_bool());
-    auto told = nextOfType(aliWs, "live_match");
+    auto told = aliWs.nextOfType("live_match");
     ASSERT_TRUE(told);
     EXPECT_EQ(told->at("match").at("players").at(1).at("playerID"), bader.id.c_str());
 
@@ -127,7 +117,7 @@ TEST_P(LiveTest, InvitationsGoToFriendsOnlyAndTheInvitedOneAccepts) {
         svc->http().post("/v1/live", json::object{{"recipients", json::array{bader.id.c_str()}}}, ali.token);
     ASSERT_EQ(invited.status, 201u) << invited.body;
     const std::string id = matchIdOf(invited);
-    auto invitation = nextOfType(baderWs, "live_invitation");
+    auto invitation = baderWs.nextOfType("live_invitation");
     ASSERT_TRUE(invitation);
     EXPECT_EQ(invitation->at("from").at("alias"), "Ali");
     EXPECT_EQ(invitation->at("match").at("matchID"), id.c_str());
@@ -138,12 +128,12 @@ TEST_P(LiveTest, InvitationsGoToFriendsOnlyAndTheInvitedOneAccepts) {
     EXPECT_EQ(svc->http().get("/v1/live/" + id, stranger.token).status, 404u);
     // Connecting before the match is found is refused.
     aliWs.send(json::object{{"type", "live_connect"}, {"match", id}});
-    EXPECT_EQ(nextOfType(aliWs, "error")->at("error").at("code"), "live_match_not_found_yet");
+    EXPECT_EQ(aliWs.nextOfType("error")->at("error").at("code"), "live_match_not_found_yet");
 
     Reply accepted = svc->http().post("/v1/live/" + id + "/accept", json::object{}, bader.token);
     ASSERT_EQ(accepted.status, 200u);
     EXPECT_EQ(accepted.json.at("match").at("players").at(1).at("status"), "seated");
-    EXPECT_TRUE(nextOfType(aliWs, "live_match"));
+    EXPECT_TRUE(aliWs.nextOfType("live_match"));
 }
 
 TEST_P(LiveTest, TheRelayCarriesDataInOrderWithinItsLimits) {
@@ -153,19 +143,19 @@ TEST_P(LiveTest, TheRelayCarriesDataInOrderWithinItsLimits) {
 
     // Before Bader connects, nothing can be sent to him.
     aliWs.send(json::object{{"type", "live_connect"}, {"match", id}});
-    nextOfType(aliWs, "live_state");
+    aliWs.nextOfType("live_state");
     aliWs.send(sendData(id, "AA=="));
-    EXPECT_EQ(nextOfType(aliWs, "error")->at("error").at("code"), "live_not_connected");
+    EXPECT_EQ(aliWs.nextOfType("error")->at("error").at("code"), "live_not_connected");
     baderWs.send(json::object{{"type", "live_connect"}, {"match", id}});
-    nextOfType(baderWs, "live_state");
-    nextOfType(baderWs, "live_state");
-    nextOfType(aliWs, "live_state");
+    baderWs.nextOfType("live_state");
+    baderWs.nextOfType("live_state");
+    aliWs.nextOfType("live_state");
 
     for (int i = 0; i < 40; ++i) {
         aliWs.send(sendData(id, std::to_string(1000 + i)));
     }
     for (int i = 0; i < 40; ++i) {
-        auto m = nextOfType(baderWs, "live_data");
+        auto m = baderWs.nextOfType("live_data");
         ASSERT_TRUE(m);
         EXPECT_EQ(m->at("data"), std::to_string(1000 + i).c_str());
         EXPECT_EQ(m->at("from"), ali.id.c_str());
@@ -173,9 +163,9 @@ TEST_P(LiveTest, TheRelayCarriesDataInOrderWithinItsLimits) {
     // The largest piece goes through; one byte more is refused.
     const std::size_t largest = (live::kMaxDataBytes + 2) / 3 * 4;
     baderWs.send(sendData(id, std::string(largest, 'A')));
-    EXPECT_EQ(nextOfType(aliWs, "live_data")->at("data").as_string().size(), largest);
+    EXPECT_EQ(aliWs.nextOfType("live_data")->at("data").as_string().size(), largest);
     baderWs.send(sendData(id, std::string(largest + 1, 'A')));
-    EXPECT_EQ(nextOfType(baderWs, "error")->at("error").at("code"), "live_data_too_large");
+    EXPECT_EQ(baderWs.nextOfType("error")->at("error").at("code"), "live_data_too_large");
 
     // A flood is slowed down: the burst passes, the rest is refused.
     for (int i = 0; i < 100; ++i) {
@@ -200,21 +190,21 @@ TEST_P(LiveTest, LeavingEndsTheMatchAndTheOtherHearsIt) {
 
     // Bader's connection drops: Ali hears that he has gone, and nothing of the match stays.
     baderWs->close();
-    auto gone = nextOfType(aliWs, "live_state");
+    auto gone = aliWs.nextOfType("live_state");
     ASSERT_TRUE(gone);
     EXPECT_EQ(gone->at("player"), bader.id.c_str());
     EXPECT_EQ(gone->at("state"), 2);
     EXPECT_EQ(gone->at("reason"), "left");
     EXPECT_EQ(svc->http().get("/v1/live/" + id, ali.token).status, 404u);
     aliWs.send(sendData(id, "AA=="));
-    EXPECT_EQ(nextOfType(aliWs, "error")->at("error").at("code"), "live_not_connected");
+    EXPECT_EQ(aliWs.nextOfType("error")->at("error").at("code"), "live_not_connected");
 
     // Declining an invitation tells the inviter why.
     Reply invited =
         svc->http().post("/v1/live", json::object{{"recipients", json::array{bader.id.c_str()}}}, ali.token);
     Reply declined = svc->http().request("DELETE", "/v1/live/" + matchIdOf(invited), {}, bader.token);
     EXPECT_EQ(declined.status, 204u);
-    auto why = nextOfType(aliWs, "live_state");
+    auto why = aliWs.nextOfType("live_state");
     ASSERT_TRUE(why);
     EXPECT_EQ(why->at("reason"), "declined");
 }
@@ -224,13 +214,13 @@ TEST_P(LiveTest, AFoundMatchNotConnectedInAMinuteEndsForBoth) {
     WsClient baderWs(svc->port(), bader.token);
     const std::string id = invitedAndAccepted(aliWs, baderWs);
     aliWs.send(json::object{{"type", "live_connect"}, {"match", id}});
-    nextOfType(aliWs, "live_state");
+    aliWs.nextOfType("live_state");
     svc->advance(live::kConnectMs - 1);
     EXPECT_EQ(svc->api().expireLiveMatches(), 0u);
     svc->advance(2);
     EXPECT_EQ(svc->api().expireLiveMatches(), 1u);
     for (WsClient* ws : {&aliWs, &baderWs}) {
-        auto ended = nextOfType(*ws, "live_state");
+        auto ended = ws->nextOfType("live_state");
         ASSERT_TRUE(ended);
         EXPECT_EQ(ended->at("state"), 2);
         EXPECT_EQ(ended->at("reason"), "expired");

@@ -191,6 +191,15 @@ void WsClient::send(const json::value& v) {
     ws_.write(asio::buffer(json::serialize(v)));
 }
 
+std::optional<json::value> WsClient::nextOfType(const std::string& type) {
+    while (auto m = next()) {
+        if (m->at("type").is_string() && m->at("type").as_string() == type) {
+            return m;
+        }
+    }
+    return std::nullopt;
+}
+
 std::vector<json::value> WsClient::drain() {
     send(json::object{{"type", "ping"}});
     std::vector<json::value> out;

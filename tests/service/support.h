@@ -92,6 +92,8 @@ public:
     WsClient(unsigned short port, const std::string& token);
     ~WsClient();
     std::optional<boost::json::value> next();
+    // The next message of a type, passing over events and other messages.
+    std::optional<boost::json::value> nextOfType(const std::string& type);
     void send(const boost::json::value& v);
     // Messages before the answer to a ping: everything the server had sent up to then.
     std::vector<boost::json::value> drain();

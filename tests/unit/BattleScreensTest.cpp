@@ -75,6 +75,21 @@ protected:
     }
     QVariantMap row(BattlesViewController* list, int i) { return list->rows().at(i).toMap(); }
 
+    // From the rules in front: a new battle level opens, is played first, and is left at once.
+    void leaveNewBattleLevel() {
+        for (int i = 0; i < 13; ++i) {
+            platform.random().queue({0});
+        }
+        platform.alerts().press(0);
+        auto* play =
+            qobject_cast<GameViewController*>(Platform::shared().navigator().presentedViewController());
+        ASSERT_NE(play, nullptr);
+        EXPECT_EQ(play->battleGameType, 1);
+        platform.alerts().press(0);
+        play->closeBattleButtonTapped();
+        platform.alerts().pressTitled(QStringLiteral("موافق"));
+    }
+
     TestPlatform platform;
     FakeMatches* service = nullptr;
     QDateTime now;
@@ -193,16 +208,7 @@ TEST_F(BattleScreens, AMatchedBattleWithAnEmptySeatPlaysFirstAndOneWithAPlayerAn
     platform.alerts().press(0);
     matched->playTheTurn(QStringLiteral("هيا"));
     EXPECT_EQ(platform.alerts().title(), QStringLiteral("معركة تحدي مع لاعب اخر"));
-    for (int i = 0; i < 13; ++i) {
-        platform.random().queue({0});
-    }
-    platform.alerts().press(0);
-    auto* play = qobject_cast<GameViewController*>(Platform::shared().navigator().presentedViewController());
-    ASSERT_NE(play, nullptr);
-    EXPECT_EQ(play->battleGameType, 1);
-    platform.alerts().press(0);
-    play->closeBattleButtonTapped();
-    platform.alerts().pressTitled(QStringLiteral("موافق"));
+    leaveNewBattleLevel();
     // The first turn goes to the empty seat with the platform's timeout, then the screen closes.
     const FakeMatches::Call& turn = service->calls.last();
     EXPECT_EQ(turn.op, "endTurn");
@@ -298,16 +304,7 @@ TEST_F(BattleScreens, AChallengeFromAPlayersDetailsIsPlayedThenSentAndItsRefusal
     details->sendBattleRequest(QStringLiteral("تعالي"));
     EXPECT_TRUE(platform.alerts().message().contains(
         QStringLiteral("%1 نقطة").arg(RankManager::sharedInstance().getBattleWinPoints())));
-    for (int i = 0; i < 13; ++i) {
-        platform.random().queue({0});
-    }
-    platform.alerts().press(0);
-    auto* play = qobject_cast<GameViewController*>(Platform::shared().navigator().presentedViewController());
-    ASSERT_NE(play, nullptr);
-    EXPECT_EQ(play->battleGameType, 1);
-    platform.alerts().press(0);
-    play->closeBattleButtonTapped();
-    platform.alerts().pressTitled(QStringLiteral("موافق"));
+    leaveNewBattleLevel();
     EXPECT_EQ(platform.alerts().message(),
               QStringLiteral("يمكنك بدء معركة فقط مع اصدقائك أو لاعبين لعبت معارك ضدهم من قبل"));
     platform.alerts().press(0);
@@ -317,12 +314,7 @@ TEST_F(BattleScreens, AChallengeFromAPlayersDetailsIsPlayedThenSentAndItsRefusal
     service->fail.reset();
     service->found = battle("m", GKTurnBasedMatchStatusOpen, kMe, kOther, 0, now, QByteArray());
     details->sendBattleRequest(QStringLiteral("تعالي"));
-    platform.alerts().press(0);
-    play = qobject_cast<GameViewController*>(Platform::shared().navigator().presentedViewController());
-    ASSERT_NE(play, nullptr);
-    platform.alerts().press(0);
-    play->closeBattleButtonTapped();
-    platform.alerts().pressTitled(QStringLiteral("موافق"));
+    leaveNewBattleLevel();
     EXPECT_EQ(service->calls.last().op, "endTurn");
     EXPECT_EQ(service->calls.last().next, (QList<int>{1, 0}));
     EXPECT_EQ(platform.alerts().title(), QStringLiteral("تم الارسال"));
