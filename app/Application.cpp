@@ -5,6 +5,9 @@
 
 #include "core/GameViewController.h"
 #include "core/LevelManager.h"
+#include "multiplayer/GCPlayerViewController.h"
+#include "multiplayer/GameCenterSwipeViewControllers.h"
+#include "multiplayer/LeaderboardViewController.h"
 #include "platform/Platform.h"
 #include "screens/ImageUtil.h"
 #include "screens/LevelSelectorViewController.h"
@@ -83,7 +86,9 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
         QStringLiteral("open"),
         QStringLiteral(
             "Go on from the main screen to SCREEN: rounds, levels, play, solved (the current level just "
-            "solved), battle (a battle level in play), battles (the battles page), login, leaderboard, "
+            "solved), battle (a battle level in play), battles (the battles page), player (the first other "
+            "player on the leaderboard), "
+            "friendrequest (a friend request to him), login, leaderboard, "
             "account, settings, rank, "
             "achievements, tips, help, profile, "
             "about, matchmaker or livematch."),
@@ -127,8 +132,9 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
     options->profileRoot = parser.value(dataDir);
     options->open = parser.value(open);
     if (!options->open.isEmpty() && !presentedScreens().contains(options->open) &&
-        !QStringList{"rounds", "levels", "play", "solved", "login", "battle", "battles"}.contains(
-            options->open)) {
+        !QStringList{"rounds", "levels", "play", "solved", "login", "battle", "battles", "player",
+                     "friendrequest"}
+             .contains(options->open)) {
         err << "Unknown screen \"" << options->open
             << "\": use rounds, levels, play, solved, login, battle, battles, "
             << presentedScreens().keys().join(", ") << ".\n";
@@ -291,6 +297,33 @@ void Application::openScreen(const QString& which) {
     }
     if (which == QLatin1String("battles")) {
         PresentationUtil::openGameCenterNavControllerWithPageNumAndType(main, 1, 0);
+        return;
+    }
+    if (which == QLatin1String("player") || which == QLatin1String("friendrequest")) {
+        // The details of the first other player on the leaderboard, once it has loaded; and from them the
+        // friend request.
+        PresentationUtil::openGameCenterNavControllerWithPageNumAndType(main, 0, 0);
+        auto* pages = qobject_cast<GameCenterSwipeViewControllers*>(nav.presentedViewController());
+        auto* board =
+            pages ? qobject_cast<LeaderboardViewController*>(pages->viewControllerArray().value(0)) : nullptr;
+        if (!board) {
+            return;
+        }
+        QObject::connect(board, &LeaderboardViewController::changed, board, [board, which] {
+            const QVariantList rows = board->rows();
+            for (qsizetype i = 0; i < rows.size(); ++i) {
+                if (!rows.at(i).toMap().value("isLocal").toBool()) {
+                    QObject::disconnect(board, &LeaderboardViewController::changed, board, nullptr);
+                    board->openPlayer(static_cast<int>(i));
+                    auto* details = qobject_cast<GCPlayerViewController*>(
+                        Platform::shared().navigator().presentedViewController());
+                    if (details && which == QLatin1String("friendrequest")) {
+                        details->sendFriendshipRequest();
+                    }
+                    return;
+                }
+            }
+        });
         return;
     }
     if (which == QLatin1String("battle")) {

@@ -14,6 +14,12 @@
 GCPlayerViewController::GCPlayerViewController(QObject* parent)
     : ViewController(QStringLiteral("GCPlayerViewController"), parent) {}
 
+GCPlayerViewController::~GCPlayerViewController() {
+    if (m_composer) {
+        m_composer->setComposeViewDelegate(nullptr);
+    }
+}
+
 QString GCPlayerViewController::lastPlayed() const {
     const qint64 days = Util::daysBetween(score.date, Platform::shared().scheduler().now());
     return days == 0 ? QStringLiteral("اليوم") : QStringLiteral("منذ %1 يوم").arg(days);
@@ -53,26 +59,25 @@ void GCPlayerViewController::viewDidLoad() {
 
 void GCPlayerViewController::sendFriendshipRequest() {
     SoundFactory::sharedInstance().playMenuTap();
-    const QString message =
+    auto* composer = new GKFriendRequestComposeViewController();
+    composer->addRecipientPlayers({score.player});
+    composer->setMessage(
         QStringLiteral("مرحبا %1 لقد رأيت ترتيبك المتقدم في لعبة %2، لذلك أريد ان نصبح اصدقاء عبر الجيم سنتر "
                        "لنتحدى بعضنا")
-            .arg(score.player.displayName, QStringLiteral("طارفولين"));
-    GKFriendRequest::sendFriendRequest(score.player.playerID, message, [](std::optional<GKError> e) {
-        if (!e) {
-            Util::showMessageWithTitle(QStringLiteral("سيصله طلبك، وحين يقبله ستجده في قائمة أصدقائك"),
-                                       QStringLiteral("تم ارسال طلب الصداقة"));
-        } else if (e->code == QLatin1String("already_friends")) {
-            Util::showMessageWithTitle(QStringLiteral("أنتما صديقان من قبل"), QStringLiteral("طلب الصداقة"));
-        } else if (e->code == QLatin1String("already_requested")) {
-            Util::showMessageWithTitle(QStringLiteral("أرسلت له طلبا من قبل، انتظر رده"),
-                                       QStringLiteral("طلب الصداقة"));
-        } else {
-            Util::showMessageWithTitle(
-                QStringLiteral("%1\n%2").arg(QStringLiteral("حدثت مشكلة ولم يتم ارسال الطلب"),
-                                             e->localizedDescription()),
-                QStringLiteral("خطأ"));
-        }
-    });
+            .arg(score.player.displayName, QStringLiteral("طارفولين")));
+    composer->setComposeViewDelegate(this);
+    m_composer = composer;
+    Platform::shared().navigator().presentViewController(composer);
+}
+
+void GCPlayerViewController::friendRequestComposeViewControllerDidFinish(
+    GKFriendRequestComposeViewController* composer) {
+    const bool sent = composer->wasSent();
+    Platform::shared().navigator().dismissViewController();
+    if (sent) {
+        Util::showMessageWithTitle(QStringLiteral("سيصله طلبك، وحين يقبله ستجده في قائمة أصدقائك"),
+                                   QStringLiteral("تم ارسال طلب الصداقة"));
+    }
 }
 
 void GCPlayerViewController::showRequestOutcome(const std::optional<GKError>& error, bool battle,

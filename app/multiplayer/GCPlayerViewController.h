@@ -2,11 +2,16 @@
 
 #include "core/BattleDelegate.h"
 #include "platform/ViewController.h"
+#include "platform/gamekit/GKFriendRequestComposeViewController.h"
 #include "platform/gamekit/GameKit.h"
+
+#include <QPointer>
 
 // Another player's details, from a leaderboard row: his place, points, last play and the summary his score
 // carries, with a challenge to a battle, a friend request and a request for gold.
-class GCPlayerViewController : public ViewController, public BattleDelegate {
+class GCPlayerViewController : public ViewController,
+                               public BattleDelegate,
+                               public GKFriendRequestComposeViewControllerDelegate {
     Q_OBJECT
     Q_PROPERTY(QString playerID READ playerID CONSTANT)
     Q_PROPERTY(QString playerAlias READ playerAlias CONSTANT)
@@ -16,6 +21,7 @@ class GCPlayerViewController : public ViewController, public BattleDelegate {
     Q_PROPERTY(QVariantMap details READ details NOTIFY detailsChanged)
 public:
     explicit GCPlayerViewController(QObject* parent = nullptr);
+    ~GCPlayerViewController() override;
 
     GKScore score;
     void setScore(const GKScore& s) { score = s; }
@@ -35,6 +41,7 @@ public:
     Q_INVOKABLE void close();
     Q_INVOKABLE void tapAction();
     void playerAnsweredLevelWithScore(qint64 level, qint64 result) override;
+    void friendRequestComposeViewControllerDidFinish(GKFriendRequestComposeViewController* composer) override;
 
     // The message of a finished request, battle or gold, by its error.
     static void showRequestOutcome(const std::optional<GKError>& error, bool battle,
@@ -46,5 +53,6 @@ signals:
 private:
     QString m_message;
     QVariantMap m_details;
+    QPointer<GKFriendRequestComposeViewController> m_composer;
     std::shared_ptr<int> m_alive = std::make_shared<int>(0);
 };

@@ -15,6 +15,7 @@
 #include "multiplayer/PlayerPhotoProvider.h"
 #include "multiplayer/RandomBattleViewController.h"
 #include "platform/Platform.h"
+#include "platform/gamekit/GKFriendRequestComposeViewController.h"
 #include "platform/gamekit/GKMatchPickers.h"
 #include "screens/AboutViewController.h"
 #include "screens/AchievementsViewController.h"
@@ -58,6 +59,7 @@ template <class F> void forEachScreen(F&& f) {
     f.template operator()<BattlesViewController>("BattlesViewController");
     f.template operator()<RandomBattleViewController>("RandomBattleViewController");
     f.template operator()<GCPlayerViewController>("GCPlayerViewController");
+    f.template operator()<GKFriendRequestComposeViewController>("GKFriendRequestComposeViewController");
 }
 } // namespace
 

@@ -6,6 +6,7 @@
 #include "multiplayer/GCPlayerViewController.h"
 #include "multiplayer/GameCenterSwipeViewControllers.h"
 #include "multiplayer/RandomBattleViewController.h"
+#include "platform/gamekit/GKFriendRequestComposeViewController.h"
 #include "support.h"
 
 namespace {
@@ -149,6 +150,35 @@ TEST_F(Battles, AChallengeItsAnswerTheDayRuleAStrangerAndAnAutomaticBattle) {
     const auto stranger = service->signUp("Stranger");
     challenge(QString::fromStdString(stranger.id), QStringLiteral("Stranger"), true);
     dismiss(QStringLiteral("خطأ"));
+
+    // He asks to be friends instead, with the request written for him; asking twice is refused on the
+    // request's screen, which stays until he gives up.
+    auto& nav = Platform::shared().navigator();
+    const auto askFriendship = [&nav, &stranger] {
+        GKScore score;
+        score.player = GKPlayer{QString::fromStdString(stranger.id), QStringLiteral("Stranger"), false, {}};
+        auto* details = new GCPlayerViewController();
+        details->setScore(score);
+        nav.presentViewController(details);
+        details->sendFriendshipRequest();
+        return qobject_cast<GKFriendRequestComposeViewController*>(nav.presentedViewController());
+    };
+    auto* request = askFriendship();
+    ASSERT_NE(request, nullptr);
+    ASSERT_EQ(request->recipients().size(), 1);
+    EXPECT_EQ(request->recipients().first().toMap()["name"], QStringLiteral("Stranger"));
+    EXPECT_TRUE(request->message().startsWith(QStringLiteral("مرحبا Stranger لقد رأيت ترتيبك")));
+    request->send();
+    dismiss(QStringLiteral("تم ارسال طلب الصداقة"));
+    EXPECT_TRUE(qobject_cast<GCPlayerViewController*>(nav.presentedViewController()));
+    request = askFriendship();
+    ASSERT_NE(request, nullptr);
+    request->send();
+    ASSERT_TRUE(QTest::qWaitFor([request] { return !request->busy(); }, 10000));
+    EXPECT_EQ(request->status(), QStringLiteral("Stranger: أرسلت له طلبا من قبل، انتظر رده"));
+    EXPECT_EQ(nav.presentedViewController(), request);
+    request->cancel();
+    EXPECT_TRUE(qobject_cast<GCPlayerViewController*>(nav.presentedViewController()));
 
     // An automatic battle: Omar opens it and plays first; Reem joins it, answers correctly and wins.
     auto* first = new RandomBattleViewController();
