@@ -5,6 +5,7 @@
 
 #include "core/GameViewController.h"
 #include "core/LevelManager.h"
+#include "multiplayer/BattlesViewController.h"
 #include "multiplayer/GCPlayerViewController.h"
 #include "multiplayer/GameCenterSwipeViewControllers.h"
 #include "multiplayer/LeaderboardViewController.h"
@@ -86,7 +87,8 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
         QStringLiteral("open"),
         QStringLiteral(
             "Go on from the main screen to SCREEN: rounds, levels, play, solved (the current level just "
-            "solved), battle (a battle level in play), battles (the battles page), player (the first other "
+            "solved), battle (a battle level in play), battles (the battles page), finishedbattles (its "
+            "finished battles), player (the first other "
             "player on the leaderboard), "
             "friendrequest (a friend request to him), login, leaderboard, "
             "account, settings, rank, "
@@ -132,8 +134,8 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
     options->profileRoot = parser.value(dataDir);
     options->open = parser.value(open);
     if (!options->open.isEmpty() && !presentedScreens().contains(options->open) &&
-        !QStringList{"rounds", "levels", "play", "solved", "login", "battle", "battles", "player",
-                     "friendrequest"}
+        !QStringList{"rounds", "levels", "play", "solved", "login", "battle", "battles", "finishedbattles",
+                     "player", "friendrequest"}
              .contains(options->open)) {
         err << "Unknown screen \"" << options->open
             << "\": use rounds, levels, play, solved, login, battle, battles, "
@@ -295,8 +297,14 @@ void Application::openScreen(const QString& which) {
         main->loginToGameCenter();
         return;
     }
-    if (which == QLatin1String("battles")) {
+    if (which == QLatin1String("battles") || which == QLatin1String("finishedbattles")) {
         PresentationUtil::openGameCenterNavControllerWithPageNumAndType(main, 1, 0);
+        auto* pages = qobject_cast<GameCenterSwipeViewControllers*>(nav.presentedViewController());
+        auto* battles =
+            pages ? qobject_cast<BattlesViewController*>(pages->viewControllerArray().value(1)) : nullptr;
+        if (battles && which == QLatin1String("finishedbattles")) {
+            battles->segmentChanged(1);
+        }
         return;
     }
     if (which == QLatin1String("player") || which == QLatin1String("friendrequest")) {

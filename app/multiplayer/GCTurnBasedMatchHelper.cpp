@@ -433,18 +433,21 @@ void GCTurnBasedMatchHelper::handlePlayerReceivedBattleOutcome(qint64 outcome) {
         stats.incrementTotalDraws();
         Util::showMessageWithTitle(text("gc.battle.tieMessage").arg(rank.getBattleDrawPoints()),
                                    text("gc.battle.tieTitle"));
+        Platform::shared().alerts().setToneOfLast(QStringLiteral("tied"));
         break;
     case Lost:
         points.addPoints(rank.getBattleLossPoints());
         stats.incrementTotalLosses();
         Util::showMessageWithTitle(text("gc.battle.loseMessage").arg(qAbs(rank.getBattleLossPoints())),
                                    text("gc.battle.loseTitle"));
+        Platform::shared().alerts().setToneOfLast(QStringLiteral("lost"));
         break;
     case Won:
         points.addPoints(rank.getBattleWinPoints());
         stats.incrementTotalWins();
         Util::showMessageWithTitle(text("gc.battle.winMessage").arg(rank.getBattleWinPoints()),
                                    text("gc.battle.winTitle"));
+        Platform::shared().alerts().setToneOfLast(QStringLiteral("won"));
         Platform::shared().emitter().startBattleWinEmitterOnViewForDuration(
             Util::getCurrentPresentedViewController(), 1.0);
         break;

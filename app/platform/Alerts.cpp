@@ -3,13 +3,20 @@
 void Alerts::showWithTitleMessageCancelButtonTitleOtherButtonTitlesTapBlock(
     const QString& title, const QString& message, const QString& cancelTitle, const QStringList& otherTitles,
     std::function<void(int)> tapBlock) {
-    Alert alert{title, message, {}, std::move(tapBlock)};
+    Alert alert{title, message, {}, std::move(tapBlock), {}};
     if (!cancelTitle.isEmpty()) {
         alert.buttons << cancelTitle;
     }
     alert.buttons << otherTitles;
     m_queue.push_back(std::move(alert));
     emit changed();
+}
+
+void Alerts::setToneOfLast(const QString& tone) {
+    if (!m_queue.empty()) {
+        m_queue.back().tone = tone;
+        emit changed();
+    }
 }
 
 bool Alerts::press(int buttonIndex) {

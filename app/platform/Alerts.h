@@ -13,12 +13,14 @@ class Alerts : public QObject {
     Q_PROPERTY(QString title READ title NOTIFY changed)
     Q_PROPERTY(QString message READ message NOTIFY changed)
     Q_PROPERTY(QStringList buttons READ buttons NOTIFY changed)
+    Q_PROPERTY(QString tone READ tone NOTIFY changed)
 public:
     struct Alert {
         QString title;
         QString message;
         QStringList buttons;
         std::function<void(int)> onPress;
+        QString tone;
     };
 
     void showWithTitleMessageCancelButtonTitleOtherButtonTitlesTapBlock(const QString& title,
@@ -31,6 +33,10 @@ public:
     QString title() const { return m_queue.empty() ? QString() : m_queue.front().title; }
     QString message() const { return m_queue.empty() ? QString() : m_queue.front().message; }
     QStringList buttons() const { return m_queue.empty() ? QStringList() : m_queue.front().buttons; }
+    // How the front alert looks: empty for the usual look, or "won", "lost", "tied" for a battle's outcome.
+    QString tone() const { return m_queue.empty() ? QString() : m_queue.front().tone; }
+    // Gives the alert queued last its look.
+    void setToneOfLast(const QString& tone);
     int count() const { return static_cast<int>(m_queue.size()); }
     const Alert* front() const { return m_queue.empty() ? nullptr : &m_queue.front(); }
 

@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Shapes
 import "components"
 
 // The front alert of the queue, over everything; touches below are blocked while it is up.
@@ -19,12 +20,86 @@ Item {
         id: box
         objectName: "alertBox"
         width: Math.min(parent.width - 48, 420)
-        height: column.implicitHeight + 28
+        height: column.implicitHeight + (alerts.tone.length > 0 ? 52 : 28)
         anchors.centerIn: parent
         radius: 18
         color: Theme.paper
-        border.color: Theme.gold
-        border.width: 2
+        // A battle's outcome has its own colour and emblem: a star for a win, an arrow down for a loss, two
+        // crossed blades for a tie.
+        readonly property color toneColor: alerts.tone === "won" ? "#2fa84f" : alerts.tone === "lost" ? "#d8413e"
+                                         : alerts.tone === "tied" ? "#2d7be0" : Theme.gold
+        border.color: toneColor
+        border.width: alerts.tone.length > 0 ? 4 : 2
+
+        Rectangle {
+            id: emblem
+            objectName: "alertEmblem"
+            visible: alerts.tone.length > 0
+            width: 64; height: 64; radius: 32
+            anchors.horizontalCenter: parent.horizontalCenter
+            anchors.verticalCenter: parent.top
+            color: box.toneColor
+            border.color: Theme.paper
+            border.width: 4
+            Shape {
+                anchors.centerIn: parent
+                width: 40; height: 40
+                visible: alerts.tone === "won"
+                ShapePath {
+                    strokeColor: "#fff3b0"
+                    strokeWidth: 2
+                    fillColor: Theme.gold
+                    joinStyle: ShapePath.RoundJoin
+                    // A five-pointed star.
+                    PathPolyline {
+                        path: {
+                            const points = []
+                            for (let i = 0; i <= 10; ++i) {
+                                const r = i % 2 === 0 ? 19 : 8
+                                const a = -Math.PI / 2 + i * Math.PI / 5
+                                points.push(Qt.point(20 + r * Math.cos(a), 21 + r * Math.sin(a)))
+                            }
+                            return points
+                        }
+                    }
+                }
+            }
+            Repeater {
+                // A tie: two crossed blades.
+                model: alerts.tone === "tied" ? 2 : 0
+                delegate: Rectangle {
+                    width: 6
+                    height: 36
+                    radius: 3
+                    color: "#ffffff"
+                    x: emblem.width / 2 - width / 2
+                    y: emblem.height / 2 - height / 2
+                    rotation: index === 0 ? 45 : -45
+                }
+            }
+            Shape {
+                // A loss: an arrow down.
+                anchors.centerIn: parent
+                width: 36; height: 36
+                visible: alerts.tone === "lost"
+                ShapePath {
+                    strokeColor: "#ffffff"
+                    strokeWidth: 6
+                    fillColor: "transparent"
+                    capStyle: ShapePath.RoundCap
+                    joinStyle: ShapePath.RoundJoin
+                    PathPolyline { path: [Qt.point(18, 4), Qt.point(18, 32)] }
+                }
+                ShapePath {
+                    strokeColor: "#ffffff"
+                    strokeWidth: 6
+                    fillColor: "transparent"
+                    capStyle: ShapePath.RoundCap
+                    joinStyle: ShapePath.RoundJoin
+                    PathPolyline { path: [Qt.point(6, 20), Qt.point(18, 32), Qt.point(30, 20)] }
+                }
+            }
+        }
 
         Column {
             id: column
@@ -32,6 +107,7 @@ Item {
             anchors.right: parent.right
             anchors.top: parent.top
             anchors.margins: 16
+            anchors.topMargin: alerts.tone.length > 0 ? 40 : 16
             spacing: 12
 
             Text {
@@ -41,7 +117,7 @@ Item {
                 font.family: Theme.fontFamily
                 font.pixelSize: 19
                 font.bold: true
-                color: Theme.ink
+                color: alerts.tone.length > 0 ? box.toneColor : Theme.ink
                 horizontalAlignment: Text.AlignHCenter
                 wrapMode: Text.WordWrap
             }

@@ -182,6 +182,7 @@ TEST_F(BattleHelper, EachOutcomeMovesItsPointsAndCountersAndShowsItsMessage) {
     EXPECT_EQ(stats.totalWins(), 1);
     EXPECT_EQ(alertTitle(), QStringLiteral("فوز!"));
     EXPECT_EQ(rains, QStringList{MyEmitter::kBattleWin});
+    EXPECT_EQ(platform.alerts().tone(), "won");
     platform.alerts().press(0);
 
     before = points();
@@ -189,12 +190,14 @@ TEST_F(BattleHelper, EachOutcomeMovesItsPointsAndCountersAndShowsItsMessage) {
     EXPECT_EQ(points(), before + rank.getBattleLossPoints());
     EXPECT_EQ(stats.totalLosses(), 1);
     EXPECT_TRUE(platform.alerts().message().contains(QString::number(-rank.getBattleLossPoints())));
+    EXPECT_EQ(platform.alerts().tone(), "lost");
     platform.alerts().press(0);
 
     before = points();
     helper().handlePlayerReceivedBattleOutcome(GKTurnBasedMatchOutcomeTied);
     EXPECT_EQ(points(), before + rank.getBattleDrawPoints());
     EXPECT_EQ(stats.totalDraws(), 1);
+    EXPECT_EQ(platform.alerts().tone(), "tied");
     platform.alerts().press(0);
 
     // An outcome the game does not know moves nothing but says so.
@@ -203,6 +206,7 @@ TEST_F(BattleHelper, EachOutcomeMovesItsPointsAndCountersAndShowsItsMessage) {
     EXPECT_EQ(points(), before);
     EXPECT_EQ(stats.totalBattles(), 3);
     EXPECT_EQ(alertTitle(), QStringLiteral("حدثت مشكلة"));
+    EXPECT_EQ(platform.alerts().tone(), "");
 }
 
 TEST_F(BattleHelper, TurnEventsOfBattles) {

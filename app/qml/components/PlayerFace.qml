@@ -1,21 +1,21 @@
 import QtQuick
 import "."
 
-// A player's picture in a framed square, with his initial while there is none.
+// A player's picture in a framed square, with a stand-in while there is none.
 Rectangle {
     id: face
     property string playerID: ""
     property string name: ""
     radius: width * 0.18
     color: "#33ffffff"
-    Text {
-        anchors.centerIn: parent
+    Accessible.role: Accessible.Graphic
+    Accessible.name: face.name
+    // The stand-in picture while the photo loads, and for good when there is none.
+    Image {
+        anchors.fill: parent
         visible: photo.status !== Image.Ready
-        text: face.playerID.length > 0 ? (face.name.length > 0 ? face.name.charAt(0) : "؟") : "؟"
-        font.family: Theme.fontFamily
-        font.pixelSize: face.height * 0.45
-        font.bold: true
-        color: "#ffffff"
+        fillMode: Image.PreserveAspectCrop
+        source: "qrc:/images/profle.png"
     }
     Image {
         id: photo
