@@ -41,13 +41,28 @@ Item {
                 border.width: 1.5
                 Column {
                     anchors.centerIn: parent
-                    Text {
+                    Row {
+                        // The sign stands left of the digits, as numbers read, whatever the paragraph's
+                        // direction: a text of its own, the two laid out left to right.
+                        objectName: "total_" + index
                         anchors.horizontalCenter: parent.horizontalCenter
-                        text: modelData.value
-                        font.family: Theme.fontFamily
-                        font.pixelSize: 18 * screen.u
-                        font.bold: true
-                        color: "#ffffff"
+                        LayoutMirroring.enabled: false
+                        readonly property bool negative: modelData.value.startsWith("-")
+                        Text {
+                            visible: parent.negative
+                            text: "−"
+                            font.family: Theme.fontFamily
+                            font.pixelSize: 18 * screen.u
+                            font.bold: true
+                            color: "#ffffff"
+                        }
+                        Text {
+                            text: parent.negative ? modelData.value.substring(1) : modelData.value
+                            font.family: Theme.fontFamily
+                            font.pixelSize: 18 * screen.u
+                            font.bold: true
+                            color: "#ffffff"
+                        }
                     }
                     Text {
                         anchors.horizontalCenter: parent.horizontalCenter
