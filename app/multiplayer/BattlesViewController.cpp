@@ -129,7 +129,7 @@ QVariantMap BattlesViewController::rowFor(const GKTurnBasedMatch& m) const {
             points = QStringLiteral("لقد ربحت %1 نقاط").arg(rank.getBattleDrawPoints());
             tint = QStringLiteral("blue");
         }
-        row.insert("kind", QStringLiteral("finished"));
+        row.insert("kind", QStringLiteral("FinishedBattleCell"));
         row.insert("reply", data ? data->string(QStringLiteral("reply")).value_or(QString()) : QString());
         row.insert("outcomeText", getMatchOutcomeText(outcome));
         row.insert("outcomeTint", tint);
@@ -143,8 +143,8 @@ QVariantMap BattlesViewController::rowFor(const GKTurnBasedMatch& m) const {
     const bool answered = data && data->number(QStringLiteral("senderResult")) == 2;
     row.insert("senderAnswered", answered ? QStringLiteral("نعم") : QStringLiteral("لا"));
     const auto* current = m.currentParticipant();
-    row.insert("kind",
-               current && current->playerID == me ? QStringLiteral("received") : QStringLiteral("sent"));
+    row.insert("kind", current && current->playerID == me ? QStringLiteral("ReceivedBattleCell")
+                                                          : QStringLiteral("SentBattleCell"));
     return row;
 }
 

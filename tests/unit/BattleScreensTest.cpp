@@ -111,8 +111,8 @@ TEST_F(BattleScreens, TheListKeepsBattlesOnlyNewestFirstInTwoSegments) {
     ASSERT_EQ(list->openBattles.size(), 2);
     EXPECT_EQ(list->openBattles[0].matchID, "received");
     EXPECT_EQ(list->openBattles[1].matchID, "sent");
-    EXPECT_EQ(row(list, 0).value("kind").toString(), "received");
-    EXPECT_EQ(row(list, 1).value("kind").toString(), "sent");
+    EXPECT_EQ(row(list, 0).value("kind").toString(), "ReceivedBattleCell");
+    EXPECT_EQ(row(list, 1).value("kind").toString(), "SentBattleCell");
     EXPECT_EQ(row(list, 0).value("senderName").toString(), QStringLiteral("سلمى"));
     // Hours left count from the creation: 23 whole hours to the deadline, shown as 23 + 1.
     EXPECT_EQ(row(list, 0).value("hoursLeft").toString(), "24");

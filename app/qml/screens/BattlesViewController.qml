@@ -145,10 +145,10 @@ Item {
             width: list.width
             height: content.implicitHeight + 20 * screen.u
             radius: 14 * screen.u
-            color: modelData.kind === "finished"
+            color: modelData.kind === "FinishedBattleCell"
                    ? (modelData.outcomeTint === "green" ? "#5a148814" : modelData.outcomeTint === "red" ? "#5aea4144"
                       : modelData.outcomeTint === "blue" ? "#5a1474fb" : "#26ffffff")
-                   : (modelData.kind === "received" ? "#3df9c32d" : "#26ffffff")
+                   : (modelData.kind === "ReceivedBattleCell" ? "#3df9c32d" : "#26ffffff")
             Column {
                 id: content
                 anchors.centerIn: parent
@@ -181,7 +181,7 @@ Item {
                 Text {
                     width: parent.width
                     horizontalAlignment: Text.AlignHCenter
-                    text: modelData.date + (modelData.kind !== "finished" ? "   •   باقي " + modelData.hoursLeft + " ساعة" : "")
+                    text: modelData.date + (modelData.kind !== "FinishedBattleCell" ? "   •   باقي " + modelData.hoursLeft + " ساعة" : "")
                     font.family: Theme.fontFamily
                     font.pixelSize: 11 * screen.u
                     color: "#ccffffff"
@@ -198,7 +198,7 @@ Item {
                 }
                 Text {
                     width: parent.width
-                    visible: modelData.kind !== "finished"
+                    visible: modelData.kind !== "FinishedBattleCell"
                     horizontalAlignment: Text.AlignHCenter
                     text: "أجاب المتحدي: " + modelData.senderAnswered
                     font.family: Theme.fontFamily
@@ -207,7 +207,7 @@ Item {
                 }
                 // Received: the reply and the play button.
                 Row {
-                    visible: modelData.kind === "received"
+                    visible: modelData.kind === "ReceivedBattleCell"
                     width: parent.width
                     spacing: 8 * screen.u
                     TextField {
@@ -234,7 +234,7 @@ Item {
                 // Finished: the reply, the outcome, the points, remove and rematch.
                 Text {
                     width: parent.width
-                    visible: modelData.kind === "finished" && modelData.reply.length > 0
+                    visible: modelData.kind === "FinishedBattleCell" && modelData.reply.length > 0
                     horizontalAlignment: Text.AlignHCenter
                     wrapMode: Text.WordWrap
                     text: "الرد: " + modelData.reply
@@ -243,7 +243,7 @@ Item {
                     color: "#eeffffff"
                 }
                 Row {
-                    visible: modelData.kind === "finished"
+                    visible: modelData.kind === "FinishedBattleCell"
                     anchors.horizontalCenter: parent.horizontalCenter
                     spacing: 10 * screen.u
                     Text {
@@ -265,7 +265,7 @@ Item {
                     }
                 }
                 Row {
-                    visible: modelData.kind === "finished"
+                    visible: modelData.kind === "FinishedBattleCell"
                     anchors.horizontalCenter: parent.horizontalCenter
                     spacing: 10 * screen.u
                     GameButton {
