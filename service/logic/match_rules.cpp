@@ -36,6 +36,42 @@ const char* refusalCode(Refusal r) {
     return "refused";
 }
 
+const char* purposeName(Purpose p) {
+    switch (p) {
+    case Purpose::None:
+        return "";
+    case Purpose::Battle:
+        return "battle";
+    case Purpose::Exchange:
+        return "exchange";
+    }
+    return "";
+}
+
+std::optional<Purpose> purposeFrom(std::string_view name) {
+    for (Purpose p : {Purpose::None, Purpose::Battle, Purpose::Exchange}) {
+        if (name == purposeName(p)) {
+            return p;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<ExchangeRefusal> checkExchange(std::vector<std::int64_t> createdAt, std::size_t openToRecipient,
+                                             std::int64_t now) {
+    if (openToRecipient >= kMaxOpenExchangesPerPair) {
+        return ExchangeRefusal{ExchangeRefusal::Kind::AlreadyOpen, 0};
+    }
+    std::erase_if(createdAt, [now](std::int64_t t) { return t <= now - kExchangeWindowMs; });
+    if (createdAt.size() < kMaxExchangesPerWindow) {
+        return std::nullopt;
+    }
+    // One more is allowed once all but kMaxExchangesPerWindow - 1 of them have left the window.
+    std::sort(createdAt.begin(), createdAt.end());
+    const std::int64_t leaves = createdAt[createdAt.size() - kMaxExchangesPerWindow] + kExchangeWindowMs;
+    return ExchangeRefusal{ExchangeRefusal::Kind::TooMany, leaves - now};
+}
+
 int seatOf(const Match& m, const std::string& player) {
     if (player.empty()) {
         return -1;
@@ -59,9 +95,10 @@ bool mayInvite(bool isFriend, bool battledBefore) {
 
 namespace {
 
-Match fresh(const std::string& id, std::int64_t now) {
+Match fresh(const std::string& id, std::int64_t now, Purpose purpose) {
     Match m;
     m.id = id;
+    m.purpose = purpose;
     m.createdAt = now;
     m.updatedAt = now;
     m.seats.resize(kSeats);
@@ -100,11 +137,11 @@ std::optional<Refusal> checkTurn(const Match& m, const std::string& player, int*
 } // namespace
 
 Result createInvitation(const std::string& id, const std::string& creator, const std::string& recipient,
-                        std::int64_t now) {
+                        std::int64_t now, Purpose purpose) {
     if (creator == recipient) {
         return Refusal::SamePlayer;
     }
-    Match m = fresh(id, now);
+    Match m = fresh(id, now, purpose);
     m.status = Status::Open;
     m.seats[0] = Seat{creator, SeatStatus::Active, Outcome::None, 0, false};
     m.seats[1] = Seat{recipient, SeatStatus::Invited, Outcome::None, 0, false};
@@ -112,8 +149,8 @@ Result createInvitation(const std::string& id, const std::string& creator, const
     return Moved{m, {}};
 }
 
-Match createWaiting(const std::string& id, const std::string& creator, std::int64_t now) {
-    Match m = fresh(id, now);
+Match createWaiting(const std::string& id, const std::string& creator, std::int64_t now, Purpose purpose) {
+    Match m = fresh(id, now, purpose);
     m.status = Status::Matching;
     m.seats[0] = Seat{creator, SeatStatus::Active, Outcome::None, 0, false};
     m.seats[1] = Seat{std::string(), SeatStatus::Matching, Outcome::None, 0, false};
@@ -290,7 +327,7 @@ Result rematch(const Match& m, const std::string& player, const std::string& new
     if (opponent.empty()) {
         return Refusal::NoOpponent;
     }
-    return createInvitation(newId, player, opponent, now);
+    return createInvitation(newId, player, opponent, now, m.purpose);
 }
 
 } // namespace tarvolin::logic::match

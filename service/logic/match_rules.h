@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -33,6 +34,18 @@ constexpr std::int64_t kDefaultTurnTimeoutMs = 604800LL * 1000;
 constexpr std::int64_t kMaxTurnTimeoutMs = 31449600LL * 1000;
 // The invitation error code that the game maps to its message.
 constexpr int kInvitationRefusedCode = 8;
+// Exchanges (a player asking another for gold) per creator: at most kMaxExchangesPerWindow created within any
+// kExchangeWindowMs, and at most kMaxOpenExchangesPerPair in play from him to the same recipient.
+constexpr std::size_t kMaxExchangesPerWindow = 10;
+constexpr std::int64_t kExchangeWindowMs = 86400LL * 1000;
+constexpr std::size_t kMaxOpenExchangesPerPair = 1;
+
+// What a match was asked for; set at its creation and never changed. The names are the wire's and the
+// database's.
+enum class Purpose { None, Battle, Exchange };
+const char* purposeName(Purpose p);
+// Nothing for a name that is not a purpose.
+std::optional<Purpose> purposeFrom(std::string_view name);
 
 struct Seat {
     std::string playerId; // empty while the seat waits for automatic matching
@@ -55,6 +68,7 @@ struct Match {
     std::string messageKey;         // the notice to the player who gets the turn
     std::vector<std::string> messageArguments;
     std::int64_t updatedAt = 0;
+    Purpose purpose = Purpose::None;
 };
 
 enum class Refusal {
@@ -93,9 +107,10 @@ inline bool refused(const Result& r) {
 
 // A match that invites one chosen player; the creator holds the first turn.
 Result createInvitation(const std::string& id, const std::string& creator, const std::string& recipient,
-                        std::int64_t now);
+                        std::int64_t now, Purpose purpose = Purpose::None);
 // A match whose second seat waits for automatic matching; the creator holds the first turn.
-Match createWaiting(const std::string& id, const std::string& creator, std::int64_t now);
+Match createWaiting(const std::string& id, const std::string& creator, std::int64_t now,
+                    Purpose purpose = Purpose::None);
 // The waiting match a player joins: the oldest whose second seat still waits and that is not his own.
 std::optional<std::size_t> pickWaitingMatch(const std::vector<Match>& candidates, const std::string& player);
 // Takes the waiting seat; if the turn was already passed to it, the joiner is told it is his turn.
@@ -118,11 +133,23 @@ std::optional<Moved> expireTurn(const Match& m, std::int64_t now);
 Result expire(const Match& m, std::int64_t now);
 // Takes an ended match out of one player's list; the other keeps it.
 Result removeFromList(const Match& m, const std::string& player);
-// A new invitation to the same opponent, from a player of an ended match.
+// A new invitation to the same opponent, from a player of an ended match, for the same purpose.
 Result rematch(const Match& m, const std::string& player, const std::string& newId, std::int64_t now);
 
 // An invitation goes only to a friend or to a player with whom a battle has ended before.
 bool mayInvite(bool isFriend, bool battledBefore);
+
+// Why a new exchange may not be stored. TooMany waits retryAfterMs, until the oldest exchange that counts
+// leaves the window.
+struct ExchangeRefusal {
+    enum class Kind { TooMany, AlreadyOpen } kind;
+    std::int64_t retryAfterMs = 0;
+};
+// Whether the creator of an exchange may have one more at `now`: `createdAt` holds the creation times of his
+// exchanges (older ones than the window are passed over), `openToRecipient` how many of his exchanges to the
+// same recipient are still in play. An open one refuses first: waiting would not help.
+std::optional<ExchangeRefusal> checkExchange(std::vector<std::int64_t> createdAt, std::size_t openToRecipient,
+                                             std::int64_t now);
 
 // The seat of a player, or -1.
 int seatOf(const Match& m, const std::string& player);

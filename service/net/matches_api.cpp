@@ -30,7 +30,8 @@ json::object matchJson(const match::Match& m) {
                         {"participants", std::move(participants)},
                         {"matchData", store::match_rows::encodeData(m.data)},
                         {"message", json::object{{"key", m.messageKey}, {"arguments", std::move(arguments)}}},
-                        {"turnDeadline", m.turnDeadline}};
+                        {"turnDeadline", m.turnDeadline},
+                        {"purpose", match::purposeName(m.purpose)}};
 }
 
 std::string eventKind(match::Notice::Kind k) {
@@ -64,6 +65,20 @@ unsigned refusalStatus(match::Refusal r) {
 Response tooManyMatches() {
     return errorResponse(409, "too_many_matches",
                          "at most " + std::to_string(Api::kMaxOpenMatches) + " matches in play at once");
+}
+
+// An absent or null purpose is none.
+match::Purpose purposeField(const json::object& body) {
+    const std::optional<std::string> name = optionalString(body, "purpose");
+    const std::optional<match::Purpose> purpose = match::purposeFrom(name.value_or(""));
+    if (!purpose || (name && purpose == match::Purpose::None)) {
+        throw ApiError(400, "invalid_field", "\"purpose\" must be \"battle\" or \"exchange\"");
+    }
+    return *purpose;
+}
+
+Response tooManyNewMatches() {
+    return errorResponse(429, "too_many_new_matches", "at most 10 new matches a minute");
 }
 
 Response refusalResponse(match::Refusal r) {
@@ -141,12 +156,31 @@ Response Api::createMatch(Ctx& c, const match::Result& created) {
     if (match::refused(created)) {
         return refusalResponse(std::get<match::Refusal>(created));
     }
-    if (!matchCreations_.allow(c.playerId, clock_())) {
-        return errorResponse(429, "too_many_new_matches", "at most 10 new matches a minute");
-    }
+    const std::string player = c.playerId;
+    const std::function<bool()> admit = [this, player] { return matchCreations_.allow(player, clock_()); };
     std::vector<std::string> told;
     store::MatchChange change = changeOf(std::get<match::Moved>(created), &told);
-    store_.insertMatch(change);
+    // An exchange is weighed against its creator's exchanges before it takes a new match of the minute, so
+    // that a refused one costs none; anything else takes it before storage is asked.
+    const bool exchange = change.match.purpose == match::Purpose::Exchange;
+    if (!exchange && !admit()) {
+        return tooManyNewMatches();
+    }
+    const store::MatchInsertResult inserted =
+        store_.insertMatch(change, exchange ? admit : std::function<bool()>{});
+    if (const auto* refusal = std::get_if<match::ExchangeRefusal>(&inserted)) {
+        if (refusal->kind == match::ExchangeRefusal::Kind::AlreadyOpen) {
+            return errorResponse(409, "exchange_already_open",
+                                 "an exchange of yours with this player is still in play");
+        }
+        throw ApiError(429, "too_many_exchange_requests",
+                       "at most " + std::to_string(match::kMaxExchangesPerWindow) +
+                           " exchanges in 24 hours; try again later",
+                       refusal->retryAfterMs);
+    }
+    if (std::holds_alternative<store::MatchNotAdmitted>(inserted)) {
+        return tooManyNewMatches();
+    }
     for (const std::string& p : told) {
         eventsAdded(p);
     }
@@ -155,12 +189,17 @@ Response Api::createMatch(Ctx& c, const match::Result& created) {
 
 Response Api::findMatch(Ctx& c) {
     const json::object body = c.req.body.empty() ? json::object{} : parseBody(c.req.body);
+    const match::Purpose purpose = purposeField(body);
+    const json::value* recipients = body.if_contains("recipients");
+    const bool invitation = recipients && !recipients->is_null();
+    if (purpose == match::Purpose::Exchange && !invitation) {
+        throw ApiError(400, "invalid_field", "an exchange goes to exactly one recipient");
+    }
     if (store_.openMatchCount(c.playerId) >= kMaxOpenMatches) {
         return tooManyMatches();
     }
     const std::int64_t now = clock_();
-    const json::value* recipients = body.if_contains("recipients");
-    if (recipients && !recipients->is_null()) {
+    if (invitation) {
         if (!recipients->is_array() || recipients->as_array().size() != 1 ||
             !recipients->as_array()[0].is_string()) {
             throw ApiError(400, "invalid_field", "\"recipients\" must hold exactly one player identifier");
@@ -173,7 +212,7 @@ Response Api::findMatch(Ctx& c) {
                                                   store_.haveEndedMatchTogether(c.playerId, to))) {
             return invitationRefused();
         }
-        return createMatch(c, match::createInvitation(randomHex(16), c.playerId, to, now));
+        return createMatch(c, match::createInvitation(randomHex(16), c.playerId, to, now, purpose));
     }
     // Automatic matching: the oldest waiting seat of someone else's match, or a new match that waits.
     std::vector<std::string> told;
@@ -188,7 +227,7 @@ Response Api::findMatch(Ctx& c) {
         }
         return jsonResponse(200, json::object{{"match", matchJson(std::get<match::Match>(*joined))}});
     }
-    return createMatch(c, match::Moved{match::createWaiting(randomHex(16), c.playerId, now), {}});
+    return createMatch(c, match::Moved{match::createWaiting(randomHex(16), c.playerId, now, purpose), {}});
 }
 
 Response Api::listMatches(Ctx& c) {

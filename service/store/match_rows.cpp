@@ -91,6 +91,27 @@ Params matchParams(const Match& m) {
 
 } // namespace
 
+// The purpose is written out rather than passed, so that the partial index of exchanges may serve.
+std::vector<std::int64_t> exchangeTimes(Tx& tx, const std::string& creator, std::int64_t after) {
+    std::vector<std::int64_t> out;
+    for (const Row& r : tx.exec("SELECT m.created_at FROM matches m JOIN match_seats s ON s.match_id = m.id "
+                                "AND s.seat = 0 WHERE m.purpose = 'exchange' AND m.created_at > $2 "
+                                "AND s.player_id = $1",
+                                {creator, after})) {
+        out.push_back(r.integer(0));
+    }
+    return out;
+}
+
+std::size_t openExchanges(Tx& tx, const std::string& creator, const std::string& recipient) {
+    return static_cast<std::size_t>(
+        tx.exec("SELECT COUNT(*) FROM matches m JOIN match_seats a ON a.match_id = m.id AND a.seat = 0 "
+                "JOIN match_seats b ON b.match_id = m.id AND b.seat = 1 WHERE m.purpose = 'exchange' "
+                "AND m.status <> $3 AND a.player_id = $1 AND b.player_id = $2",
+                {creator, recipient, std::int64_t(Status::Ended)})[0]
+            .integer(0));
+}
+
 std::string encodeData(const std::string& bytes) {
     std::string out(sodium_base64_ENCODED_LEN(bytes.size(), sodium_base64_VARIANT_ORIGINAL), '\0');
     sodium_bin2base64(out.data(), out.size(), reinterpret_cast<const unsigned char*>(bytes.data()),
@@ -113,11 +134,13 @@ std::optional<std::string> decodeData(const std::string& text) {
 }
 
 void insert(Tx& tx, const Match& m) {
+    Params params = matchParams(m);
+    params.emplace_back(std::string(logic::match::purposeName(m.purpose)));
     tx.exec(
         "INSERT INTO matches (id, status, created_at, updated_at, current_seat, turn_deadline, fall_through, "
-        "turn_timeout, data, message_key, message_args, waiting) "
-        "VALUES ($1, $2, $3, $4, $5, $6, $7, $8, $9, $10, $11, $12)",
-        matchParams(m));
+        "turn_timeout, data, message_key, message_args, waiting, purpose) "
+        "VALUES ($1, $2, $3, $4, $5, $6, $7, $8, $9, $10, $11, $12, $13)",
+        params);
     writeSeats(tx, m, true);
 }
 
@@ -131,8 +154,8 @@ void update(Tx& tx, const Match& m) {
 
 std::optional<Match> load(Tx& tx, const std::string& id, bool lock) {
     Rows r = tx.exec(std::string("SELECT id, status, created_at, updated_at, current_seat, turn_deadline, "
-                                 "fall_through, turn_timeout, data, message_key, message_args FROM matches "
-                                 "WHERE id = $1") +
+                                 "fall_through, turn_timeout, data, message_key, message_args, purpose "
+                                 "FROM matches WHERE id = $1") +
                          (lock ? " FOR UPDATE" : ""),
                      {id});
     if (r.empty()) {
@@ -155,6 +178,11 @@ std::optional<Match> load(Tx& tx, const std::string& id, bool lock) {
     m.data = *data;
     m.messageKey = row.text(9);
     m.messageArguments = argumentsFrom(row.text(10));
+    const std::optional<logic::match::Purpose> purpose = logic::match::purposeFrom(row.text(11));
+    if (!purpose) {
+        throw StoreError("match " + id + " has an unknown purpose");
+    }
+    m.purpose = *purpose;
     m.seats.resize(logic::match::kSeats);
     for (const Row& s :
          tx.exec("SELECT seat, player_id, status, outcome, last_turn_at, removed FROM match_seats "

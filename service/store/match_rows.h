@@ -15,7 +15,7 @@ using logic::match::Match;
 
 // Inserts a new match and its seats.
 void insert(Tx& tx, const Match& m);
-// Writes every field of a stored match and its seats.
+// Writes every field of a stored match and its seats but its purpose, which never changes.
 void update(Tx& tx, const Match& m);
 // The match, its row locked for the rest of the transaction where the database has row locks.
 std::optional<Match> load(Tx& tx, const std::string& id, bool lock);
@@ -23,6 +23,10 @@ std::optional<Match> load(Tx& tx, const std::string& id, bool lock);
 std::vector<std::string> listedIds(Tx& tx, const std::string& playerId);
 // Ids of the waiting matches a player may join, oldest first, skipping rows another transaction holds.
 std::vector<std::string> waitingIds(Tx& tx, const std::string& playerId, bool skipLocked, std::size_t limit);
+// The creation times of the exchanges a player created after `after`.
+std::vector<std::int64_t> exchangeTimes(Tx& tx, const std::string& creator, std::int64_t after);
+// How many exchanges from the creator (seat 0) to the recipient (seat 1) are in play.
+std::size_t openExchanges(Tx& tx, const std::string& creator, const std::string& recipient);
 
 std::string encodeData(const std::string& bytes);
 // Nothing when the text is not base64.

@@ -424,13 +424,37 @@ public:
         });
     }
 
-    void insertMatch(const MatchChange& change) override {
+    using Store::insertMatch;
+    MatchInsertResult insertMatch(const MatchChange& change, const std::function<bool()>& admit) override {
+        MatchInsertResult out = change.match;
         conn_->transact([&](Tx& tx) {
-            match_rows::insert(tx, change.match);
+            const Match& m = change.match;
+            if (m.purpose == logic::match::Purpose::Exchange) {
+                const std::string& creator = m.seats.at(0).playerId;
+                // The creator's exchanges are counted by one transaction at a time (SQLite has one writer
+                // anyway). NO KEY UPDATE, not UPDATE: the seats inserted below reference players rows, and
+                // a stronger lock would make two players asking each other at once wait for one another.
+                if (locks()) {
+                    tx.exec("SELECT id FROM players WHERE id = $1 FOR NO KEY UPDATE", {creator});
+                }
+                const std::vector<std::int64_t> recent =
+                    match_rows::exchangeTimes(tx, creator, m.createdAt - logic::match::kExchangeWindowMs);
+                const std::size_t open = match_rows::openExchanges(tx, creator, m.seats.at(1).playerId);
+                if (auto refusal = logic::match::checkExchange(recent, open, m.createdAt)) {
+                    out = *refusal;
+                    return;
+                }
+            }
+            if (admit && !admit()) {
+                out = MatchNotAdmitted{};
+                return;
+            }
+            match_rows::insert(tx, m);
             for (const NewEvent& e : change.events) {
-                insertEvent(tx, e, change.match.updatedAt);
+                insertEvent(tx, e, m.updatedAt);
             }
         });
+        return out;
     }
 
     std::optional<Match> match(const std::string& id) override {

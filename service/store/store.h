@@ -90,6 +90,9 @@ struct MatchChange {
 using MatchMove = std::function<std::variant<MatchChange, Refusal>(const Match&)>;
 struct MatchNotFound {};
 using MatchMoveResult = std::variant<Match, Refusal, MatchNotFound>;
+// A new match the caller's own check turned away.
+struct MatchNotAdmitted {};
+using MatchInsertResult = std::variant<Match, logic::match::ExchangeRefusal, MatchNotAdmitted>;
 
 using LiveMatch = logic::live::Match;
 using LiveMove = std::function<logic::live::Result(const LiveMatch&)>;
@@ -158,7 +161,11 @@ public:
 
     // Turn-based matches. Each change reads the match, moves it and writes it in one transaction, the match's
     // row locked against every other instance.
-    virtual void insertMatch(const MatchChange& change) = 0;
+    // Inserts a new match and its events. An exchange is first weighed against its creator's exchanges
+    // (logic::match::checkExchange) with his player row locked, so that two of his requests cannot both pass;
+    // then `admit`, when given, has the last word. A refusal stores nothing.
+    virtual MatchInsertResult insertMatch(const MatchChange& change, const std::function<bool()>& admit) = 0;
+    MatchInsertResult insertMatch(const MatchChange& change) { return insertMatch(change, nullptr); }
     virtual std::optional<Match> match(const std::string& id) = 0;
     // The matches in a player's list, newest first.
     virtual std::vector<Match> matchesOf(const std::string& playerId) = 0;

@@ -45,6 +45,17 @@ protected:
                                 json::object{{"outcomes", std::move(outcomes)}, {"matchData", b64("done")}},
                                 a.token);
     }
+    Reply exchange(const Account& from, const Account& to) {
+        return svc->http().post(
+            "/v1/matches", json::object{{"recipients", json::array{to.id.c_str()}}, {"purpose", "exchange"}},
+            from.token);
+    }
+    Reply rematch(const Account& a, const std::string& id) {
+        return svc->http().post("/v1/matches/" + id + "/rematch", json::object{}, a.token);
+    }
+    std::size_t listed(const Account& a) {
+        return svc->http().get("/v1/matches", a.token).json.at("matches").as_array().size();
+    }
     static std::string idOf(const json::object& m) { return std::string(m.at("matchID").as_string()); }
 
     std::unique_ptr<TestService> svc;
@@ -198,6 +209,116 @@ TEST_P(MatchesApiTest, NewMatchesAreLimitedPerMinuteAndInPlay) {
     }
     svc->advance(6'000);
     EXPECT_EQ(svc->http().post("/v1/matches", json::object{}, amal.token).errorCode(), "too_many_matches");
+}
+
+TEST_P(MatchesApiTest, APurposeIsCheckedGivenBackAndKeptByARematch) {
+    svc->befriend(amal, badr);
+    for (const json::value& wrong :
+         {json::value("trade"), json::value(""), json::value(7), json::value(true)}) {
+        Reply r = svc->http().post(
+            "/v1/matches", json::object{{"recipients", json::array{badr.id.c_str()}}, {"purpose", wrong}},
+            amal.token);
+        EXPECT_EQ(r.status, 400u) << json::serialize(wrong);
+        EXPECT_EQ(r.errorCode(), "invalid_field") << json::serialize(wrong);
+    }
+    // An exchange asks one chosen player, never whoever automatic matching brings.
+    for (const json::object& body : {json::object{{"purpose", "exchange"}},
+                                     json::object{{"purpose", "exchange"}, {"recipients", nullptr}}}) {
+        EXPECT_EQ(svc->http().post("/v1/matches", body, amal.token).errorCode(), "invalid_field");
+    }
+    EXPECT_EQ(listed(amal), 0u);
+
+    EXPECT_EQ(find(amal, json::object{{"purpose", nullptr}}, 201).at("purpose"), "");
+    EXPECT_EQ(find(amal, json::object{{"purpose", "battle"}}, 201).at("purpose"), "battle");
+    Reply asked = exchange(amal, badr);
+    ASSERT_EQ(asked.status, 201u) << asked.body;
+    const std::string id = idOf(asked.json.at("match").as_object());
+    EXPECT_EQ(asked.json.at("match").at("purpose"), "exchange");
+    ASSERT_EQ(turn(amal, id, {1}, 3600, "50 gold").json.at("match").at("purpose"), "exchange");
+    ASSERT_EQ(end(badr, id, {3, 2}).status, 200u);
+    EXPECT_EQ(svc->http().get("/v1/matches/" + id, badr.token).json.at("match").at("purpose"), "exchange");
+
+    // Whoever asks again asks for the same thing, now as the one who asks.
+    Reply again = rematch(badr, id);
+    ASSERT_EQ(again.status, 201u) << again.body;
+    EXPECT_EQ(again.json.at("match").at("purpose"), "exchange");
+    EXPECT_EQ(again.json.at("match").at("participants").as_array()[0].at("playerID"), badr.id.c_str());
+    const std::string battle = idOf(
+        find(amal, json::object{{"recipients", json::array{badr.id.c_str()}}, {"purpose", "battle"}}, 201));
+    ASSERT_EQ(end(amal, battle, {2, 3}).status, 200u);
+    EXPECT_EQ(rematch(badr, battle).json.at("match").at("purpose"), "battle");
+}
+
+TEST_P(MatchesApiTest, TenExchangeRequestsInAnyTwentyFourHours) {
+    constexpr std::int64_t kHour = 3600LL * 1000;
+    svc->befriend(amal, badr);
+    svc->befriend(amal, cyrine);
+    // Ten exchanges an hour apart, each ended at once: ended ones count as well.
+    std::string first;
+    for (int i = 0; i < 10; ++i) {
+        Reply r = exchange(amal, badr);
+        ASSERT_EQ(r.status, 201u) << i << r.body;
+        const std::string id = idOf(r.json.at("match").as_object());
+        first = first.empty() ? id : first;
+        ASSERT_EQ(end(amal, id, {1, 2}).status, 200u);
+        svc->advance(kHour);
+    }
+    // Ten hours after the first: the first leaves the window in fourteen.
+    Reply eleventh = exchange(amal, badr);
+    EXPECT_EQ(eleventh.status, 429u);
+    EXPECT_EQ(eleventh.errorCode(), "too_many_exchange_requests");
+    EXPECT_EQ(eleventh.headers["Retry-After"], "50400");
+    // Asking again through a rematch is asking all the same.
+    Reply viaRematch = rematch(amal, first);
+    EXPECT_EQ(viaRematch.errorCode(), "too_many_exchange_requests");
+    EXPECT_EQ(viaRematch.headers["Retry-After"], "50400");
+    EXPECT_EQ(listed(amal), 10u);
+    // The refusals took nothing of the minute's new matches: ten battles still fit in it.
+    for (int i = 0; i < 10; ++i) {
+        find(amal, json::object{{"purpose", "battle"}}, 201);
+    }
+    // Badr's own rematch is his request, not Amal's.
+    EXPECT_EQ(rematch(badr, first).status, 201u);
+
+    svc->advance(14 * kHour - 1);
+    Reply almost = exchange(amal, badr);
+    EXPECT_EQ(almost.errorCode(), "too_many_exchange_requests");
+    EXPECT_EQ(almost.headers["Retry-After"], "1");
+    svc->advance(1);
+    EXPECT_EQ(exchange(amal, badr).status, 201u);
+    // The window slides: the next request waits for the second oldest, an hour later.
+    Reply next = exchange(amal, cyrine);
+    EXPECT_EQ(next.errorCode(), "too_many_exchange_requests");
+    EXPECT_EQ(next.headers["Retry-After"], "3600");
+}
+
+TEST_P(MatchesApiTest, OneOpenExchangeFromOnePlayerToAnother) {
+    svc->befriend(amal, badr);
+    svc->befriend(amal, cyrine);
+    Reply firstAsk = exchange(amal, badr);
+    ASSERT_EQ(firstAsk.status, 201u) << firstAsk.body;
+    const std::string first = idOf(firstAsk.json.at("match").as_object());
+    ASSERT_EQ(end(amal, first, {1, 2}).status, 200u);
+    Reply open = exchange(amal, badr);
+    ASSERT_EQ(open.status, 201u) << open.body;
+    const std::string id = idOf(open.json.at("match").as_object());
+    ASSERT_EQ(turn(amal, id, {1}, 3600, "50 gold").status, 200u);
+
+    Reply again = exchange(amal, badr);
+    EXPECT_EQ(again.status, 409u);
+    EXPECT_EQ(again.errorCode(), "exchange_already_open");
+    EXPECT_EQ(rematch(amal, first).errorCode(), "exchange_already_open");
+    EXPECT_EQ(listed(amal), 2u);
+    // Another pair, the other direction, and a battle between the two are not held back.
+    EXPECT_EQ(exchange(amal, cyrine).status, 201u);
+    EXPECT_EQ(exchange(badr, amal).status, 201u);
+    EXPECT_EQ(
+        find(amal, json::object{{"recipients", json::array{badr.id.c_str()}}, {"purpose", "battle"}}, 201)
+            .at("purpose"),
+        "battle");
+    // Once the open one has ended, Amal may ask Badr again.
+    ASSERT_EQ(end(badr, id, {3, 2}).status, 200u);
+    EXPECT_EQ(exchange(amal, badr).status, 201u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Backends, MatchesApiTest, ::testing::ValuesIn(backends()), backendName);

@@ -204,5 +204,79 @@ TEST_P(MatchesStoreTest, ADueTurnFallsThroughOnceEvenWhenTwoInstancesTry) {
     EXPECT_TRUE(s->dueMatches(1000 + kDay + 1, 10).empty());
 }
 
+TEST_P(MatchesStoreTest, ExchangesOfOneCreatorAreCountedOneRequestAtATime) {
+    auto other = db->open(); // a second instance on the same database
+    // Each thread asks once; the stores run them side by side.
+    const auto askAtOnce = [&](int n, const std::function<Match(int)>& make) {
+        std::vector<store::MatchInsertResult> results(static_cast<std::size_t>(n));
+        std::vector<std::thread> threads;
+        for (int i = 0; i < n; ++i) {
+            store::Store* st = i % 2 ? other.get() : s.get();
+            threads.emplace_back([&, st, i] {
+                try {
+                    results[static_cast<std::size_t>(i)] = st->insertMatch(store::MatchChange{make(i), {}});
+                } catch (const store::StoreError& e) {
+                    ADD_FAILURE() << e.what();
+                    results[static_cast<std::size_t>(i)] = store::MatchNotAdmitted{};
+                }
+            });
+        }
+        for (auto& t : threads) {
+            t.join();
+        }
+        return results;
+    };
+    const auto count = [](const std::vector<store::MatchInsertResult>& rs, auto pick) {
+        return std::count_if(rs.begin(), rs.end(), pick);
+    };
+    const auto stored = [](const store::MatchInsertResult& r) { return std::holds_alternative<Match>(r); };
+
+    const auto open = askAtOnce(6, [](int i) {
+        return std::get<Moved>(
+                   createInvitation("open" + std::to_string(i), "A", "B", 1000, Purpose::Exchange))
+            .match;
+    });
+    EXPECT_EQ(count(open, stored), 1);
+    EXPECT_EQ(count(open,
+                    [](const store::MatchInsertResult& r) {
+                        const auto* refusal = std::get_if<ExchangeRefusal>(&r);
+                        return refusal && refusal->kind == ExchangeRefusal::Kind::AlreadyOpen;
+                    }),
+              5);
+
+    // Ended exchanges to C: with the open one, ten in the window and no more.
+    const auto ended = askAtOnce(14, [](int i) {
+        const Match m =
+            std::get<Moved>(createInvitation("ended" + std::to_string(i), "A", "C", 2000, Purpose::Exchange))
+                .match;
+        return std::get<Moved>(endMatchInTurn(m, "A", {Outcome::Quit, Outcome::Won}, "", 2000)).match;
+    });
+    EXPECT_EQ(count(ended, stored), 9);
+    EXPECT_EQ(s->matchesOf("A").size(), 10u);
+    EXPECT_EQ(s->matchesOf("C").size(), 9u);
+    for (const auto& r : ended) {
+        if (const auto* refusal = std::get_if<ExchangeRefusal>(&r)) {
+            EXPECT_EQ(refusal->kind, ExchangeRefusal::Kind::TooMany);
+            EXPECT_EQ(refusal->retryAfterMs, kExchangeWindowMs - 1000); // until the open one leaves
+        }
+    }
+    // Players asking each other at the same moment all get through: neither locks the other out.
+    const std::vector<std::string> others{"D", "E", "F", "G", "H"};
+    const auto crossed = askAtOnce(10, [&](int i) {
+        const std::string& x = others[static_cast<std::size_t>(i / 2)];
+        const std::string& y = others[static_cast<std::size_t>((i / 2 + 1) % others.size())];
+        return std::get<Moved>(createInvitation("crossed" + std::to_string(i), i % 2 ? x : y, i % 2 ? y : x,
+                                                3000, Purpose::Exchange))
+            .match;
+    });
+    EXPECT_EQ(count(crossed, stored), 10);
+
+    // The caller's own check comes last and stores nothing when it says no.
+    EXPECT_TRUE(std::holds_alternative<store::MatchNotAdmitted>(s->insertMatch(
+        store::MatchChange{std::get<Moved>(createInvitation("battle", "A", "D", 3000)).match, {}},
+        [] { return false; })));
+    EXPECT_FALSE(s->match("battle"));
+}
+
 INSTANTIATE_TEST_SUITE_P(Backends, MatchesStoreTest, ::testing::ValuesIn(tarvolin::testing::backends()),
                          tarvolin::testing::backendName);
