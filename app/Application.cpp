@@ -297,6 +297,10 @@ void Application::openScreen(const QString& which) {
         main->loginToGameCenter();
         return;
     }
+    if (which == QLatin1String("exchanges")) {
+        PresentationUtil::openGameCenterNavControllerWithPageNumAndType(main, 2, 0);
+        return;
+    }
     if (which == QLatin1String("battles") || which == QLatin1String("finishedbattles")) {
         PresentationUtil::openGameCenterNavControllerWithPageNumAndType(main, 1, 0);
         auto* pages = qobject_cast<GameCenterSwipeViewControllers*>(nav.presentedViewController());

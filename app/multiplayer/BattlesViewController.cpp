@@ -293,18 +293,7 @@ void BattlesViewController::rematchButtonTapped(int row) {
 }
 
 QString BattlesViewController::getMatchStatus(qint64 status) {
-    switch (status) {
-    case GKTurnBasedMatchStatusUnknown:
-        return QStringLiteral("غير معروف");
-    case GKTurnBasedMatchStatusOpen:
-        return QStringLiteral("بالانتظار");
-    case GKTurnBasedMatchStatusEnded:
-        return QStringLiteral("انتهى");
-    case GKTurnBasedMatchStatusMatching:
-        return QStringLiteral("بحث");
-    default:
-        return QStringLiteral("???");
-    }
+    return GCTurnBasedMatchHelper::matchStatusWord(status);
 }
 
 QString BattlesViewController::getMatchOutcomeText(qint64 outcome) {

@@ -32,8 +32,8 @@ public:
     void loadAndSortMatches();
 
     int segment() const { return m_segment; }
-    // The rows of the segment shown; each row's "kind" names its cell: "ReceivedBattleCell" (the local player's
-    // turn), "SentBattleCell" or "FinishedBattleCell".
+    // The rows of the segment shown; each row's "kind" names its cell: "ReceivedBattleCell" (the local
+    // player's turn), "SentBattleCell" or "FinishedBattleCell".
     QVariantList rows() const;
     QString winsText() const { return m_winsText; }
     QString drawsText() const { return m_drawsText; }

@@ -10,6 +10,7 @@
 #include "screens/Util.h"
 
 #include <QVariantMap>
+#include <algorithm>
 
 GCPlayerViewController::GCPlayerViewController(QObject* parent)
     : ViewController(QStringLiteral("GCPlayerViewController"), parent) {}
@@ -96,6 +97,19 @@ void GCPlayerViewController::showRequestOutcome(const std::optional<GKError>& er
             QStringLiteral("خطأ"));
         return;
     }
+    // The service keeps requests for gold within bounds: so many a day, and one open request to a player.
+    if (error->code == QLatin1String("too_many_exchange_requests")) {
+        const int hours = std::max(1, (error->retryAfterSeconds + 3599) / 3600);
+        Util::showMessageWithTitle(
+            QStringLiteral("لقد طلبت الذهب مرات كثيرة اليوم، يمكنك الطلب من جديد بعد %1 ساعة").arg(hours),
+            QStringLiteral("مهلا"));
+        return;
+    }
+    if (error->code == QLatin1String("exchange_already_open")) {
+        Util::showMessageWithTitle(QStringLiteral("طلبت الذهب من هذا اللاعب من قبل ولم يرد بعد، انتظر رده"),
+                                   QStringLiteral("مهلا"));
+        return;
+    }
     Util::showMessageWithTitle(QStringLiteral("%1\n%2").arg(QStringLiteral("حدثت مشكلة ولم يتم ارسال الطلب"),
                                                             error->localizedDescription()),
                                QStringLiteral("خطأ"));
@@ -103,6 +117,12 @@ void GCPlayerViewController::showRequestOutcome(const std::optional<GKError>& er
 
 void GCPlayerViewController::sendExchangeRequest(const QString& message) {
     SoundFactory::sharedInstance().playMenuTap();
+    if (message.isEmpty()) {
+        Util::showMessageWithTitle(
+            QStringLiteral("قبل ارسال الطلب يرجى كتابة الرسالة التي ستظهر لدى تلقي اللاعب الطلب"),
+            QStringLiteral("اكتب رسالة"));
+        return;
+    }
     Platform::shared().progressHud().showWithMaskType(3);
     GCTurnBasedMatchHelper::sharedInstance().sendExchangeMatchRequestToPlayerWithMessageOnCompletion(
         score.player, message, [this, alive = std::weak_ptr<int>(m_alive)](std::optional<GKError> error) {

@@ -110,13 +110,14 @@ TurnBasedMatchService& GCTurnBasedMatchHelper::matchService() {
 }
 
 GKMatchRequest GCTurnBasedMatchHelper::matchRequest(const QStringList& recipients,
-                                                    const QString& inviteMessage) {
+                                                    const QString& inviteMessage, const QString& purpose) {
     GKMatchRequest request;
     request.setMinPlayers(2);
     request.setMaxPlayers(2);
     request.setDefaultNumberOfPlayers(2);
     request.setRecipients(recipients);
     request.setInviteMessage(inviteMessage);
+    request.setPurpose(purpose);
     return request;
 }
 
@@ -155,7 +156,7 @@ void GCTurnBasedMatchHelper::sendBattleMatchRequestToPlayerWithMessageAndLevelAn
     const QString recipient = player.playerID;
     QPointer<GCTurnBasedMatchHelper> self(this);
     matchService().findMatchForRequest(
-        matchRequest({recipient}, text("gc.battle.inviteMessage")),
+        matchRequest({recipient}, text("gc.battle.inviteMessage"), kBattle),
         [self, recipient, message, level, senderResult, done](std::optional<GKTurnBasedMatch> match,
                                                               std::optional<GKError> error) {
             if (!self) {
@@ -187,7 +188,7 @@ void GCTurnBasedMatchHelper::sendBattleMatchRequestToPlayerWithMessageAndLevelAn
 void GCTurnBasedMatchHelper::findRandomBattleMatchOnCompletion(
     std::function<void(std::optional<GKError>, std::optional<GKTurnBasedMatch>)> done) {
     matchService().findMatchForRequest(
-        matchRequest({}, text("gc.battle.inviteMessage")),
+        matchRequest({}, text("gc.battle.inviteMessage"), kBattle),
         [done](std::optional<GKTurnBasedMatch> match, std::optional<GKError> error) {
             if (done) {
                 done(error, match);
@@ -197,7 +198,7 @@ void GCTurnBasedMatchHelper::findRandomBattleMatchOnCompletion(
 
 void GCTurnBasedMatchHelper::sendBattleAutoMatchRequestOnViewController(ViewController* /*presenting*/) {
     auto* picker = GKTurnBasedMatchmakerViewController::initWithMatchRequest(
-        matchRequest({}, text("gc.battle.inviteMessage")));
+        matchRequest({}, text("gc.battle.inviteMessage"), kBattle));
     picker->setTurnBasedMatchmakerDelegate(this);
     Platform::shared().navigator().presentViewController(picker);
 }
@@ -253,7 +254,7 @@ void GCTurnBasedMatchHelper::sendExchangeMatchRequestToPlayerWithMessageOnComple
     const QString recipient = player.playerID;
     QPointer<GCTurnBasedMatchHelper> self(this);
     matchService().findMatchForRequest(
-        matchRequest({recipient}, text("gc.exchange.inviteMessage").arg(kGoldWord)),
+        matchRequest({recipient}, text("gc.exchange.inviteMessage").arg(kGoldWord), kExchange),
         [self, recipient, message, done](std::optional<GKTurnBasedMatch> match,
                                          std::optional<GKError> error) {
             if (!self) {
@@ -365,10 +366,9 @@ void GCTurnBasedMatchHelper::notifyOfRequest(const GKTurnBasedMatch& match, cons
     const QString sender = match.participants.isEmpty() ? QString() : match.participants.first().playerID;
     matchService().loadPlayers({sender}, [=](QList<GKPlayer> players) {
         const QString name = players.isEmpty() ? QString() : players.first().displayName;
-        QString title = Localization::localizedString(titleKey).arg(name);
-        if (exchange) {
-            title = title.arg(kGoldWord);
-        }
+        // One fill for both, so that a name holding "%2" stays as it is.
+        const QString title = exchange ? Localization::localizedString(titleKey).arg(name, kGoldWord)
+                                       : Localization::localizedString(titleKey).arg(name);
         Util::showMessageWithTitleOnDismiss(message, title, [page] {
             PresentationUtil::openGameCenterNavControllerWithPageNumAndType(Util::getTopNavViewController(),
                                                                             page, 0);
@@ -394,8 +394,9 @@ void GCTurnBasedMatchHelper::fallBackWin(const GKTurnBasedMatch& match) {
 
 void GCTurnBasedMatchHelper::answeredExchange(const GKTurnBasedMatch& match, const GCMatchData& data) {
     const qint64 gold = data.number(QStringLiteral("gold"));
-    const QString title = gold < 1 ? text("gc.exchange.requestRejected")
-                                   : text("gc.exchange.creditsAreSent").arg(gold).arg(QStringLiteral("ذهبة"));
+    const QString title =
+        gold < 1 ? text("gc.exchange.requestRejected")
+                 : text("gc.exchange.creditsAreSent").arg(QString::number(gold), QStringLiteral("ذهبة"));
     // An ended match has been paid already.
     if (match.status == GKTurnBasedMatchStatusEnded) {
         return;
@@ -484,6 +485,27 @@ void GCTurnBasedMatchHelper::turnBasedMatchmakerViewControllerDidFailWithError(
     // The picker shows the failure and stays.
 }
 
+void GCTurnBasedMatchHelper::matchConnectionWithPlayerFailedWithError(GKMatch* /*match*/,
+                                                                      const QString& /*playerID*/,
+                                                                      const GKError& error) {
+    qWarning().noquote() << "Failed to connect to player with error:" << error.message;
+}
+
 void GCTurnBasedMatchHelper::matchDidFailWithError(GKMatch* /*match*/, const GKError& error) {
     qWarning().noquote() << "Match failed with error:" << error.message;
+}
+
+QString GCTurnBasedMatchHelper::matchStatusWord(qint64 status) {
+    switch (status) {
+    case GKTurnBasedMatchStatusUnknown:
+        return QStringLiteral("غير معروف");
+    case GKTurnBasedMatchStatusOpen:
+        return QStringLiteral("بالانتظار");
+    case GKTurnBasedMatchStatusEnded:
+        return QStringLiteral("انتهى");
+    case GKTurnBasedMatchStatusMatching:
+        return QStringLiteral("بحث");
+    default:
+        return QStringLiteral("???");
+    }
 }

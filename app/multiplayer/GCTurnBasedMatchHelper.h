@@ -92,6 +92,8 @@ public:
     // Points, counters, the message and the score report for the local player's outcome.
     void handlePlayerReceivedBattleOutcome(qint64 outcome);
     void addBattledPlayer(const QString& playerID);
+    // The word for a match's status, as the battle and exchange lists would show it.
+    static QString matchStatusWord(qint64 status);
 
     // Events of the service.
     void playerReceivedTurnEventForMatchDidBecomeActive(const GKTurnBasedMatch& match,
@@ -108,10 +110,14 @@ public:
     // A live match's failures are only logged here.
     void matchDidReceiveDataFromRemotePlayer(GKMatch*, const QByteArray&, const QString&) override {}
     void matchPlayerDidChangeConnectionState(GKMatch*, const QString&, int) override {}
+    void matchConnectionWithPlayerFailedWithError(GKMatch* match, const QString& playerID,
+                                                  const GKError& error) override;
     void matchDidFailWithError(GKMatch* match, const GKError& error) override;
 
-    // Every request is for two players, with an invitation's text when there is one.
-    static GKMatchRequest matchRequest(const QStringList& recipients, const QString& inviteMessage);
+    // Every request is for two players, with an invitation's text when there is one, and says whether it is a
+    // battle or an exchange.
+    static GKMatchRequest matchRequest(const QStringList& recipients, const QString& inviteMessage,
+                                       const QString& purpose);
 
 private:
     void answeredExchange(const GKTurnBasedMatch& match, const GCMatchData& data);

@@ -8,6 +8,7 @@
 #include "core/RoundFinishViewController.h"
 #include "multiplayer/AccountViewController.h"
 #include "multiplayer/BattlesViewController.h"
+#include "multiplayer/ExchangesViewController.h"
 #include "multiplayer/GCPlayerViewController.h"
 #include "multiplayer/GameCenterSwipeViewControllers.h"
 #include "multiplayer/LeaderboardViewController.h"
@@ -57,6 +58,7 @@ template <class F> void forEachScreen(F&& f) {
     f.template operator()<GKMatchmakerViewController>("GKMatchmakerViewController");
     f.template operator()<GameCenterSwipeViewControllers>("GameCenterSwipeViewControllers");
     f.template operator()<BattlesViewController>("BattlesViewController");
+    f.template operator()<ExchangesViewController>("ExchangesViewController");
     f.template operator()<RandomBattleViewController>("RandomBattleViewController");
     f.template operator()<GCPlayerViewController>("GCPlayerViewController");
     f.template operator()<GKFriendRequestComposeViewController>("GKFriendRequestComposeViewController");

@@ -308,6 +308,9 @@ public:
         expectedAtChange.append(match->expectedPlayerCount());
     }
     void matchDidFailWithError(GKMatch*, const GKError& error) override { errors.append(error.code); }
+    void matchConnectionWithPlayerFailedWithError(GKMatch*, const QString&, const GKError& error) override {
+        errors.append(error.code);
+    }
     void playerDidAcceptInvite(const GKInvite& invite) override { invites.append(invite); }
 
     QList<QByteArray> received;

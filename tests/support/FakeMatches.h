@@ -34,6 +34,10 @@ public:
     void endTurn(const GKTurnBasedMatch& match, const QList<int>& next, double timeout,
                  const QByteArray& data, MatchHandler done) override {
         calls.append({"endTurn", match, next, timeout, data, {}});
+        if (failTurn) {
+            done(std::nullopt, failTurn);
+            return;
+        }
         answer(match, done);
     }
     void endMatchInTurn(const GKTurnBasedMatch& match, const QByteArray& data, MatchHandler done) override {
@@ -59,9 +63,10 @@ public:
     GCMatchData dataOf(int call) const { return GCMatchData::unarchive(calls.at(call).data).value(); }
 
     std::optional<GKError> fail;
-    GKTurnBasedMatch found;         // what a search finds
-    QList<GKTurnBasedMatch> stored; // what a load gives
-    QMap<QString, QString> names;   // display names; others are "سلمى"
+    std::optional<GKError> failTurn; // only the end of a turn fails
+    GKTurnBasedMatch found;          // what a search finds
+    QList<GKTurnBasedMatch> stored;  // what a load gives
+    QMap<QString, QString> names;    // display names; others are "سلمى"
     QList<Call> calls;
 
 private:

@@ -114,6 +114,7 @@ TEST_F(BattleHelper, AChallengeGoesToTheChosenPlayerWithTheSenderSecondInLine) {
     EXPECT_EQ(request.recipients, QStringList{kOther});
     EXPECT_EQ(request.minPlayers, 2);
     EXPECT_EQ(request.maxPlayers, 2);
+    EXPECT_EQ(request.purpose, "battle");
     EXPECT_FALSE(request.inviteMessage.isEmpty());
     EXPECT_EQ(service->calls[1].next, (QList<int>{1, 0}));
     EXPECT_EQ(service->calls[1].timeout, 86400.0);
@@ -124,12 +125,19 @@ TEST_F(BattleHelper, AChallengeGoesToTheChosenPlayerWithTheSenderSecondInLine) {
     EXPECT_FALSE(data.contains("reply"));
     EXPECT_EQ(helper().sentBattlesToPlayers, QStringList{kOther});
 
-    // A failed turn still counts the player as sent to; an exchange request does not.
-    service->calls.clear();
-    service->fail = GKError{"network", "down", 0, 0};
-    helper().sendExchangeMatchRequestToPlayerWithMessageOnCompletion(
-        GKPlayer{kOther, {}, true, {}}, "x", [&result](std::optional<GKError> e) { result = e; });
+    // A first turn that fails still counts the player as sent to; an exchange request does not.
+    const QString third = QStringLiteral("Tthird");
+    service->found = twoSeats(kMe, third, 0);
+    service->failTurn = GKError{"network", "down", 0, 0};
+    helper().sendBattleMatchRequestToPlayerWithMessageAndLevelAndSenderResultOnCompletion(
+        GKPlayer{third, {}, true, {}}, "x", 5, 0, [&result](std::optional<GKError> e) { result = e; });
     EXPECT_EQ(result->value().code, "network");
+    EXPECT_EQ(helper().sentBattlesToPlayers, (QStringList{kOther, third}));
+    helper().sendExchangeMatchRequestToPlayerWithMessageOnCompletion(
+        GKPlayer{third, {}, true, {}}, "x", [&result](std::optional<GKError> e) { result = e; });
+    EXPECT_EQ(result->value().code, "network");
+    EXPECT_EQ(service->calls.last().op, "endTurn");
+    EXPECT_EQ(service->calls.at(service->calls.size() - 2).request.purpose, "exchange");
     EXPECT_TRUE(helper().sentExchangesToPlayers.isEmpty());
 }
 
@@ -222,9 +230,10 @@ TEST_F(BattleHelper, TurnEventsOfBattles) {
     ASSERT_NE(pages, nullptr);
     EXPECT_EQ(pages->currentPageIndex(), 1);
     EXPECT_EQ(pages->viewControllerArray().at(1)->identifier(), "BattlesViewController");
-    // Only the battles page's own load went out.
-    EXPECT_EQ(service->calls.size(), 1);
-    EXPECT_EQ(service->calls.first().op, "load");
+    // Only the loads of the battles and exchanges pages went out.
+    ASSERT_EQ(service->calls.size(), 2);
+    EXPECT_EQ(service->calls.at(0).op, "load");
+    EXPECT_EQ(service->calls.at(1).op, "load");
     service->calls.clear();
 
     // On the sender's side a battle without a reply is the receiver's timeout: the sender wins.

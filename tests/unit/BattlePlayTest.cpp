@@ -68,7 +68,6 @@ TEST_F(BattlePlay, TheClockShowsFortyDownToOneAndTheTickThatShowsOneEndsTheLevel
     EXPECT_TRUE(vc->battleBarVisible());
     EXPECT_EQ(vc->battleSecondsText(), "40");
     EXPECT_EQ(vc->battleTick, 39);
-    EXPECT_FALSE(vc->timeViewsVisible());
     EXPECT_FALSE(vc->battleQuestionText().isEmpty());
     // Both players get the same level from its number alone.
     EXPECT_EQ(vc->game->levelInfo()->solution, QStringLiteral("سمكة2"));

@@ -122,6 +122,11 @@ void GKMatch::handleLiveMessage(const QJsonObject& message) {
                 m_delegate->matchPlayerDidChangeConnectionState(this, player, GKPlayerStateConnected);
             }
         } else {
+            if (!m_otherConnected && m_delegate) {
+                m_delegate->matchConnectionWithPlayerFailedWithError(
+                    this, player,
+                    liveError(QStringLiteral("not_connected"), QStringLiteral("the player never came")));
+            }
             ended(player);
         }
     } else if (type == QLatin1String("live_data")) {

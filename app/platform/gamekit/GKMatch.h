@@ -31,6 +31,9 @@ public:
     virtual void matchDidReceiveDataFromRemotePlayer(GKMatch* match, const QByteArray& data,
                                                      const QString& playerID) = 0;
     virtual void matchPlayerDidChangeConnectionState(GKMatch* match, const QString& playerID, int state) = 0;
+    // The other player was never connected: he did not come, or the service gave up waiting for him.
+    virtual void matchConnectionWithPlayerFailedWithError(GKMatch* match, const QString& playerID,
+                                                          const GKError& error) = 0;
     virtual void matchDidFailWithError(GKMatch* match, const GKError& error) = 0;
 };
 

@@ -40,6 +40,7 @@ std::optional<GKTurnBasedMatch> GKTurnBasedMatch::fromJson(const QJsonObject& o)
     }
     GKTurnBasedMatch m;
     m.matchID = o.value("matchID").toString();
+    m.purpose = o.value("purpose").toString();
     m.status = o.value("status").toInt();
     m.creationDate = dateOf(o.value("creationDate"));
     m.currentParticipantIndex = o.value("currentParticipant").toInt(-1);
@@ -90,6 +91,9 @@ void GKTurnBasedMatch::findMatchForRequestWithCompletionHandler(const GKMatchReq
     QJsonObject body;
     if (!request.recipients.isEmpty()) {
         body.insert("recipients", QJsonArray::fromStringList(request.recipients));
+    }
+    if (!request.purpose.isEmpty()) {
+        body.insert("purpose", request.purpose);
     }
     // The invitation's text goes out as the notice of the first turn.
     const QString invite = request.inviteMessage;

@@ -56,12 +56,16 @@ struct GKMatchRequest {
     QStringList recipients;
     // The notice that an invited player reads with the first turn.
     QString inviteMessage;
+    // What the match is for, as the service knows it: "battle", "exchange" (which the service holds to its
+    // limits on requests for gold), or empty.
+    QString purpose;
 
     void setMinPlayers(int n) { minPlayers = n; }
     void setMaxPlayers(int n) { maxPlayers = n; }
     void setDefaultNumberOfPlayers(int n) { defaultNumberOfPlayers = n; }
     void setRecipients(const QStringList& ids) { recipients = ids; }
     void setInviteMessage(const QString& text) { inviteMessage = text; }
+    void setPurpose(const QString& p) { purpose = p; }
 };
 
 // A turn-based match of two seats on the game service. Every operation answers on the main thread with the
@@ -79,6 +83,7 @@ public:
     QByteArray matchData;
     QString messageKey;
     QStringList messageArguments;
+    QString purpose; // as the request gave it; empty for none
 
     static std::optional<GKTurnBasedMatch> fromJson(const QJsonObject& o);
     // The seat that holds the turn, or nothing.
