@@ -133,12 +133,12 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
     options->offline = parser.isSet(offline);
     options->profileRoot = parser.value(dataDir);
     options->open = parser.value(open);
+    // The screens reached through the main screen's own actions, then those presented over it.
+    const QStringList reached{"rounds",  "levels",          "play",      "solved", "login",        "battle",
+                              "battles", "finishedbattles", "exchanges", "player", "friendrequest"};
     if (!options->open.isEmpty() && !presentedScreens().contains(options->open) &&
-        !QStringList{"rounds", "levels", "play", "solved", "login", "battle", "battles", "finishedbattles",
-                     "player", "friendrequest"}
-             .contains(options->open)) {
-        err << "Unknown screen \"" << options->open
-            << "\": use rounds, levels, play, solved, login, battle, battles, "
+        !reached.contains(options->open)) {
+        err << "Unknown screen \"" << options->open << "\": use " << reached.join(", ") << ", "
             << presentedScreens().keys().join(", ") << ".\n";
         *exitCode = 2;
         return false;

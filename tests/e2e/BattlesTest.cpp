@@ -1,12 +1,15 @@
 // Battles between two profiles of this machine through a service that runs inside the test, so that its clock
 // can be moved: a challenge from a player's details and its answer, the 24-hour rule, a refused stranger, and
-// an automatic battle, with both sides' points and counters.
+// an automatic battle, with both sides' points and counters; and gold asked for, given and refused, with both
+// balances at each step.
 #include "TwoPlayers.h"
 #include "multiplayer/BattlesViewController.h"
+#include "multiplayer/ExchangesViewController.h"
 #include "multiplayer/GCPlayerViewController.h"
 #include "multiplayer/GameCenterSwipeViewControllers.h"
 #include "multiplayer/RandomBattleViewController.h"
 #include "platform/gamekit/GKFriendRequestComposeViewController.h"
+#include "progress/CreditsManager.h"
 #include "support.h"
 
 namespace {
@@ -94,6 +97,34 @@ protected:
     }
 
     static qint64 points() { return ScorePointsManager::sharedInstance().totalPoints(); }
+    static qint64 gold() { return CreditsManager::sharedInstance().currentCredits(); }
+
+    // Asks a player for gold from his details.
+    void askForGold(const QString& playerID, const QString& name) {
+        GKScore score;
+        score.player = GKPlayer{playerID, name, false, {}};
+        auto* details = new GCPlayerViewController();
+        details->setScore(score);
+        Platform::shared().navigator().presentViewController(details);
+        details->sendExchangeRequest(QStringLiteral("ينقصني ذهب"));
+    }
+
+    // The notice of a request for gold leads to the exchanges page, with the request in it.
+    ExchangesViewController* exchangesFromNotice(const QString& title) {
+        dismiss(title);
+        ExchangesViewController* page = nullptr;
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&page] {
+                auto* pages = qobject_cast<GameCenterSwipeViewControllers*>(
+                    Platform::shared().navigator().presentedViewController());
+                page = pages ? qobject_cast<ExchangesViewController*>(
+                                   pages->viewControllerArray().value(pages->currentPageIndex()))
+                             : nullptr;
+                return page && !page->receivedExchanges.isEmpty();
+            },
+            10000));
+        return page;
+    }
 
     std::unique_ptr<tarvolin::testing::TestService> service;
 };
@@ -215,6 +246,58 @@ TEST_F(Battles, AChallengeItsAnswerTheDayRuleAStrangerAndAnAutomaticBattle) {
     EXPECT_EQ(points(), 20 + 2 * win() + loss());
     EXPECT_EQ(UserStatsManager::sharedInstance().totalLosses(), 1);
     EXPECT_EQ(UserStatsManager::sharedInstance().totalWins(), 2);
+}
+
+TEST_F(Battles, GoldAskedGivenAndRefusedWithBothBalancesAtEachStep) {
+    const TwoAccounts accounts = twoAccounts("huda", QStringLiteral("هدى"), "omar", QStringLiteral("عمر"));
+    RawPlayer hudaOutside(service->port(), accounts.otherToken);
+    befriendFrom(hudaOutside, accounts.local);
+    const qint64 start = gold();
+
+    // Omar asks; a second request while the first is open is refused by the service.
+    askForGold(accounts.other, QStringLiteral("هدى"));
+    dismiss(QStringLiteral("تم الارسال"));
+    askForGold(accounts.other, QStringLiteral("هدى"));
+    dismiss(QStringLiteral("مهلا"));
+    Platform::shared().navigator().dismissViewController();
+    EXPECT_EQ(gold(), start);
+
+    // Huda gives 30 from the exchanges page: the gold leaves her then.
+    comeBack("huda");
+    const qint64 hudaStart = gold();
+    ExchangesViewController* page = exchangesFromNotice(QStringLiteral("عمر يطلب منك بعض الذهبات"));
+    ASSERT_NE(page, nullptr);
+    page->stepperTapped(0, 30);
+    page->sendGoldButtonTapped(0, QStringLiteral("تفضل"));
+    dismiss(QStringLiteral("تم الارسال"));
+    EXPECT_EQ(gold(), hudaStart - 30);
+
+    // Omar hears of it and has the gold once the message is closed.
+    comeBack("omar");
+    EXPECT_EQ(gold(), start);
+    dismiss(QStringLiteral("وصلتك 30 ذهبة من صديقك"));
+    EXPECT_EQ(gold(), start + 30);
+
+    // He asks again, she refuses: nothing moves on either side.
+    askForGold(accounts.other, QStringLiteral("هدى"));
+    dismiss(QStringLiteral("تم الارسال"));
+    comeBack("huda");
+    page = exchangesFromNotice(QStringLiteral("عمر يطلب منك بعض الذهبات"));
+    ASSERT_NE(page, nullptr);
+    // The service's clock stands still here: the answered request and the new one share their time.
+    int open = -1;
+    for (int i = 0; i < page->rows().size(); ++i) {
+        if (page->rows().at(i).toMap().value("kind") == "ReceivedRequestCell") {
+            open = i;
+        }
+    }
+    ASSERT_GE(open, 0);
+    page->rejectButtonTapped(open, QStringLiteral("ليس الآن"));
+    dismiss(QStringLiteral("رفض"));
+    EXPECT_EQ(gold(), hudaStart - 30);
+    comeBack("omar");
+    dismiss(QStringLiteral("اعتذر صديقك عن إرسال الذهب"));
+    EXPECT_EQ(gold(), start + 30);
 }
 
 } // namespace
