@@ -250,8 +250,7 @@ void BattlesViewController::removeButtonTapped(int row) {
     SoundFactory::sharedInstance().playMenuTap();
     Platform::shared().progressHud().showWithMaskType(3);
     if (row < 0 || row >= shownBattles().size()) {
-        Platform::shared().progressHud().dismiss();
-        return;
+        return; // no row under the button: the display stays
     }
     helper().removeMatchOnCompletion(shownBattles().at(row), [this, alive = std::weak_ptr<int>(m_alive)](
                                                                  std::optional<GKError> e) {
@@ -273,7 +272,6 @@ void BattlesViewController::rematchButtonTapped(int row) {
     SoundFactory::sharedInstance().playMenuTap();
     Platform::shared().progressHud().showWithMaskType(3);
     if (row < 0 || row >= finishedBattles.size()) {
-        Platform::shared().progressHud().dismiss();
         return;
     }
     helper().matchService().rematch(finishedBattles.at(row), [this, alive = std::weak_ptr<int>(m_alive)](

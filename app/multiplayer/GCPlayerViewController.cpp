@@ -129,7 +129,7 @@ void GCPlayerViewController::sendExchangeRequest(const QString& message) {
             Platform::shared().progressHud().dismiss();
             showRequestOutcome(error, false, [this, alive] {
                 if (!alive.expired()) {
-                    close();
+                    tapAction(); // away without a sound
                 }
             });
         });
@@ -174,7 +174,7 @@ void GCPlayerViewController::playerAnsweredLevelWithScore(qint64 level, qint64 r
                 Platform::shared().progressHud().dismiss();
                 showRequestOutcome(error, true, [this, alive] {
                     if (!alive.expired()) {
-                        close();
+                        tapAction(); // away without a sound
                     }
                 });
             });

@@ -211,6 +211,8 @@ Item {
                     width: parent.width
                     spacing: 8 * screen.u
                     TextField {
+                        // Return puts the keyboard away.
+                        onAccepted: focus = false
                         id: reply
                         objectName: "replyField" + index
                         width: parent.width - play.width - 8 * screen.u

@@ -198,6 +198,8 @@ Item {
                 }
                 // Open: the reply, the amount, send or refuse.
                 TextField {
+                    // Return puts the keyboard away.
+                    onAccepted: focus = false
                     id: reply
                     objectName: "replyField" + index
                     visible: modelData.kind === "ReceivedRequestCell"

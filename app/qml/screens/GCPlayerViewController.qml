@@ -67,7 +67,9 @@ Item {
                     }
                 }
             }
-            // The summary that the player's score carries.
+            // The summary that the player's score carries. It holds one battle figure and one gold figure, so
+            // the journeys through time, the trainings and the battles show the first, and the levels shared
+            // and the gold used the second.
             Grid {
                 objectName: "details"
                 anchors.horizontalCenter: parent.horizontalCenter
@@ -80,6 +82,9 @@ Item {
                         { "key": "achievements", "label": "المهمات" },
                         { "key": "activeDays", "label": "أيام النشاط" },
                         { "key": "totalBattles", "label": "المعارك" },
+                        { "key": "timeTraveled", "label": "السفر عبر الزمن" },
+                        { "key": "trainingsTaken", "label": "التمارين" },
+                        { "key": "levelsShared", "label": "المراحل المشاركة" },
                         { "key": "usedCredits", "label": "الذهب المستخدم" }
                     ]
                     delegate: Rectangle {
@@ -128,6 +133,8 @@ Item {
                 }
             }
             TextField {
+                // Return puts the keyboard away.
+                onAccepted: focus = false
                 id: message
                 objectName: "messageTextField"
                 width: parent.width

@@ -126,6 +126,8 @@ Item {
             }
         }
         TextField {
+            // Return puts the keyboard away.
+            onAccepted: focus = false
             id: message
             objectName: "messageTextField"
             width: parent.width
