@@ -321,11 +321,11 @@ void Application::openScreen(const QString& which) {
         if (!board) {
             return;
         }
-        QObject::connect(board, &LeaderboardViewController::changed, board, [board, which] {
+        QObject::connect(board, &LeaderboardViewController::rowsChanged, board, [board, which] {
             const QVariantList rows = board->rows();
             for (qsizetype i = 0; i < rows.size(); ++i) {
                 if (!rows.at(i).toMap().value("isLocal").toBool()) {
-                    QObject::disconnect(board, &LeaderboardViewController::changed, board, nullptr);
+                    QObject::disconnect(board, &LeaderboardViewController::rowsChanged, board, nullptr);
                     board->openPlayer(static_cast<int>(i));
                     auto* details = qobject_cast<GCPlayerViewController*>(
                         Platform::shared().navigator().presentedViewController());

@@ -111,6 +111,20 @@ GameCenterManager::prepareLeaderboardRequestWithRangeAndPlayerList(GKLeaderboard
     return request;
 }
 
+void GameCenterManager::loadScores(std::shared_ptr<GKLeaderboard> request, ScoresHandler done) {
+    if (scoresSource) {
+        scoresSource(*request, std::move(done));
+        return;
+    }
+    m_loads.push_back(request);
+    request->loadScoresWithCompletionHandler(
+        [this, request, done = std::move(done)](std::optional<QList<GKScore>> scores,
+                                                std::optional<GKError> e) {
+            std::erase(m_loads, request);
+            done(std::move(scores), std::move(e));
+        });
+}
+
 void GameCenterManager::reloadPlayerScoreWithCompletionHandler(std::function<void()> handler) {
     auto request = prepareLeaderboardRequestWithRangeAndPlayerList({1, 1}, nullptr);
     if (!request) {

@@ -38,6 +38,11 @@ public:
     prepareLeaderboardRequestWithRangeAndPlayerList(GKLeaderboard::Range range,
                                                     const QList<GKPlayer>* players);
     void reloadPlayerScoreWithCompletionHandler(std::function<void()> handler);
+    using ScoresHandler = std::function<void(std::optional<QList<GKScore>>, std::optional<GKError>)>;
+    // Runs a prepared request, kept alive until it answers.
+    void loadScores(std::shared_ptr<GKLeaderboard> request, ScoresHandler done);
+    // Where loadScores takes its scores from instead of the game service (tests).
+    std::function<void(const GKLeaderboard& request, ScoresHandler done)> scoresSource;
     void loadPlayerScoresCompletionHandler(const QList<GKPlayer>& players,
                                            std::function<void(std::optional<QList<GKScore>>)> done);
 

@@ -1,6 +1,7 @@
 #include "PresentationUtil.h"
 
 #include "multiplayer/GameCenterSwipeViewControllers.h"
+#include "multiplayer/LeaderboardViewController.h"
 #include "outreach/Outreach.h"
 #include "platform/Platform.h"
 
@@ -12,12 +13,15 @@ void PresentationUtil::present(const char* identifier) {
 }
 
 void PresentationUtil::openPages(const QStringList& identifiers, const QStringList& buttonText, qint64 page,
-                                 qint64 /*type*/) {
+                                 qint64 type) {
     auto& nav = Platform::shared().navigator();
     QList<ViewController*> pages;
     QStringList texts;
     for (qsizetype i = 0; i < identifiers.size(); ++i) {
         if (auto* screen = nav.instantiateViewControllerWithIdentifier(identifiers.at(i))) {
+            if (auto* board = qobject_cast<LeaderboardViewController*>(screen)) {
+                board->setOpenType(type);
+            }
             pages.append(screen);
             texts.append(buttonText.value(i));
         }
@@ -41,6 +45,15 @@ void PresentationUtil::openGameCenterNavController2WithPageNumAndType(ViewContro
                                                                       qint64 type) {
     openPages({"LeaderboardViewController", "UserProfileViewController"},
               {QStringLiteral("ترتيبي"), QStringLiteral("ارقامي")}, page, type);
+}
+
+void PresentationUtil::openGameCenterNavController3WithPageNumAndType(ViewController*, qint64 page,
+                                                                      qint64 type) {
+    openPages({"LeaderboardViewController", "RealTimeBattleListViewController", "ExchangesViewController",
+               "UserProfileViewController"},
+              {QStringLiteral("ترتيبي"), QStringLiteral("معاركي"), QStringLiteral("تبادلات"),
+               QStringLiteral("مخططي")},
+              page, type);
 }
 
 void PresentationUtil::openLeaderboardViewController(ViewController*) {

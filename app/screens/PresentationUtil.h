@@ -27,6 +27,9 @@ public:
     // The leaderboard and the player's numbers.
     static void openGameCenterNavController2WithPageNumAndType(ViewController* presenting, qint64 page,
                                                                qint64 type);
+    // As the first, with the finished live matches in place of the battles.
+    static void openGameCenterNavController3WithPageNumAndType(ViewController* presenting, qint64 page,
+                                                               qint64 type);
 
 private:
     static void present(const char* identifier);

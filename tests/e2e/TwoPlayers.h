@@ -168,13 +168,23 @@ protected:
         return popup;
     }
 
-    LeaderboardViewController* leaderboard(int scope) {
+    // The leaderboard page as the game opens it, around the player; with friends true, the friends' list of
+    // the jump view.
+    LeaderboardViewController* leaderboard(bool friends) {
         auto* board = new LeaderboardViewController();
         Platform::shared().navigator().presentViewController(board);
-        if (scope != 0) {
-            board->setScope(scope);
+        const auto settled = [board] {
+            return QTest::qWaitFor(
+                [board] { return !Platform::shared().progressHud().isVisible() && !board->loading(); },
+                15000);
+        };
+        EXPECT_TRUE(settled());
+        if (friends) {
+            board->initialSegmentChanged(0);
+            EXPECT_TRUE(settled());
+            board->mainSegmentChanged(5);
+            EXPECT_TRUE(settled());
         }
-        EXPECT_TRUE(QTest::qWaitFor([board] { return !board->loading(); }, 15000));
         return board;
     }
     static QStringList names(const LeaderboardViewController* board) {

@@ -2,7 +2,9 @@
 
 #include "platform/Platform.h"
 
+#include <QCoreApplication>
 #include <QJsonArray>
+#include <QTimer>
 
 namespace {
 GameService& service() {
@@ -57,6 +59,11 @@ void GKPlayer::loadPhotoWithCompletionHandler(
 
 void GKPlayer::loadPlayersForIdentifiers(const QStringList& ids,
                                          std::function<void(QList<GKPlayer>, std::optional<GKError>)> done) {
+    if (ids.isEmpty()) {
+        // Nobody asked about: nobody, answered as any other answer comes.
+        QTimer::singleShot(0, qApp, [done = std::move(done)] { done({}, std::nullopt); });
+        return;
+    }
     QUrlQuery query;
     query.addQueryItem("ids", ids.join(','));
     service().get("/v1/players", query, [done = std::move(done)](const QJsonObject& body, const auto& error) {
@@ -118,12 +125,18 @@ void GKScore::reportScoresWithCompletionHandler(const QList<GKScore>& scores,
 GKLeaderboard GKLeaderboard::initWithPlayers(const QList<GKPlayer>& players) {
     GKLeaderboard l;
     l.players = players;
+    l.byPlayers = true;
     return l;
 }
 
 void GKLeaderboard::loadScoresWithCompletionHandler(
     std::function<void(std::optional<QList<GKScore>>, std::optional<GKError>)> done) {
     QUrlQuery query;
+    if (byPlayers && players.isEmpty()) {
+        // Asked about nobody: nobody's score, answered as any other answer comes.
+        QTimer::singleShot(0, qApp, [done = std::move(done)] { done(QList<GKScore>(), std::nullopt); });
+        return;
+    }
     if (!players.isEmpty()) {
         QStringList ids;
         for (const GKPlayer& p : std::as_const(players)) {

@@ -60,6 +60,7 @@ public:
     QString identifier = kLeaderboardIdentifier;
     Range range;
     QList<GKPlayer> players;
+    bool byPlayers = false; // made for a list of players, which may be empty
     std::optional<GKScore> localPlayerScore;
     qint64 maxRange = 0; // how many players the scope holds, after a load
 

@@ -2,7 +2,8 @@ import QtQuick
 import ".."
 import "../components"
 
-// The leaderboard: everyone or friends, with the player's own place.
+// The leaderboard browser: the player's header, the ways to move through the ranks, and the rows, which grow
+// at both ends as the player scrolls.
 Item {
     id: screen
     property QtObject controller
@@ -10,216 +11,280 @@ Item {
     readonly property real u: Math.min(width / 375, height / 667)
 
     Background {}
-    MouseArea {
-        anchors.fill: parent
-    }
+    MouseArea { anchors.fill: parent }
     TopBar {
         id: bar
         width: parent.width
         title: "قائمة الأذكياء"
-        onBack: controller.close()
+        onBack: controller.goBack()
     }
-    Row {
-        id: tabs
-        anchors.top: bar.bottom
-        anchors.topMargin: 12 * screen.u
-        anchors.horizontalCenter: parent.horizontalCenter
-        spacing: 8
-        Repeater {
-            model: ["الجميع", "الأصدقاء"]
-            delegate: Rectangle {
-                objectName: "scope" + index
-                width: 130 * screen.u
-                height: 36 * screen.u
-                radius: height / 2
-                color: controller.scope === index ? Theme.gold : "#33ffffff"
-                Text {
-                    anchors.centerIn: parent
-                    text: modelData
-                    font.family: Theme.fontFamily
-                    font.pixelSize: 15 * screen.u
-                    font.bold: true
-                    color: controller.scope === index ? Theme.ink : "#ffffff"
-                }
-                MouseArea {
-                    anchors.fill: parent
-                    onClicked: controller.setScope(index)
-                }
-            }
-        }
-    }
+
+    // The player: his picture (a tap opens his charts), name, points and three ranks.
     Rectangle {
-        id: mine
-        objectName: "localScore"
-        anchors.top: tabs.bottom
-        anchors.topMargin: 12 * screen.u
+        id: header
+        objectName: "profileHeader"
+        anchors.top: bar.bottom
+        anchors.topMargin: 8 * screen.u
         anchors.horizontalCenter: parent.horizontalCenter
-        width: parent.width - 24 * screen.u
-        height: 56 * screen.u
-        radius: 14
+        width: parent.width - 20 * screen.u
+        height: 74 * screen.u
+        radius: 14 * screen.u
         color: "#fff1c9"
         border.color: Theme.gold
         border.width: 2
         Row {
-            anchors.left: parent.left
-            anchors.leftMargin: 14
-            anchors.verticalCenter: parent.verticalCenter
-            spacing: 10
-            Text {
-                text: "ترتيبك"
-                font.family: Theme.fontFamily
-                font.pixelSize: 14 * screen.u
-                color: "#8a7a5a"
-                anchors.verticalCenter: parent.verticalCenter
+            anchors.fill: parent
+            anchors.margins: 8 * screen.u
+            spacing: 10 * screen.u
+            PlayerFace {
+                id: face
+                objectName: "playerImageView"
+                width: 58 * screen.u; height: width
+                playerID: controller.localPlayerID
+                name: controller.playerName
+                MouseArea { anchors.fill: parent; onClicked: controller.tapImage() }
             }
-            Text {
-                objectName: "localRank"
-                text: controller.localRankText
-                font.family: Theme.fontFamily
-                font.pixelSize: 22 * screen.u
-                font.bold: true
-                color: Theme.accent
+            Column {
                 anchors.verticalCenter: parent.verticalCenter
-            }
-        }
-        Text {
-            anchors.right: parent.right
-            anchors.rightMargin: 14
-            anchors.verticalCenter: parent.verticalCenter
-            text: controller.localScoreText + " نقطة · من " + controller.totalText
-            font.family: Theme.fontFamily
-            font.pixelSize: 13 * screen.u
-            color: Theme.ink
-        }
-    }
-    ListView {
-        id: list
-        objectName: "leaderboardList"
-        anchors.top: mine.bottom
-        anchors.topMargin: 10 * screen.u
-        anchors.bottom: account.top
-        anchors.bottomMargin: 10 * screen.u
-        anchors.left: parent.left
-        anchors.right: parent.right
-        anchors.margins: 12 * screen.u
-        clip: true
-        spacing: 6
-        model: controller.rows
-        delegate: Rectangle {
-            objectName: "leaderRow" + index
-            width: list.width
-            height: 48 * screen.u
-            radius: 12
-            color: modelData.isLocal ? "#fff1c9" : "#1fffffff"
-            // A tap on another player's row opens his details (the add button keeps its own tap).
-            MouseArea {
-                anchors.fill: parent
-                onClicked: controller.openPlayer(index)
-            }
-            Text {
-                id: rankText
-                anchors.left: parent.left
-                anchors.leftMargin: 12
-                anchors.verticalCenter: parent.verticalCenter
-                width: 52 * screen.u
-                text: modelData.rank
-                font.family: Theme.fontFamily
-                font.pixelSize: 16 * screen.u
-                font.bold: true
-                color: modelData.isLocal ? Theme.ink : Theme.gold
-            }
-            Image {
-                id: avatar
-                objectName: "avatar" + index
-                anchors.left: rankText.right
-                anchors.leftMargin: 4
-                anchors.verticalCenter: parent.verticalCenter
-                width: 34 * screen.u
-                height: width
-                source: "image://players/" + modelData.playerID
-                sourceSize.width: 68
-                sourceSize.height: 68
-                asynchronous: true
-            }
-            Text {
-                anchors.left: avatar.right
-                anchors.leftMargin: 8
-                anchors.verticalCenter: parent.verticalCenter
-                text: modelData.name
-                font.family: Theme.fontFamily
-                font.pixelSize: 15 * screen.u
-                color: modelData.isLocal ? Theme.ink : "#ffffff"
-            }
-            Row {
-                anchors.right: parent.right
-                anchors.rightMargin: 10
-                anchors.verticalCenter: parent.verticalCenter
-                spacing: 8
-                Rectangle {
-                    objectName: "addFriend" + index
-                    visible: !modelData.isLocal && !modelData.isFriend
-                    width: 30 * screen.u
-                    height: width
-                    radius: width / 2
-                    color: Theme.green
-                    anchors.verticalCenter: parent.verticalCenter
-                    Text {
-                        anchors.centerIn: parent
-                        text: "+"
-                        font.pixelSize: parent.height * 0.7
-                        font.bold: true
-                        color: "#ffffff"
-                    }
-                    MouseArea {
-                        anchors.fill: parent
-                        onClicked: controller.addFriend(modelData.playerID)
-                    }
-                }
+                width: 92 * screen.u
                 Text {
-                    text: modelData.score
+                    objectName: "playerNameLabel"
+                    width: parent.width
+                    elide: Text.ElideRight
+                    text: controller.playerName
                     font.family: Theme.fontFamily
                     font.pixelSize: 15 * screen.u
                     font.bold: true
-                    color: modelData.isLocal ? Theme.ink : "#d9d2f5"
-                    anchors.verticalCenter: parent.verticalCenter
+                    color: Theme.ink
                 }
+                Text {
+                    objectName: "totalPointsLabel"
+                    text: controller.totalPointsText + " نقطة"
+                    font.family: Theme.fontFamily
+                    font.pixelSize: 12 * screen.u
+                    color: "#8a7a5a"
+                }
+            }
+            Repeater {
+                model: [
+                    { "name": "currentRankLabel", "label": "ترتيبك", "value": controller.currentRankText },
+                    { "name": "lastWeekRankLabel", "label": "قبل أسبوع", "value": controller.lastWeekRankText },
+                    { "name": "bestRankLabel", "label": "أفضل ترتيب", "value": controller.bestRankText }
+                ]
+                delegate: Column {
+                    anchors.verticalCenter: parent.verticalCenter
+                    width: (header.width - 58 * screen.u - 92 * screen.u - 16 * screen.u - 50 * screen.u) / 3
+                    Text {
+                        objectName: modelData.name
+                        anchors.horizontalCenter: parent.horizontalCenter
+                        text: modelData.value
+                        font.family: Theme.fontFamily
+                        font.pixelSize: 17 * screen.u
+                        font.bold: true
+                        color: Theme.ink
+                    }
+                    Text {
+                        anchors.horizontalCenter: parent.horizontalCenter
+                        text: modelData.label
+                        font.family: Theme.fontFamily
+                        font.pixelSize: 10 * screen.u
+                        color: "#8a7a5a"
+                    }
+                }
+            }
+        }
+    }
+
+    // Segments of a row: titles, the selected index, and what a tap calls.
+    component Segments: Row {
+        id: seg
+        property var titles: []
+        property int selected: -1
+        property string prefix: ""
+        property real itemWidth: 60
+        signal picked(int index)
+        spacing: 4 * screen.u
+        Repeater {
+            model: seg.titles
+            delegate: Rectangle {
+                objectName: seg.prefix + index
+                width: seg.itemWidth
+                height: 30 * screen.u
+                radius: height / 2
+                color: seg.selected === index ? Theme.gold : "#33ffffff"
+                Text {
+                    anchors.centerIn: parent
+                    text: modelData
+                    font.family: Theme.fontFamily
+                    font.pixelSize: 11 * screen.u
+                    font.bold: true
+                    color: seg.selected === index ? Theme.ink : "#ffffff"
+                }
+                MouseArea { anchors.fill: parent; onClicked: seg.picked(index) }
+            }
+        }
+    }
+
+    Column {
+        id: controls
+        anchors.top: header.bottom
+        anchors.topMargin: 8 * screen.u
+        anchors.horizontalCenter: parent.horizontalCenter
+        spacing: 6 * screen.u
+        Segments {
+            objectName: "initialSegment"
+            anchors.horizontalCenter: parent.horizontalCenter
+            visible: !controller.multiSegmentVisible
+            prefix: "initial"
+            titles: ["تصفح الترتيب", "الأوائل", "خصومي", "حولي"]
+            itemWidth: 84 * screen.u
+            selected: controller.initialSegment
+            onPicked: (index) => controller.initialSegmentChanged(index)
+        }
+        Column {
+            objectName: "multiSegmentView"
+            visible: controller.multiSegmentVisible
+            spacing: 6 * screen.u
+            Segments {
+                objectName: "mainSegment"
+                anchors.horizontalCenter: parent.horizontalCenter
+                prefix: "main"
+                titles: controller.mainSegmentTitles
+                itemWidth: 56 * screen.u
+                selected: controller.mainSegment
+                onPicked: (index) => controller.mainSegmentChanged(index)
+            }
+            Segments {
+                objectName: "segment1"
+                anchors.horizontalCenter: parent.horizontalCenter
+                visible: controller.hundredsVisible
+                prefix: "hundreds1_"
+                titles: controller.segment1Titles
+                itemWidth: 62 * screen.u
+                selected: controller.segment1
+                onPicked: (index) => controller.segment1Changed(index)
+            }
+            Segments {
+                objectName: "segment2"
+                anchors.horizontalCenter: parent.horizontalCenter
+                visible: controller.hundredsVisible
+                prefix: "hundreds2_"
+                titles: controller.segment2Titles
+                itemWidth: 62 * screen.u
+                selected: controller.segment2
+                onPicked: (index) => controller.segment2Changed(index)
+            }
+        }
+        Text {
+            objectName: "playerActionsLabel"
+            visible: controller.playerActionsVisible
+            width: screen.width - 30 * screen.u
+            horizontalAlignment: Text.AlignHCenter
+            wrapMode: Text.WordWrap
+            text: "هنا اللاعبون الذين تعاركت معهم؛ اضغط على أحدهم لتتحداه من جديد"
+            font.family: Theme.fontFamily
+            font.pixelSize: 12 * screen.u
+            color: "#ddffffff"
+        }
+        Row {
+            anchors.horizontalCenter: parent.horizontalCenter
+            spacing: 8 * screen.u
+            GameButton {
+                objectName: "openFriendsRequestView"
+                primary: false
+                width: 130 * screen.u
+                height: 30 * screen.u
+                fontSize: 12 * screen.u
+                text: "أضف صديقا"
+                onClicked: controller.openFriendsRequestView()
+            }
+            GameButton {
+                objectName: "openAccount"
+                primary: false
+                width: 130 * screen.u
+                height: 30 * screen.u
+                fontSize: 12 * screen.u
+                text: "أصدقائي وطلباتي"
+                onClicked: controller.openAccount()
+            }
+        }
+    }
+
+    ListView {
+        id: list
+        objectName: "scoresList"
+        anchors.top: controls.bottom
+        anchors.topMargin: 6 * screen.u
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: 5 * screen.u
+        anchors.horizontalCenter: parent.horizontalCenter
+        width: parent.width - 20 * screen.u
+        clip: true
+        spacing: 3 * screen.u
+        // Rows are all of one height, so that a jump to a row lands where it should at once.
+        readonly property real rowHeight: 44 * screen.u
+        cacheBuffer: rowHeight * 20
+        model: controller.rows
+        onMovementStarted: controller.scrollViewWillBeginDragging(contentY - originY)
+        delegate: Rectangle {
+            objectName: "scoreRow" + index
+            width: list.width
+            height: list.rowHeight
+            radius: 10 * screen.u
+            color: modelData.isLocal ? Qt.rgba(204 / 255, 1, 51 / 255, 1)
+                   : modelData.isFriend ? Qt.rgba(1, 1, 148 / 255, 1) : "#f2f2f7"
+            Component.onCompleted: controller.tableViewWillDisplayRow(index)
+            Text {
+                id: rank
+                anchors.left: parent.left // mirrored: the right edge
+                anchors.leftMargin: 10 * screen.u
+                anchors.verticalCenter: parent.verticalCenter
+                width: 70 * screen.u
+                text: modelData.rank
+                font.family: Theme.fontFamily
+                font.pixelSize: 15 * screen.u
+                font.bold: true
+                color: Theme.ink
+            }
+            Text {
+                anchors.left: rank.right
+                anchors.right: points.left
+                anchors.rightMargin: 8 * screen.u
+                anchors.verticalCenter: parent.verticalCenter
+                elide: Text.ElideRight
+                text: modelData.name
+                font.family: Theme.fontFamily
+                font.pixelSize: 15 * screen.u
+                color: Theme.ink
+            }
+            Text {
+                id: points
+                anchors.right: parent.right
+                anchors.rightMargin: 12 * screen.u
+                anchors.verticalCenter: parent.verticalCenter
+                text: modelData.score
+                font.family: Theme.fontFamily
+                font.pixelSize: 14 * screen.u
+                color: "#6b5a3a"
+            }
+            MouseArea { anchors.fill: parent; onClicked: controller.openPlayer(index) }
+        }
+        Connections {
+            target: screen.controller
+            function onScrollToRow(row, middle) {
+                list.positionViewAtIndex(row, middle ? ListView.Center : ListView.Beginning)
             }
         }
     }
     Text {
         anchors.centerIn: list
-        visible: controller.messageText.length > 0
-        text: controller.messageText
-        font.family: Theme.fontFamily
-        font.pixelSize: 15 * screen.u
-        color: "#d9d2f5"
-        width: parent.width * 0.8
-        wrapMode: Text.WordWrap
+        visible: list.count === 0
+        width: list.width - 40 * screen.u
         horizontalAlignment: Text.AlignHCenter
-    }
-    Row {
-        id: account
-        anchors.bottom: parent.bottom
-        anchors.bottomMargin: 20 * screen.u
-        anchors.horizontalCenter: parent.horizontalCenter
-        spacing: 10 * screen.u
-        GameButton {
-            objectName: "profileButton"
-            width: 130 * screen.u
-            height: 46 * screen.u
-            primary: false
-            fontSize: 15 * screen.u
-            text: "ارقامي"
-            onClicked: controller.openUserProfile()
-        }
-        GameButton {
-            objectName: "accountButton"
-            width: 190 * screen.u
-            height: 46 * screen.u
-            primary: false
-            fontSize: 15 * screen.u
-            text: "حسابي وأصدقائي"
-            onClicked: controller.openAccount()
-        }
+        wrapMode: Text.WordWrap
+        text: "لا يوجد لاعبون هنا"
+        font.family: Theme.fontFamily
+        font.pixelSize: 14 * screen.u
+        color: "#ccffffff"
     }
 }
