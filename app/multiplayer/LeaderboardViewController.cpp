@@ -72,7 +72,8 @@ void LeaderboardViewController::fillHeader() {
     const auto& gc = GameCenterManager::sharedInstance();
     const auto& stats = UserStatsManager::sharedInstance();
     m_currentRank = QString::number(gc.playerRank);
-    m_bestRank = QString::number(stats.getBestRank());
+    // No rank kept yet reads as a dash, as it does for last week.
+    m_bestRank = stats.getBestRank() > 0 ? QString::number(stats.getBestRank()) : QStringLiteral("-");
     // The rank a week ago, from the ranks the game keeps a day at a time; unknown reads as a dash.
     const QList<qint64> week = stats.getGCRanksForLastDays(8);
     const qint64 lastWeek = week.isEmpty() ? 0 : week.first();

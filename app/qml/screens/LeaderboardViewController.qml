@@ -239,7 +239,8 @@ Item {
                 anchors.left: parent.left // mirrored: the right edge
                 anchors.leftMargin: 10 * screen.u
                 anchors.verticalCenter: parent.verticalCenter
-                width: 70 * screen.u
+                width: 64 * screen.u
+                horizontalAlignment: Text.AlignHCenter
                 text: modelData.rank
                 font.family: Theme.fontFamily
                 font.pixelSize: 15 * screen.u
@@ -251,6 +252,7 @@ Item {
                 anchors.right: points.left
                 anchors.rightMargin: 8 * screen.u
                 anchors.verticalCenter: parent.verticalCenter
+                horizontalAlignment: Text.AlignLeft // mirrored: beside the rank
                 elide: Text.ElideRight
                 text: modelData.name
                 font.family: Theme.fontFamily
@@ -272,7 +274,8 @@ Item {
         Connections {
             target: screen.controller
             function onScrollToRow(row, middle) {
-                list.positionViewAtIndex(row, middle ? ListView.Center : ListView.Beginning)
+                // Once the list has taken the new rows.
+                Qt.callLater(list.positionViewAtIndex, row, middle ? ListView.Center : ListView.Beginning)
             }
         }
     }
