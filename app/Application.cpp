@@ -47,6 +47,7 @@ const QMap<QString, QString>& presentedScreens() {
         {"about", "AboutViewController"},
         {"matchmaker", "GKTurnBasedMatchmakerViewController"},
         {"livematch", "GKMatchmakerViewController"},
+        {"livebattles", "RealTimeBattleListViewController"},
     };
     return screens;
 }
@@ -88,12 +89,10 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
         QStringLiteral(
             "Go on from the main screen to SCREEN: rounds, levels, play, solved (the current level just "
             "solved), battle (a battle level in play), battles (the battles page), finishedbattles (its "
-            "finished battles), player (the first other "
-            "player on the leaderboard), "
-            "friendrequest (a friend request to him), login, leaderboard, "
-            "account, settings, rank, "
-            "achievements, tips, help, profile, "
-            "about, matchmaker or livematch."),
+            "finished battles), exchanges (the gold exchanges page), player (the first other player on the "
+            "leaderboard), friendrequest (a friend request to him), login, leaderboard, account, settings, "
+            "rank, achievements, tips, help, profile, about, matchmaker, livematch or livebattles (the "
+            "finished live matches)."),
         QStringLiteral("SCREEN"));
     parser.addOptions({profile, screenshot, service, device, offline, dataDir, open});
 

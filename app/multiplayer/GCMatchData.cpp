@@ -33,6 +33,22 @@ std::optional<GCMatchData> GCMatchData::unarchive(const QByteArray& data) {
     return out;
 }
 
+std::optional<GCMatchData> GCMatchData::fromValues(const QVariantMap& values) {
+    GCMatchData out;
+    for (auto it = values.begin(); it != values.end(); ++it) {
+        const QVariant& v = it.value();
+        if (v.typeId() == QMetaType::QString) {
+            out.setString(it.key(), v.toString());
+        } else if (v.typeId() == QMetaType::Int || v.typeId() == QMetaType::LongLong ||
+                   v.typeId() == QMetaType::UInt || v.typeId() == QMetaType::Bool) {
+            out.setNumber(it.key(), v.toLongLong());
+        } else {
+            return std::nullopt;
+        }
+    }
+    return out;
+}
+
 QByteArray GCMatchData::archivedData() const {
     QJsonObject o;
     for (auto it = m_values.begin(); it != m_values.end(); ++it) {

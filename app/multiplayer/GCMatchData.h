@@ -34,6 +34,11 @@ public:
 
     bool operator==(const GCMatchData& other) const { return m_values == other.m_values; }
 
+    // The values by key: QString or qint64.
+    QVariantMap values() const { return m_values; }
+    // A dictionary of these values; nothing when one is neither a string nor a whole number.
+    static std::optional<GCMatchData> fromValues(const QVariantMap& values);
+
 private:
     QMap<QString, QVariant> m_values; // QString or qint64
 };

@@ -26,35 +26,40 @@ QString GCPlayerViewController::lastPlayed() const {
     return days == 0 ? QStringLiteral("اليوم") : QStringLiteral("منذ %1 يوم").arg(days);
 }
 
-void GCPlayerViewController::viewDidLoad() {
-    m_details.clear();
+QVariantMap GCPlayerViewController::summaryOfContext(qint64 context) {
+    QVariantMap details;
     const auto& ranks = RankManager::sharedInstance();
     const auto showLevel = [&](qint64 n) {
-        m_details.insert("currentLevel", QString::number(n));
-        m_details.insert("currentRound", QString::number(n / 25 + 1));
+        details.insert("currentLevel", QString::number(n));
+        details.insert("currentRound", QString::number(n / 25 + 1));
         const Rank& rank = ranks.getRankForRound(n / 25);
-        m_details.insert("badge", rank.getBadge());
-        m_details.insert("badgeLabel", rank.name);
+        details.insert("badge", rank.getBadge());
+        details.insert("badgeLabel", rank.name);
     };
-    const QStringList fields = UserStatsManager::breakContextNumber(score.context);
+    const QStringList fields = UserStatsManager::breakContextNumber(context);
     if (fields.isEmpty()) {
         // A level's report carries no summary: the context is the level itself.
-        showLevel(score.context);
+        showLevel(context);
     } else if (fields.size() >= 3) {
         showLevel(fields.at(0).toLongLong());
-        m_details.insert("achievements", QString::number(fields.at(1).toLongLong()));
-        m_details.insert("activeDays", QString::number(fields.at(2).toLongLong()));
+        details.insert("achievements", QString::number(fields.at(1).toLongLong()));
+        details.insert("activeDays", QString::number(fields.at(2).toLongLong()));
         if (fields.size() == 5) {
             // The number holds one battle field and one gold field: five labels share them.
             const QString battles = QString::number(fields.at(3).toLongLong());
             const QString gold = QString::number(fields.at(4).toLongLong());
-            m_details.insert("timeTraveled", battles);
-            m_details.insert("trainingsTaken", battles);
-            m_details.insert("totalBattles", battles);
-            m_details.insert("levelsShared", gold);
-            m_details.insert("usedCredits", gold);
+            details.insert("timeTraveled", battles);
+            details.insert("trainingsTaken", battles);
+            details.insert("totalBattles", battles);
+            details.insert("levelsShared", gold);
+            details.insert("usedCredits", gold);
         }
     }
+    return details;
+}
+
+void GCPlayerViewController::viewDidLoad() {
+    m_details = summaryOfContext(score.context);
     emit detailsChanged();
 }
 

@@ -43,6 +43,10 @@ public:
     void playerAnsweredLevelWithScore(qint64 level, qint64 result) override;
     void friendRequestComposeViewControllerDidFinish(GKFriendRequestComposeViewController* composer) override;
 
+    // The summary a player's context number carries, by the name of the label that shows each part: the
+    // level, round and badge, and when the number holds them, tasks, active days, battles and gold used.
+    static QVariantMap summaryOfContext(qint64 context);
+
     // The message of a finished request, battle or gold, by its error.
     static void showRequestOutcome(const std::optional<GKError>& error, bool battle,
                                    const std::function<void()>& onSent);

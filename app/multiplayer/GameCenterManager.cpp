@@ -1,5 +1,6 @@
 #include "GameCenterManager.h"
 
+#include "multiplayer/GCRealTimeMatchHelper.h"
 #include "multiplayer/GCTurnBasedMatchHelper.h"
 
 #include "platform/Platform.h"
@@ -86,6 +87,8 @@ void GameCenterManager::authenticationChanged() {
         userAuthenticated = true;
         // Battles and exchanges hear the service's match events from now on.
         registerListener(&GCTurnBasedMatchHelper::sharedInstance());
+        // And live matches: an accepted invitation opens the start screen.
+        registerListener(&GCRealTimeMatchHelper::sharedInstance());
         reloadPlayerScoreWithCompletionHandler(
             [this] { UserStatsManager::sharedInstance().updateGamecenterRankForCurrentDay(playerRank); });
         currentStatus = QStringLiteral("AUTHENTICATED");

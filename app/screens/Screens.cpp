@@ -9,6 +9,8 @@
 #include "multiplayer/AccountViewController.h"
 #include "multiplayer/BattlesViewController.h"
 #include "multiplayer/ExchangesViewController.h"
+#include "multiplayer/RealTimeBattleListViewController.h"
+#include "multiplayer/RealTimeBattleStartViewController.h"
 #include "multiplayer/GCPlayerViewController.h"
 #include "multiplayer/GameCenterSwipeViewControllers.h"
 #include "multiplayer/LeaderboardViewController.h"
@@ -59,6 +61,8 @@ template <class F> void forEachScreen(F&& f) {
     f.template operator()<GameCenterSwipeViewControllers>("GameCenterSwipeViewControllers");
     f.template operator()<BattlesViewController>("BattlesViewController");
     f.template operator()<ExchangesViewController>("ExchangesViewController");
+    f.template operator()<RealTimeBattleStartViewController>("RealTimeBattleStartViewController");
+    f.template operator()<RealTimeBattleListViewController>("RealTimeBattleListViewController");
     f.template operator()<RandomBattleViewController>("RandomBattleViewController");
     f.template operator()<GCPlayerViewController>("GCPlayerViewController");
     f.template operator()<GKFriendRequestComposeViewController>("GKFriendRequestComposeViewController");

@@ -3,6 +3,8 @@
 // a restart keeps the login.
 #include "TwoPlayers.h"
 #include "multiplayer/GCPlayerViewController.h"
+#include "multiplayer/GCRealTimeMatchHelper.h"
+#include "multiplayer/RealTimeBattleStartViewController.h"
 #include "platform/gamekit/GKFriendRequestComposeViewController.h"
 
 namespace {
@@ -560,3 +562,104 @@ int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }
+
+namespace {
+
+// What the live-match helper tells whoever listens.
+class LiveListener : public GCRealTimeMatchDelegate {
+public:
+    void realTimeMatchFoundUsingStandardMatchMaker(std::shared_ptr<GKMatch>) override {}
+    void allPlayersConnected() override { ++connected; }
+    void playerDisconnected() override { ++disconnected; }
+    void matchDidReceiveData(const QVariantMap& data) override { packets.append(data); }
+    int connected = 0;
+    int disconnected = 0;
+    QList<QVariantMap> packets;
+};
+
+TEST_F(TwoPlayers, AnAcceptedLiveInvitationOpensTheStartScreenOnBothSides) {
+    const TwoAccounts accounts = twoAccounts("nada", QStringLiteral("ندى"), "fadi", QStringLiteral("فادي"));
+    const QString nada = accounts.other;
+    const QString fadi = accounts.local;
+    RawPlayer other(port, accounts.otherToken);
+    befriendFrom(other, fadi);
+    auto& nav = Platform::shared().navigator();
+    // The game logs Fadi in, and its live helper listens from then on.
+    nav.setRootViewController(new MainViewController());
+    ASSERT_TRUE(QTest::qWaitFor(
+        [] {
+            return GKLocalPlayer::localPlayer().listeners().contains(
+                &GCRealTimeMatchHelper::sharedInstance());
+        },
+        15000));
+    ASSERT_TRUE(QTest::qWaitFor([] { return GKLocalPlayer::localPlayer().events().isConnected(); }, 10000));
+    const auto startScreen = [&nav] {
+        RealTimeBattleStartViewController* start = nullptr;
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] {
+                return (start =
+                            qobject_cast<RealTimeBattleStartViewController*>(nav.presentedViewController()));
+            },
+            10000));
+        return start;
+    };
+
+    // Nada invites him; he accepts, and the start screen takes the invitation's match.
+    const QString invited = other.call("POST", "/v1/live", {{"recipients", QJsonArray{fadi}}})
+                                .value("match")
+                                .toObject()
+                                .value("matchID")
+                                .toString();
+    auto& alerts = Platform::shared().alerts();
+    ASSERT_TRUE(QTest::qWaitFor([&alerts] { return alerts.isVisible(); }, 10000));
+    alerts.pressTitled(QStringLiteral("قبول"));
+    RealTimeBattleStartViewController* start = startScreen();
+    ASSERT_NE(start, nullptr);
+    ASSERT_TRUE(QTest::qWaitFor([start] { return start->match() != nullptr; }, 10000));
+    EXPECT_EQ(start->match()->matchID(), invited);
+    EXPECT_EQ(start->player1().value("name"), QStringLiteral("فادي"));
+    other.send({{"type", "live_connect"}, {"match", invited}});
+    ASSERT_TRUE(QTest::qWaitFor([start] { return start->connected(); }, 10000));
+    ASSERT_TRUE(
+        QTest::qWaitFor([start] { return start->player2().value("name") == QStringLiteral("ندى"); }, 10000));
+
+    // Packets through the relay, both ways, as dictionaries with their type.
+    LiveListener listener;
+    GCRealTimeMatchHelper::sharedInstance().matchDelegate = &listener;
+    GCRealTimeMatchHelper::sharedInstance().sendMatchDataDataWithType(start->match().get(), {{"move", 4}}, 2);
+    const QByteArray sent =
+        QByteArray::fromBase64(other.next("live_data").value("data").toString().toLatin1());
+    EXPECT_EQ(GCRealTimeMatchHelper::unarchivePacket(sent),
+              (QVariantMap{{"move", qint64(4)}, {"type", qint64(2)}}));
+    for (const QByteArray& bytes :
+         {QByteArray("not a packet"), GCRealTimeMatchHelper::archivePacket({{"type", 7}})}) {
+        other.send(
+            {{"type", "live_send"}, {"match", invited}, {"data", QString::fromLatin1(bytes.toBase64())}});
+    }
+    ASSERT_TRUE(QTest::qWaitFor([&listener] { return !listener.packets.isEmpty(); }, 10000));
+    EXPECT_EQ(listener.packets, (QList<QVariantMap>{{{"type", qint64(7)}}}));
+    GCRealTimeMatchHelper::sharedInstance().matchDelegate = start;
+
+    // Leaving the screen leaves the match.
+    start->close();
+    EXPECT_EQ(other.next("live_state", GKPlayerStateDisconnected).value("player").toString(), fadi);
+
+    // The other side: Fadi starts one from the start screen and invites Nada, who accepts.
+    auto* mine = new RealTimeBattleStartViewController();
+    mine->useStandardMatchMaker = true;
+    nav.presentViewController(mine);
+    auto* picker = qobject_cast<GKMatchmakerViewController*>(nav.presentedViewController());
+    ASSERT_NE(picker, nullptr);
+    ASSERT_TRUE(QTest::qWaitFor([picker] { return !picker->loadingFriends(); }, 10000));
+    picker->pickFriend(nada);
+    const QString asked = other.next("live_invitation").value("match").toObject().value("matchID").toString();
+    ASSERT_FALSE(asked.isEmpty());
+    other.call("POST", "/v1/live/" + asked + "/accept");
+    other.send({{"type", "live_connect"}, {"match", asked}});
+    ASSERT_TRUE(QTest::qWaitFor([mine] { return mine->connected(); }, 10000));
+    EXPECT_EQ(nav.presentedViewController(), mine);
+    EXPECT_EQ(mine->match()->matchID(), asked);
+    mine->close();
+}
+
+} // namespace
