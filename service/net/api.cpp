@@ -417,15 +417,33 @@ Response Api::rename(Ctx& c) {
 }
 
 Response Api::playersByIds(Ctx& c) {
+    if (auto named = c.req.query.find("name"); named != c.req.query.end()) {
+        return playersNamed(c, named->second);
+    }
     auto it = c.req.query.find("ids");
     if (it == c.req.query.end()) {
-        throw ApiError(400, "invalid_parameter", "\"ids\" is required");
+        throw ApiError(400, "invalid_parameter", "\"ids\" or \"name\" is required");
     }
     auto ids = idList(it->second, "ids");
     const auto& friends = c.friendsOf(store_);
     json::array out;
     for (const auto& p : store_.players(ids)) {
         out.push_back(playerJson(p, friends.contains(p.id)));
+    }
+    return jsonResponse(200, json::object{{"players", std::move(out)}});
+}
+
+Response Api::playersNamed(Ctx& c, const std::string& name) {
+    const std::string key = logic::nameKey(name);
+    if (key.empty() || name.size() > 64 || logic::messageProblem(name, 64)) {
+        throw ApiError(400, "invalid_parameter", "\"name\" must hold 1 to 64 bytes of a name");
+    }
+    const auto& friends = c.friendsOf(store_);
+    json::array out;
+    for (const auto& p : store_.playersNamed(key, kMaxNamedPlayers + 1)) {
+        if (p.id != c.playerId && out.size() < kMaxNamedPlayers) {
+            out.push_back(playerJson(p, friends.contains(p.id)));
+        }
     }
     return jsonResponse(200, json::object{{"players", std::move(out)}});
 }

@@ -113,6 +113,8 @@ public:
     // Limits of turn-based matches: in play at once, and created per minute (a burst of 10, then one every
     // six seconds).
     static constexpr std::size_t kMaxOpenMatches = 50;
+    // The most players a search by name gives.
+    static constexpr std::size_t kMaxNamedPlayers = 20;
     static constexpr double kMatchesPerSecond = 10.0 / 60.0;
     static constexpr double kMatchBurst = 10;
 
@@ -138,6 +140,7 @@ private:
     Response me(Ctx&);
     Response rename(Ctx&);
     Response playersByIds(Ctx&);
+    Response playersNamed(Ctx&, const std::string& name);
     Response player(Ctx&);
     Response photo(Ctx&);
     Response friends(Ctx&);

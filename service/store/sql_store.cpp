@@ -136,6 +136,27 @@ public:
         }
     }
 
+    std::vector<PlayerRecord> playersNamed(const std::string& keyPrefix, std::size_t limit) override {
+        // The prefix is matched as it stands: LIKE's own wildcards in it are escaped.
+        std::string pattern;
+        for (char ch : keyPrefix) {
+            if (ch == '%' || ch == '_' || ch == '!') {
+                pattern += '!';
+            }
+            pattern += ch;
+        }
+        pattern += '%';
+        std::vector<PlayerRecord> out;
+        conn_->read([&](Tx& tx) {
+            for (const Row& r : tx.exec("SELECT id, display_name, created_at FROM players "
+                                        "WHERE name_key LIKE $1 ESCAPE '!' ORDER BY name_key LIMIT $2",
+                                        {pattern, std::int64_t(limit)})) {
+                out.push_back(playerFrom(r));
+            }
+        });
+        return out;
+    }
+
     std::vector<PlayerRecord> players(const std::vector<std::string>& ids) override {
         std::vector<PlayerRecord> out;
         if (ids.empty()) {

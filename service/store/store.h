@@ -114,6 +114,8 @@ public:
                               const std::string& nameKey) = 0;
     // Players in the order of ids; unknown ids are left out.
     virtual std::vector<PlayerRecord> players(const std::vector<std::string>& ids) = 0;
+    // Players whose name key starts with keyPrefix, in the order of their keys, at most `limit`.
+    virtual std::vector<PlayerRecord> playersNamed(const std::string& keyPrefix, std::size_t limit) = 0;
     // Imports players and their scores in one transaction (moving a leaderboard over, benchmarks).
     virtual void importPlayers(const std::vector<Credentials>& players,
                                const std::vector<ScoreRecord>& scores) = 0;

@@ -663,3 +663,46 @@ TEST_F(TwoPlayers, AnAcceptedLiveInvitationOpensTheStartScreenOnBothSides) {
 }
 
 } // namespace
+
+namespace {
+
+TEST_F(TwoPlayers, AFriendRequestToAPlayerFoundByName) {
+    const TwoAccounts accounts = twoAccounts("rana", QStringLiteral("رنا"), "karim", QStringLiteral("كريم"));
+    auto* board = leaderboard(false);
+    board->openFriendsRequestView();
+    auto* request = qobject_cast<GKFriendRequestComposeViewController*>(
+        Platform::shared().navigator().presentedViewController());
+    ASSERT_NE(request, nullptr);
+    EXPECT_TRUE(request->recipients().isEmpty());
+    request->send();
+    EXPECT_EQ(request->status(), QStringLiteral("اختر لاعبا واحدا على الأقل"));
+
+    // A search that finds nobody says so; the next finds her, and she is added once.
+    request->findPlayers(QStringLiteral("زز"));
+    ASSERT_TRUE(QTest::qWaitFor([request] { return !request->searching(); }, 10000));
+    EXPECT_EQ(request->status(), QStringLiteral("لا يوجد لاعب بهذا الاسم"));
+    request->findPlayers(QStringLiteral("ر"));
+    ASSERT_TRUE(QTest::qWaitFor([request] { return !request->searching(); }, 10000));
+    ASSERT_EQ(request->found().size(), 1);
+    EXPECT_EQ(request->found().first().toMap().value("name"), QStringLiteral("رنا"));
+    request->addFoundPlayer(accounts.other);
+    request->addFoundPlayer(accounts.other);
+    ASSERT_EQ(request->recipients().size(), 1);
+    EXPECT_TRUE(request->found().first().toMap().value("added").toBool());
+    request->setMessage(QStringLiteral("لنتحدى بعضنا"));
+    request->send();
+    ASSERT_TRUE(QTest::qWaitFor(
+        [] {
+            return qobject_cast<LeaderboardViewController*>(
+                Platform::shared().navigator().presentedViewController());
+        },
+        10000));
+
+    // She has the request, with its message.
+    RawPlayer rana(port, accounts.otherToken);
+    const QJsonArray pending = rana.call("GET", "/v1/friend-requests").value("requests").toArray();
+    ASSERT_EQ(pending.size(), 1);
+    EXPECT_EQ(pending.first().toObject().value("message").toString(), QStringLiteral("لنتحدى بعضنا"));
+}
+
+} // namespace

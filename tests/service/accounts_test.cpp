@@ -1,5 +1,6 @@
 #include "support.h"
 
+#include <cstdio>
 #include <gtest/gtest.h>
 
 using namespace tarvolin::testing;
@@ -147,6 +148,41 @@ TEST_P(AccountsTest, PlayersAreLookedUpByIdentifier) {
     EXPECT_EQ(photo.status, 200u);
     EXPECT_EQ(photo.headers.at("Content-Type"), "image/svg+xml");
     EXPECT_NE(photo.body.find("ع"), std::string::npos);
+}
+
+TEST_P(AccountsTest, PlayersAreFoundByTheStartOfTheirNames) {
+    const auto encoded = [](const std::string& text) {
+        std::string out;
+        for (unsigned char ch : text) {
+            char hex[4];
+            std::snprintf(hex, sizeof hex, "%%%02X", ch);
+            out += hex;
+        }
+        return out;
+    };
+    Account ali = svc->signUp("علي");
+    svc->signUp("عليا");
+    svc->signUp("Alia_x");
+    svc->signUp("Aliaa");
+    svc->signUp("AliXa");
+    const auto names = [&](const std::string& prefix) {
+        std::vector<std::string> out;
+        Reply r = svc->http().get("/v1/players?name=" + encoded(prefix), ali.token);
+        EXPECT_EQ(r.status, 200u) << prefix;
+        for (const auto& p : r.json.at("players").as_array()) {
+            out.emplace_back(p.at("displayName").as_string());
+        }
+        return out;
+    };
+    // The caller is left out; ASCII letters match either case; LIKE's wildcards match only themselves.
+    EXPECT_EQ(names("علي"), std::vector<std::string>{"عليا"});
+    EXPECT_EQ(names("ALIA"), (std::vector<std::string>{"Alia_x", "Aliaa"}));
+    EXPECT_EQ(names("alia_"), std::vector<std::string>{"Alia_x"});
+    EXPECT_EQ(names("%"), std::vector<std::string>{});
+    EXPECT_EQ(svc->http().get("/v1/players?name=", ali.token).errorCode(), "invalid_parameter");
+    EXPECT_EQ(svc->http().get("/v1/players?name=" + encoded(std::string(65, 'a')), ali.token).errorCode(),
+              "invalid_parameter");
+    EXPECT_EQ(svc->http().get("/v1/players?name=%FF", ali.token).errorCode(), "invalid_parameter");
 }
 
 TEST_P(AccountsTest, RenamingKeepsTheIdentifierAndMovesTheLogin) {

@@ -47,6 +47,54 @@ void GKFriendRequestComposeViewController::removeRecipient(const QString& player
     emit changed();
 }
 
+void GKFriendRequestComposeViewController::findPlayers(const QString& text) {
+    const QString prefix = text.trimmed();
+    const quint64 search = ++m_search;
+    if (prefix.isEmpty()) {
+        m_found.clear();
+        m_searching = false;
+        emit changed();
+        return;
+    }
+    m_searching = true;
+    emit changed();
+    QPointer<GKFriendRequestComposeViewController> self(this);
+    GKPlayer::loadPlayersNamed(prefix, [self, search](QList<GKPlayer> players, std::optional<GKError> error) {
+        if (!self || search != self->m_search) {
+            return; // a later search has taken its place
+        }
+        self->m_searching = false;
+        self->m_found = players;
+        if (error) {
+            self->m_status = describeFailure(*error);
+        } else if (players.isEmpty()) {
+            self->m_status = QStringLiteral("لا يوجد لاعب بهذا الاسم");
+        } else {
+            self->m_status.clear();
+        }
+        emit self->changed();
+    });
+}
+
+void GKFriendRequestComposeViewController::addFoundPlayer(const QString& playerID) {
+    for (const GKPlayer& p : std::as_const(m_found)) {
+        if (p.playerID == playerID) {
+            addRecipientPlayers({p});
+            return;
+        }
+    }
+}
+
+QVariantList GKFriendRequestComposeViewController::found() const {
+    QVariantList list;
+    for (const GKPlayer& p : m_found) {
+        const bool added = std::any_of(m_recipients.cbegin(), m_recipients.cend(),
+                                       [&p](const GKPlayer& r) { return r.playerID == p.playerID; });
+        list.append(QVariantMap{{"playerID", p.playerID}, {"name", p.displayName}, {"added", added}});
+    }
+    return list;
+}
+
 QString GKFriendRequestComposeViewController::describeFailure(const GKError& error) {
     if (error.code == QLatin1String("already_friends")) {
         return QStringLiteral("أنتما صديقان من قبل");

@@ -25,6 +25,8 @@ class GKFriendRequestComposeViewController : public ViewController {
     Q_PROPERTY(bool busy READ busy NOTIFY changed)
     Q_PROPERTY(QString status READ status NOTIFY changed)
     Q_PROPERTY(int maxMessageLength READ maxMessageLength CONSTANT)
+    Q_PROPERTY(QVariantList found READ found NOTIFY changed)
+    Q_PROPERTY(bool searching READ searching NOTIFY changed)
 public:
     explicit GKFriendRequestComposeViewController(QObject* parent = nullptr);
 
@@ -49,6 +51,12 @@ public:
     bool wasSent() const { return m_sent; }
 
     Q_INVOKABLE void removeRecipient(const QString& playerID);
+    // Players whose names start with the text, to add as recipients; the latest search wins.
+    Q_INVOKABLE void findPlayers(const QString& text);
+    Q_INVOKABLE void addFoundPlayer(const QString& playerID);
+    // {playerID, name} of each player the last search found.
+    QVariantList found() const;
+    bool searching() const { return m_searching; }
     Q_INVOKABLE void send();
     Q_INVOKABLE void cancel();
 
@@ -64,6 +72,9 @@ private:
 
     GKFriendRequestComposeViewControllerDelegate* m_delegate = nullptr;
     QList<GKPlayer> m_recipients;
+    QList<GKPlayer> m_found;
+    bool m_searching = false;
+    quint64 m_search = 0;
     QString m_message;
     bool m_busy = false;
     bool m_sent = false;

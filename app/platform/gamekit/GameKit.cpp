@@ -66,6 +66,18 @@ void GKPlayer::loadPlayersForIdentifiers(const QStringList& ids,
     }
     QUrlQuery query;
     query.addQueryItem("ids", ids.join(','));
+    loadPlayerList(query, std::move(done));
+}
+
+void GKPlayer::loadPlayersNamed(const QString& prefix,
+                                std::function<void(QList<GKPlayer>, std::optional<GKError>)> done) {
+    QUrlQuery query;
+    query.addQueryItem("name", QString::fromLatin1(QUrl::toPercentEncoding(prefix)));
+    loadPlayerList(query, std::move(done));
+}
+
+void GKPlayer::loadPlayerList(const QUrlQuery& query,
+                              std::function<void(QList<GKPlayer>, std::optional<GKError>)> done) {
     service().get("/v1/players", query, [done = std::move(done)](const QJsonObject& body, const auto& error) {
         if (error) {
             done({}, error);

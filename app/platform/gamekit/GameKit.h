@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QList>
 #include <QString>
+#include <QUrlQuery>
 #include <functional>
 #include <optional>
 
@@ -24,6 +25,13 @@ struct GKPlayer {
     // Several players by identifier, in the order asked (unknown ones left out).
     static void loadPlayersForIdentifiers(const QStringList& ids,
                                           std::function<void(QList<GKPlayer>, std::optional<GKError>)> done);
+    // Players whose names start with the text, the local player left out, at most twenty.
+    static void loadPlayersNamed(const QString& prefix,
+                                 std::function<void(QList<GKPlayer>, std::optional<GKError>)> done);
+
+private:
+    static void loadPlayerList(const QUrlQuery& query,
+                               std::function<void(QList<GKPlayer>, std::optional<GKError>)> done);
 };
 
 // One leaderboard entry.

@@ -82,6 +82,54 @@ Item {
                 }
             }
         }
+        // More players by name.
+        TextField {
+            id: search
+            objectName: "searchField"
+            width: parent.width
+            height: 38 * screen.u
+            placeholderText: "ابحث عن لاعب بالاسم"
+            font.family: Theme.fontFamily
+            font.pixelSize: 14 * screen.u
+            horizontalAlignment: TextInput.AlignRight
+            maximumLength: 32
+            onTextEdited: searchDelay.restart()
+            onAccepted: controller.findPlayers(text)
+            Timer {
+                id: searchDelay
+                interval: 350
+                onTriggered: controller.findPlayers(search.text)
+            }
+        }
+        Flow {
+            objectName: "foundPlayers"
+            width: parent.width
+            spacing: 6 * screen.u
+            visible: search.text.length > 0
+            Repeater {
+                model: controller.found
+                delegate: Rectangle {
+                    objectName: "found_" + modelData.playerID
+                    height: 32 * screen.u
+                    width: foundName.implicitWidth + 34 * screen.u
+                    radius: height / 2
+                    color: modelData.added ? Theme.gold : "#22ffffff"
+                    border.color: "#66ffffff"
+                    Text {
+                        id: foundName
+                        anchors.centerIn: parent
+                        font.family: Theme.fontFamily
+                        font.pixelSize: 14 * screen.u
+                        color: modelData.added ? Theme.ink : "#ffffff"
+                        text: (modelData.added ? "✓ " : "+ ") + modelData.name
+                    }
+                    MouseArea {
+                        anchors.fill: parent
+                        onClicked: controller.addFoundPlayer(modelData.playerID)
+                    }
+                }
+            }
+        }
         Text {
             width: parent.width
             horizontalAlignment: Text.AlignLeft // mirrored: the right edge
