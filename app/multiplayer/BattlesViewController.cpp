@@ -1,6 +1,7 @@
 #include "BattlesViewController.h"
 
 #include "multiplayer/GCMatchData.h"
+#include "multiplayer/MatchLists.h"
 #include "multiplayer/RandomBattleViewController.h"
 #include "outreach/SoundFactory.h"
 #include "platform/Navigator.h"
@@ -52,17 +53,7 @@ void BattlesViewController::loadAndSortMatches() {
             return;
         }
         // Exchanges ride on the same list: only battles stay.
-        allBattles.clear();
-        for (const GKTurnBasedMatch& m : matches.value_or(QList<GKTurnBasedMatch>())) {
-            const std::optional<GCMatchData> data = GCMatchData::unarchive(m.matchData);
-            if (data && data->string(QStringLiteral("type")) == QStringLiteral("battle")) {
-                allBattles.append(m);
-            }
-        }
-        std::stable_sort(allBattles.begin(), allBattles.end(),
-                         [](const GKTurnBasedMatch& a, const GKTurnBasedMatch& b) {
-                             return a.creationDate > b.creationDate;
-                         });
+        allBattles = MatchLists::ofType(matches, QStringLiteral("battle"));
         openBattles.clear();
         finishedBattles.clear();
         for (const GKTurnBasedMatch& m : std::as_const(allBattles)) {
@@ -78,27 +69,16 @@ void BattlesViewController::loadAndSortMatches() {
 }
 
 void BattlesViewController::loadNames(const QList<GKTurnBasedMatch>& matches) {
-    QStringList ids;
-    for (const GKTurnBasedMatch& m : matches) {
-        for (const GKTurnBasedParticipant& p : m.participants) {
-            if (!p.playerID.isEmpty() && !m_names.contains(p.playerID) && !ids.contains(p.playerID)) {
-                ids.append(p.playerID);
-            }
-        }
-    }
-    if (ids.isEmpty()) {
-        return;
-    }
-    helper().matchService().loadPlayers(ids,
-                                        [this, alive = std::weak_ptr<int>(m_alive)](QList<GKPlayer> players) {
-                                            if (alive.expired()) {
-                                                return;
-                                            }
-                                            for (const GKPlayer& p : players) {
-                                                m_names.insert(p.playerID, p.displayName);
-                                            }
-                                            emit rowsChanged();
-                                        });
+    MatchLists::loadNames(matches, m_names,
+                          [this, alive = std::weak_ptr<int>(m_alive)](QList<GKPlayer> players) {
+                              if (alive.expired()) {
+                                  return;
+                              }
+                              for (const GKPlayer& p : players) {
+                                  m_names.insert(p.playerID, p.displayName);
+                              }
+                              emit rowsChanged();
+                          });
 }
 
 QVariantMap BattlesViewController::rowFor(const GKTurnBasedMatch& m) const {

@@ -2,6 +2,7 @@
 
 #include "multiplayer/GCMatchData.h"
 #include "multiplayer/GCTurnBasedMatchHelper.h"
+#include "multiplayer/MatchLists.h"
 #include "outreach/SoundFactory.h"
 #include "platform/Navigator.h"
 #include "platform/Platform.h"
@@ -61,17 +62,7 @@ void ExchangesViewController::loadAndSortMatches() {
                 return;
             }
             // Battles ride on the same list: only exchanges stay.
-            allExchanges.clear();
-            for (const GKTurnBasedMatch& m : matches.value_or(QList<GKTurnBasedMatch>())) {
-                const std::optional<GCMatchData> data = GCMatchData::unarchive(m.matchData);
-                if (data && data->string(QStringLiteral("type")) == QStringLiteral("exchange")) {
-                    allExchanges.append(m);
-                }
-            }
-            std::stable_sort(allExchanges.begin(), allExchanges.end(),
-                             [](const GKTurnBasedMatch& a, const GKTurnBasedMatch& b) {
-                                 return a.creationDate > b.creationDate;
-                             });
+            allExchanges = MatchLists::ofType(matches, QStringLiteral("exchange"));
             receivedExchanges.clear();
             sentExchanges.clear();
             const QString me = GKLocalPlayer::localPlayer().playerID();
@@ -91,27 +82,16 @@ void ExchangesViewController::loadAndSortMatches() {
 }
 
 void ExchangesViewController::loadNames(const QList<GKTurnBasedMatch>& matches) {
-    QStringList ids;
-    for (const GKTurnBasedMatch& m : matches) {
-        for (const GKTurnBasedParticipant& p : m.participants) {
-            if (!p.playerID.isEmpty() && !m_names.contains(p.playerID) && !ids.contains(p.playerID)) {
-                ids.append(p.playerID);
-            }
-        }
-    }
-    if (ids.isEmpty()) {
-        return;
-    }
-    helper().matchService().loadPlayers(ids,
-                                        [this, alive = std::weak_ptr<int>(m_alive)](QList<GKPlayer> players) {
-                                            if (alive.expired()) {
-                                                return;
-                                            }
-                                            for (const GKPlayer& p : players) {
-                                                m_names.insert(p.playerID, p.displayName);
-                                            }
-                                            emit rowsChanged();
-                                        });
+    MatchLists::loadNames(matches, m_names,
+                          [this, alive = std::weak_ptr<int>(m_alive)](QList<GKPlayer> players) {
+                              if (alive.expired()) {
+                                  return;
+                              }
+                              for (const GKPlayer& p : players) {
+                                  m_names.insert(p.playerID, p.displayName);
+                              }
+                              emit rowsChanged();
+                          });
 }
 
 QVariantMap ExchangesViewController::rowFor(const GKTurnBasedMatch& m) const {
