@@ -136,7 +136,7 @@ void LeaderboardViewController::initialSegmentChanged(int index) {
         loadLeaderboardAddedScrollToMe({std::max<qint64>(playerRank, 51) - 50, 100}, Replace, false);
         break;
     default:
-        openJumpView();
+        openJumpView(index == 4);
         break;
     }
 }
@@ -166,11 +166,11 @@ void LeaderboardViewController::setJumpTitles() {
     emit segmentsChanged();
 }
 
-void LeaderboardViewController::openJumpView() {
+void LeaderboardViewController::openJumpView(bool scrollToMe) {
     // The initial segments go for good; the jump view stays until the page closes.
     m_multiSegmentVisible = true;
     setJumpTitles();
-    loadLeaderboardAddedScrollToMe({jumpBase() + 1, 100}, Replace, false);
+    loadLeaderboardAddedScrollToMe({jumpBase() + 1, 100}, Replace, scrollToMe);
 }
 
 void LeaderboardViewController::mainSegmentChanged(int index) {
@@ -333,8 +333,9 @@ QVariantList LeaderboardViewController::rows() const {
 
 void LeaderboardViewController::goBack() {
     SoundFactory::sharedInstance().playMenuTap();
+    // Away goes what was presented: the page itself, or the pages that hold it.
     auto& nav = Platform::shared().navigator();
-    if (nav.presentedViewController() == this) {
+    if (nav.presentedViewController()) {
         nav.dismissViewController();
     } else {
         nav.popViewController();

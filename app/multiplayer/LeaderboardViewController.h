@@ -99,7 +99,7 @@ signals:
     void scrollToRow(int row, bool middle);
 
 private:
-    void openJumpView();
+    void openJumpView(bool scrollToMe);
     void setJumpTitles();
     qint64 jumpBase() const { return (4 - m_mainSegment) * 1000; }
     void fillHeader();

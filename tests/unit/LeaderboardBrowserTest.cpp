@@ -2,8 +2,11 @@
 // growing at both ends as the list scrolls, the friends, and the openings to pick a friend or an opponent.
 #include "TestPlatform.h"
 #include "multiplayer/GameCenterManager.h"
+#include "multiplayer/GameCenterSwipeViewControllers.h"
 #include "multiplayer/LeaderboardViewController.h"
 #include "platform/gamekit/GKLocalPlayer.h"
+#include "screens/MainViewController.h"
+#include "screens/PresentationUtil.h"
 #include "screens/Screens.h"
 
 #include <QCoreApplication>
@@ -190,6 +193,21 @@ TEST_F(LeaderboardBrowser, TheInitialSegmentsAndTheOpeningsToPickAPlayer) {
     open(5000, LeaderboardViewController::PickOpponent);
     EXPECT_EQ(board->initialSegment(), 2);
     EXPECT_EQ(platform.alerts().title(), QStringLiteral("معركة مع لاعب لعبت ضده مؤخرا"));
+}
+
+TEST_F(LeaderboardBrowser, BackClosesThePagesThatHoldIt) {
+    auto& nav = Platform::shared().navigator();
+    auto* main = new MainViewController();
+    nav.setRootViewController(main);
+    PresentationUtil::openGameCenterNavControllerWithPageNumAndType(main, 0, 1);
+    auto* pages = qobject_cast<GameCenterSwipeViewControllers*>(nav.presentedViewController());
+    ASSERT_NE(pages, nullptr);
+    auto* page = qobject_cast<LeaderboardViewController*>(pages->viewControllerArray().value(0));
+    ASSERT_NE(page, nullptr);
+    EXPECT_EQ(page->openType, LeaderboardViewController::PickFriend);
+    page->goBack();
+    EXPECT_EQ(nav.presentedViewController(), nullptr);
+    EXPECT_EQ(nav.topViewController(), main);
 }
 
 } // namespace

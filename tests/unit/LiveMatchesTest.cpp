@@ -7,6 +7,8 @@
 #include "progress/RankManager.h"
 
 #include <QDateTime>
+#include <QJsonArray>
+#include <QJsonObject>
 #include <gtest/gtest.h>
 
 namespace {
@@ -78,6 +80,45 @@ TEST(LiveMatches, TheListShowsTheNewestFirstWithTodaysPoints) {
     EXPECT_EQ(rows.at(2).toMap().value("tint"), "green");
     EXPECT_EQ(rows.at(2).toMap().value("opponentAvatar"), "b3.png");
     EXPECT_EQ(list.winsText(), "0");
+}
+
+} // namespace
+
+namespace {
+
+class Heard : public GCRealTimeMatchDelegate {
+public:
+    void realTimeMatchFoundUsingStandardMatchMaker(std::shared_ptr<GKMatch>) override {}
+    void allPlayersConnected() override { calls << "connected"; }
+    void playerDisconnected() override { calls << "disconnected"; }
+    void matchDidReceiveData(const QVariantMap&) override { calls << "data"; }
+    QStringList calls;
+};
+
+TEST(LiveMatches, ConnectionChangesReachTheDelegateByTheRule) {
+    TestPlatform platform;
+    auto& helper = GCRealTimeMatchHelper::sharedInstance();
+    Heard heard;
+    helper.matchDelegate = &heard;
+    const auto match = [](int expected) {
+        return GKMatch::fromJson(QJsonObject{{"matchID", "m"},
+                                             {"players", QJsonArray{QJsonObject{{"playerID", "Tme"}},
+                                                                    QJsonObject{{"playerID", "Tother"}}}},
+                                             {"expectedPlayerCount", expected}},
+                                 "Tme");
+    };
+    // Connected while the match still waits for a player: nothing; with nobody more to wait for: all there.
+    helper.matchPlayerDidChangeConnectionState(match(1).get(), "Tother", GKPlayerStateConnected);
+    EXPECT_TRUE(heard.calls.isEmpty());
+    helper.matchPlayerDidChangeConnectionState(match(0).get(), "Tother", GKPlayerStateConnected);
+    helper.matchPlayerDidChangeConnectionState(match(0).get(), "Tother", GKPlayerStateDisconnected);
+    helper.matchPlayerDidChangeConnectionState(match(0).get(), "Tother", GKPlayerStateUnknown);
+    // A packet that is not the game's is not passed on.
+    helper.matchDidReceiveDataFromRemotePlayer(nullptr, "junk", "Tother");
+    helper.matchDidReceiveDataFromRemotePlayer(nullptr, GCRealTimeMatchHelper::archivePacket({{"type", 1}}),
+                                               "Tother");
+    EXPECT_EQ(heard.calls, (QStringList{"connected", "disconnected", "disconnected", "data"}));
+    helper.matchDelegate = nullptr;
 }
 
 } // namespace
