@@ -23,8 +23,58 @@ ProgressHud& hud() {
 
 } // namespace
 
+LeaderboardRowsModel::LeaderboardRowsModel(const QList<GKScore>& scores, QObject* parent)
+    : QAbstractListModel(parent), m_scores(scores) {}
+
+int LeaderboardRowsModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(m_count);
+}
+
+QVariant LeaderboardRowsModel::data(const QModelIndex& index, int role) const {
+    if (!index.isValid() || index.row() >= m_count || index.row() >= m_scores.size()) {
+        return {};
+    }
+    const GKScore& s = m_scores.at(index.row());
+    switch (role) {
+    case RankRole:
+        return Util::formatLongNumber(s.rank);
+    case NameRole:
+        return s.player.displayName;
+    case ScoreRole:
+        return QString::number(s.value);
+    case PlayerIDRole:
+        return s.player.playerID;
+    case IsLocalRole:
+        return s.player.playerID == GKLocalPlayer::localPlayer().playerID();
+    case IsFriendRole:
+        return s.player.isFriend;
+    default:
+        return {};
+    }
+}
+
+QHash<int, QByteArray> LeaderboardRowsModel::roleNames() const {
+    return {{RankRole, "rank"},         {NameRole, "name"},       {ScoreRole, "score"},
+            {PlayerIDRole, "playerID"}, {IsLocalRole, "isLocal"}, {IsFriendRole, "isFriend"}};
+}
+
+void LeaderboardRowsModel::scoresChanged(qint64 added, qsizetype count) {
+    const qsizetype total = m_scores.size();
+    if (added != LeaderboardViewController::Replace && count > 0 && m_count + count == total) {
+        const qsizetype first = added == LeaderboardViewController::Prepend ? 0 : m_count;
+        beginInsertRows(QModelIndex(), static_cast<int>(first), static_cast<int>(first + count - 1));
+        m_count = total;
+        endInsertRows();
+    } else if (added == LeaderboardViewController::Replace || m_count != total) {
+        beginResetModel();
+        m_count = total;
+        endResetModel();
+    }
+}
+
 LeaderboardViewController::LeaderboardViewController(QObject* parent)
-    : ViewController(QStringLiteral("LeaderboardViewController"), parent) {}
+    : ViewController(QStringLiteral("LeaderboardViewController"), parent),
+      m_rowsModel(new LeaderboardRowsModel(leaderboardScores, this)) {}
 
 LeaderboardViewController::~LeaderboardViewController() {
     if (Platform::isInstalled()) {
@@ -232,6 +282,7 @@ void LeaderboardViewController::loadLeaderboardAddedScrollToMe(GKLeaderboard::Ra
                       } else if (added == Append) {
                           if (scores) {
                               leaderboardScores.append(got);
+                              added_n = got.size();
                           }
                       } else if (added == Prepend) {
                           if (scores) {
@@ -239,6 +290,7 @@ void LeaderboardViewController::loadLeaderboardAddedScrollToMe(GKLeaderboard::Ra
                               added_n = got.size();
                           }
                       }
+                      m_rowsModel->scoresChanged(added, added_n);
                       emit rowsChanged();
                       if (scrollToMe && !leaderboardScores.isEmpty() && playerRank >= 1) {
                           // Near the middle of a hundred that starts fifty above the player: no exact search.
@@ -278,6 +330,7 @@ void LeaderboardViewController::loadLeaderboardWithPlayerIds(const QStringList* 
                               std::stable_sort(
                                   leaderboardScores.begin(), leaderboardScores.end(),
                                   [](const GKScore& a, const GKScore& b) { return a.rank < b.rank; });
+                              m_rowsModel->scoresChanged(Replace, 0);
                               emit rowsChanged();
                           }
                           hud().dismiss();

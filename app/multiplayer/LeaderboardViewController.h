@@ -4,9 +4,29 @@
 #include "platform/gamekit/GKFriendRequestComposeViewController.h"
 #include "platform/gamekit/GameKit.h"
 
+#include <QAbstractListModel>
 #include <QPointer>
 #include <QStringList>
 #include <QVariantList>
+
+// The rows of the leaderboard page for its list. Growth at either end inserts only the new rows, so that the
+// list keeps the rows it has drawn and makes only those that come into view; a jump resets it.
+class LeaderboardRowsModel : public QAbstractListModel {
+    Q_OBJECT
+public:
+    enum Role { RankRole = Qt::UserRole + 1, NameRole, ScoreRole, PlayerIDRole, IsLocalRole, IsFriendRole };
+
+    LeaderboardRowsModel(const QList<GKScore>& scores, QObject* parent);
+    int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+    // The scores have changed: `count` rows came at the top (Prepend) or at the end (Append), or all are new.
+    void scoresChanged(qint64 added, qsizetype count);
+
+private:
+    const QList<GKScore>& m_scores;
+    qsizetype m_count = 0;
+};
 
 // The leaderboard browser, page 0 of the Game Center pages. It opens around the player's own rank, jumps by
 // thousands and hundreds, grows at both ends as the list scrolls, and marks the player and his friends.
@@ -14,6 +34,8 @@
 class LeaderboardViewController : public ViewController, public GKFriendRequestComposeViewControllerDelegate {
     Q_OBJECT
     Q_PROPERTY(QVariantList rows READ rows NOTIFY rowsChanged)
+    // The same rows as a list model, for the list on the screen.
+    Q_PROPERTY(QAbstractItemModel* rowsModel READ rowsModel CONSTANT)
     Q_PROPERTY(QString currentRankText READ currentRankText NOTIFY headerChanged)
     Q_PROPERTY(QString lastWeekRankText READ lastWeekRankText NOTIFY headerChanged)
     Q_PROPERTY(QString bestRankText READ bestRankText NOTIFY headerChanged)
@@ -53,6 +75,7 @@ public:
     void loadLeaderboardWithPlayerIds(const QStringList* ids);
 
     QVariantList rows() const;
+    QAbstractItemModel* rowsModel() const { return m_rowsModel; }
     QString currentRankText() const { return m_currentRank; }
     QString lastWeekRankText() const { return m_lastWeekRank; }
     QString bestRankText() const { return m_bestRank; }
@@ -115,5 +138,6 @@ private:
     bool m_loading = false;
     QString m_currentRank, m_lastWeekRank, m_bestRank, m_playerName, m_localPlayerID, m_totalPoints;
     QPointer<GKFriendRequestComposeViewController> m_composer;
+    LeaderboardRowsModel* m_rowsModel = nullptr;
     std::shared_ptr<int> m_alive = std::make_shared<int>(0);
 };

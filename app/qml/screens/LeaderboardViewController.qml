@@ -224,15 +224,25 @@ Item {
         // Rows are all of one height, so that a jump to a row lands where it should at once.
         readonly property real rowHeight: 44 * screen.u
         cacheBuffer: rowHeight * 20
-        model: controller.rows
-        onMovementStarted: controller.scrollViewWillBeginDragging(contentY - originY)
+        model: controller.rowsModel
+        // In whole pixels: a list at rest at its top can stand a fraction of a pixel off it.
+        onMovementStarted: controller.scrollViewWillBeginDragging(Math.round(contentY - originY))
+        onMovementEnded: positionPending()
+        property int pendingRow: -1
+        property bool pendingMiddle: false
+        function positionPending() {
+            if (pendingRow < 0)
+                return
+            positionViewAtIndex(pendingRow, pendingMiddle ? ListView.Center : ListView.Beginning)
+            pendingRow = -1
+        }
         delegate: Rectangle {
             objectName: "scoreRow" + index
             width: list.width
             height: list.rowHeight
             radius: 10 * screen.u
-            color: modelData.isLocal ? Qt.rgba(204 / 255, 1, 51 / 255, 1)
-                   : modelData.isFriend ? Qt.rgba(1, 1, 148 / 255, 1) : "#f2f2f7"
+            color: model.isLocal ? Qt.rgba(204 / 255, 1, 51 / 255, 1)
+                   : model.isFriend ? Qt.rgba(1, 1, 148 / 255, 1) : "#f2f2f7"
             Component.onCompleted: controller.tableViewWillDisplayRow(index)
             Text {
                 id: rank
@@ -241,7 +251,7 @@ Item {
                 anchors.verticalCenter: parent.verticalCenter
                 width: 64 * screen.u
                 horizontalAlignment: Text.AlignHCenter
-                text: modelData.rank
+                text: model.rank
                 font.family: Theme.fontFamily
                 font.pixelSize: 15 * screen.u
                 font.bold: true
@@ -254,7 +264,7 @@ Item {
                 anchors.verticalCenter: parent.verticalCenter
                 horizontalAlignment: Text.AlignLeft // mirrored: beside the rank
                 elide: Text.ElideRight
-                text: modelData.name
+                text: model.name
                 font.family: Theme.fontFamily
                 font.pixelSize: 15 * screen.u
                 color: Theme.ink
@@ -264,7 +274,7 @@ Item {
                 anchors.right: parent.right
                 anchors.rightMargin: 12 * screen.u
                 anchors.verticalCenter: parent.verticalCenter
-                text: modelData.score
+                text: model.score
                 font.family: Theme.fontFamily
                 font.pixelSize: 14 * screen.u
                 color: "#6b5a3a"
@@ -274,8 +284,12 @@ Item {
         Connections {
             target: screen.controller
             function onScrollToRow(row, middle) {
-                // Once the list has taken the new rows.
-                Qt.callLater(list.positionViewAtIndex, row, middle ? ListView.Center : ListView.Beginning)
+                // Once the list has taken the new rows, and once the finger that pulled them in has let go
+                // and the list has come to rest: a move under way would carry the rows away again.
+                list.pendingRow = row
+                list.pendingMiddle = middle
+                if (!list.moving)
+                    Qt.callLater(list.positionPending)
             }
         }
     }
