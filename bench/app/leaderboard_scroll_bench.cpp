@@ -2,6 +2,8 @@
 // in this process under the offscreen platform with the software renderer, logged in to an account placed at
 // a chosen rank, and every frame of the scrolling is timed.
 #include "Application.h"
+#include "QuickItems.h"
+#include "ServiceProcess.h"
 #include "leaderboard_fill.h"
 #include "multiplayer/GameCenterManager.h"
 #include "multiplayer/LeaderboardViewController.h"
@@ -89,26 +91,7 @@ bool waitFor(const std::function<bool()>& done, int ms) {
     return true;
 }
 
-QList<QQuickItem*> allItems(QQuickItem* root) {
-    QList<QQuickItem*> items{root};
-    for (QQuickItem* child : root->childItems()) {
-        items += allItems(child);
-    }
-    return items;
-}
-
-QQuickItem* findItem(QQuickWindow* window, const QString& name) {
-    QQuickItem* hidden = nullptr;
-    for (QQuickItem* item : allItems(window->contentItem())) {
-        if (item->objectName() == name) {
-            if (item->isVisible()) {
-                return item;
-            }
-            hidden = item;
-        }
-    }
-    return hidden;
-}
+using QuickItems::findItem;
 
 // One blocking call to the service.
 QJsonObject call(QNetworkAccessManager& net, const QString& base, const QByteArray& verb, const QString& path,
@@ -348,27 +331,14 @@ int main(int argc, char** argv) {
     std::printf("fill: %lld players with scores stored in %.1f s\n", static_cast<long long>(opt.players),
                 static_cast<double>(t.elapsed()) / 1000.0);
 
-    QProcess service;
-    service.setProcessChannelMode(QProcess::MergedChannels);
-    service.start(TARVOLIN_SERVICE_BINARY, {"--address", "127.0.0.1", "--port", "0", "--database", dbPath,
-                                            "--log-level", "info", "--rate-limit", "0"});
-    int port = 0;
-    if (!service.waitForStarted(10000)) {
-        qFatal("tarvolin-service did not start");
-    }
-    while (port == 0 && service.waitForReadyRead(60000)) {
-        while (service.canReadLine()) {
-            const QJsonObject line = QJsonDocument::fromJson(service.readLine()).object();
-            if (line.value("msg").toString() == QLatin1String("listening")) {
-                port = line.value("port").toInt();
-            }
-        }
-    }
+    ServiceProcess service;
+    const int port = service.start(TARVOLIN_SERVICE_BINARY, dbPath, {"--rate-limit", "0"}, 60000);
     if (port == 0) {
-        qFatal("tarvolin-service did not say where it listens");
+        qFatal("tarvolin-service did not start or did not say where it listens");
     }
     // Its request log is not needed.
-    QObject::connect(&service, &QProcess::readyRead, &service, [&service] { service.readAll(); });
+    QProcess& log = service.process();
+    QObject::connect(&log, &QProcess::readyRead, &log, [&log] { log.readAll(); });
     const QString base = QStringLiteral("http://127.0.0.1:%1").arg(port);
     std::printf("service: up on port %d after %.1f s (ranks loaded)\n", port,
                 static_cast<double>(t.elapsed()) / 1000.0);
@@ -525,7 +495,5 @@ int main(int argc, char** argv) {
             std::fclose(f);
         }
     }
-    service.terminate();
-    service.waitForFinished(10000);
-    return 0;
+    return 0; // the service stops with its process object
 }

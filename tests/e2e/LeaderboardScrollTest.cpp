@@ -2,6 +2,7 @@
 // platform and scrolled with the finger: it opens around the player's rank in the middle, grows at its end as
 // the list is dragged down and at its top when dragged at the top, and the rows stay whole and in place.
 #include "Application.h"
+#include "ServiceProcess.h"
 #include "TestPlatform.h"
 #include "core/AppDelegate.h"
 #include "leaderboard_fill.h"
@@ -16,7 +17,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMouseEvent>
-#include <QProcess>
 #include <QQmlApplicationEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
@@ -53,24 +53,11 @@ protected:
         dataDir = new QTemporaryDir();
         const QString db = dataDir->filePath("leaderboard.db");
         tarvolin::fill::fillLeaderboard(db.toStdString(), kPlayers);
-        service = new QProcess();
-        service->setProcessChannelMode(QProcess::MergedChannels);
-        service->start(TARVOLIN_SERVICE_BINARY, {"--address", "127.0.0.1", "--port", "0", "--database", db,
-                                                 "--log-level", "info", "--rate-limit", "0"});
-        ASSERT_TRUE(service->waitForStarted(10000));
-        while (port == 0 && service->waitForReadyRead(30000)) {
-            while (service->canReadLine()) {
-                const QJsonObject line = QJsonDocument::fromJson(service->readLine()).object();
-                if (line.value("msg").toString() == QLatin1String("listening")) {
-                    port = line.value("port").toInt();
-                }
-            }
-        }
+        service = new ServiceProcess();
+        port = service->start(TARVOLIN_SERVICE_BINARY, db, {"--rate-limit", "0"});
         ASSERT_NE(port, 0) << "tarvolin-service did not start";
     }
     static void TearDownTestSuite() {
-        service->terminate();
-        service->waitForFinished(10000);
         delete service;
         delete dataDir;
     }
@@ -188,7 +175,7 @@ protected:
     QQuickItem* list = nullptr;
     QElapsedTimer clock;
 
-    static inline QProcess* service = nullptr;
+    static inline ServiceProcess* service = nullptr;
     static inline QTemporaryDir* dataDir = nullptr;
     static inline int port = 0;
 };

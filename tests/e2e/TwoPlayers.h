@@ -3,6 +3,7 @@
 // directly.
 #pragma once
 
+#include "ServiceProcess.h"
 #include "TestPlatform.h"
 #include "core/AppDelegate.h"
 #include "core/GameViewController.h"
@@ -35,7 +36,6 @@
 #include <QJsonObject>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QWebSocket>
@@ -53,25 +53,11 @@ class TwoPlayers : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
         dataDir = new QTemporaryDir();
-        service = new QProcess();
-        service->setProcessChannelMode(QProcess::MergedChannels);
-        service->start(TARVOLIN_SERVICE_BINARY, {"--address", "127.0.0.1", "--port", "0", "--database",
-                                                 dataDir->filePath("e2e.db"), "--log-level", "info"});
-        ASSERT_TRUE(service->waitForStarted(10000));
-        // The service says where it listens in its first log line.
-        while (port == 0 && service->waitForReadyRead(10000)) {
-            while (service->canReadLine()) {
-                const QJsonObject line = QJsonDocument::fromJson(service->readLine()).object();
-                if (line.value("msg").toString() == QLatin1String("listening")) {
-                    port = line.value("port").toInt();
-                }
-            }
-        }
+        service = new ServiceProcess();
+        port = service->start(TARVOLIN_SERVICE_BINARY, dataDir->filePath("e2e.db"), {}, 10000);
         ASSERT_NE(port, 0) << "tarvolin-service did not start";
     }
     static void TearDownTestSuite() {
-        service->terminate();
-        service->waitForFinished(10000);
         delete service;
         delete dataDir;
     }
@@ -195,7 +181,7 @@ protected:
         return out;
     }
 
-    static inline QProcess* service = nullptr;
+    static inline ServiceProcess* service = nullptr;
     static inline QTemporaryDir* dataDir = nullptr;
     static inline int port = 0;
     TestPlatform platform;

@@ -224,6 +224,8 @@ Item {
         // Rows are all of one height, so that a jump to a row lands where it should at once.
         readonly property real rowHeight: 44 * screen.u
         cacheBuffer: rowHeight * 20
+        // Rows that leave the screen, or a whole list that a jump replaces, give their items to the next.
+        reuseItems: true
         model: controller.rowsModel
         // In whole pixels: a list at rest at its top can stand a fraction of a pixel off it.
         onMovementStarted: controller.scrollViewWillBeginDragging(Math.round(contentY - originY))
@@ -244,6 +246,7 @@ Item {
             color: model.isLocal ? Qt.rgba(204 / 255, 1, 51 / 255, 1)
                    : model.isFriend ? Qt.rgba(1, 1, 148 / 255, 1) : "#f2f2f7"
             Component.onCompleted: controller.tableViewWillDisplayRow(index)
+            ListView.onReused: controller.tableViewWillDisplayRow(index)
             Text {
                 id: rank
                 anchors.left: parent.left // mirrored: the right edge
