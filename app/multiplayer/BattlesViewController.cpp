@@ -63,22 +63,9 @@ void BattlesViewController::loadAndSortMatches() {
                 finishedBattles.append(m);
             }
         }
-        loadNames(allBattles);
+        MatchLists::loadNames(allBattles, &m_names, m_alive, [this] { emit rowsChanged(); });
         emit rowsChanged();
     });
-}
-
-void BattlesViewController::loadNames(const QList<GKTurnBasedMatch>& matches) {
-    MatchLists::loadNames(matches, m_names,
-                          [this, alive = std::weak_ptr<int>(m_alive)](QList<GKPlayer> players) {
-                              if (alive.expired()) {
-                                  return;
-                              }
-                              for (const GKPlayer& p : players) {
-                                  m_names.insert(p.playerID, p.displayName);
-                              }
-                              emit rowsChanged();
-                          });
 }
 
 QVariantMap BattlesViewController::rowFor(const GKTurnBasedMatch& m) const {

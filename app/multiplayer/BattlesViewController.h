@@ -66,7 +66,6 @@ private:
         return m_segment == 0 ? openBattles : finishedBattles;
     }
     QVariantMap rowFor(const GKTurnBasedMatch& match) const;
-    void loadNames(const QList<GKTurnBasedMatch>& matches);
 
     int m_segment = 0;
     QString m_clickedReply;

@@ -76,22 +76,9 @@ void ExchangesViewController::loadAndSortMatches() {
                     receivedExchanges.append(m);
                 }
             }
-            loadNames(allExchanges);
+            MatchLists::loadNames(allExchanges, &m_names, m_alive, [this] { emit rowsChanged(); });
             emit rowsChanged();
         });
-}
-
-void ExchangesViewController::loadNames(const QList<GKTurnBasedMatch>& matches) {
-    MatchLists::loadNames(matches, m_names,
-                          [this, alive = std::weak_ptr<int>(m_alive)](QList<GKPlayer> players) {
-                              if (alive.expired()) {
-                                  return;
-                              }
-                              for (const GKPlayer& p : players) {
-                                  m_names.insert(p.playerID, p.displayName);
-                              }
-                              emit rowsChanged();
-                          });
 }
 
 QVariantMap ExchangesViewController::rowFor(const GKTurnBasedMatch& m) const {

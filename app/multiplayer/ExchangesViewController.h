@@ -58,7 +58,6 @@ private:
     }
     QVariantMap rowFor(const GKTurnBasedMatch& match) const;
     void fillTotals();
-    void loadNames(const QList<GKTurnBasedMatch>& matches);
     void answer(int row, const QString& reply, qint64 gold);
 
     int m_segment = 0;

@@ -21,8 +21,9 @@ QList<GKTurnBasedMatch> ofType(const std::optional<QList<GKTurnBasedMatch>>& mat
     return out;
 }
 
-void loadNames(const QList<GKTurnBasedMatch>& matches, const QHash<QString, QString>& known,
-               std::function<void(QList<GKPlayer>)> done) {
+void loadNames(const QList<GKTurnBasedMatch>& matches, QHash<QString, QString>* names,
+               std::weak_ptr<int> alive, std::function<void()> changed) {
+    const QHash<QString, QString>& known = *names;
     QStringList ids;
     for (const GKTurnBasedMatch& m : matches) {
         for (const GKTurnBasedParticipant& p : m.participants) {
@@ -32,7 +33,16 @@ void loadNames(const QList<GKTurnBasedMatch>& matches, const QHash<QString, QStr
         }
     }
     if (!ids.isEmpty()) {
-        GCTurnBasedMatchHelper::sharedInstance().matchService().loadPlayers(ids, std::move(done));
+        GCTurnBasedMatchHelper::sharedInstance().matchService().loadPlayers(
+            ids, [names, alive, changed = std::move(changed)](QList<GKPlayer> players) {
+                if (alive.expired()) {
+                    return;
+                }
+                for (const GKPlayer& p : players) {
+                    names->insert(p.playerID, p.displayName);
+                }
+                changed();
+            });
     }
 }
 

@@ -5,6 +5,7 @@
 #include <QHash>
 #include <QList>
 #include <functional>
+#include <memory>
 #include <optional>
 
 // What the battles and exchanges pages share: their matches out of the player's list, and the names of the
@@ -14,9 +15,9 @@ namespace MatchLists {
 // The matches whose data is a dictionary of this "type", newest first; a failed load gives none.
 QList<GKTurnBasedMatch> ofType(const std::optional<QList<GKTurnBasedMatch>>& matches, const QString& type);
 
-// Loads the display names of the players seated in the matches whose names `known` does not hold yet; `done`
-// gets them, and is not called when there are none to load.
-void loadNames(const QList<GKTurnBasedMatch>& matches, const QHash<QString, QString>& known,
-               std::function<void(QList<GKPlayer>)> done);
+// Loads into `names` (identifier to display name) the names of the players seated in the matches that it does
+// not hold yet, then calls `changed`; nothing happens once `alive` has expired, the owner of `names` gone.
+void loadNames(const QList<GKTurnBasedMatch>& matches, QHash<QString, QString>* names,
+               std::weak_ptr<int> alive, std::function<void()> changed);
 
 } // namespace MatchLists
