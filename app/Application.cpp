@@ -48,6 +48,7 @@ const QMap<QString, QString>& presentedScreens() {
         {"matchmaker", "GKTurnBasedMatchmakerViewController"},
         {"livematch", "GKMatchmakerViewController"},
         {"livebattles", "RealTimeBattleListViewController"},
+        {"store", "StoreViewController"},
     };
     return screens;
 }

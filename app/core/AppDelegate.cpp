@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 
+#include "outreach/GameIAPHelper.h"
 #include "platform/Dispatch.h"
 #include "platform/Platform.h"
 #include "progress/BonusManager.h"
@@ -20,6 +21,12 @@ bool AppDelegate::applicationDidFinishLaunchingWithOptions(const QVariantMap& la
     auto& platform = Platform::shared();
     // The session is counted first: everything after it sees this start's day and session.
     SessionManager::sharedInstance().checkAndLogSessionInfo();
+
+    // Payments are heard before any screen can buy; an unfinished one is handed over again from here.
+    SKPaymentQueue::defaultQueue().addTransactionObserver(&GameIAPHelper::sharedInstance());
+    if (Util::isConnected()) {
+        GameIAPHelper::sharedInstance().requestProducts();
+    }
 
     // The first screen exists before anything below runs.
     if (auto* root = instantiateInitialViewController()) {

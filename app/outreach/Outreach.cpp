@@ -4,12 +4,10 @@
 
 AdPacing* Outreach::ads = nullptr;
 Sharing* Outreach::sharing = nullptr;
-Store* Outreach::store = nullptr;
 
 void Outreach::clear() {
     ads = nullptr;
     sharing = nullptr;
-    store = nullptr;
 }
 
 void Outreach::showUnavailable(const QString& what) {

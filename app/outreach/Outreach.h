@@ -44,20 +44,12 @@ public:
     virtual bool isOurAppsOpened() const = 0;
 };
 
-// The store screen.
-class Store {
-public:
-    virtual ~Store() = default;
-    virtual void openInAppStore(ViewController* presenting) = 0;
-};
-
-// The managers behind ads, sharing and the store register here when they start; while
+// The managers behind ads and sharing register here when they start; while
 // one is missing, the features that need it tell the player they are not available.
 class Outreach {
 public:
     static AdPacing* ads;
     static Sharing* sharing;
-    static Store* store;
     static void clear();
 
     static inline const QString kUnavailableTitle = QStringLiteral("غير متوفر حاليا");

@@ -17,6 +17,7 @@
 #include "UserDefaults.h"
 #include "WebClient.h"
 #include "gamekit/GameService.h"
+#include "storekit/SKPaymentSheet.h"
 
 #include <memory>
 
@@ -60,6 +61,7 @@ public:
     MyEmitter& emitter() { return m_emitter; }
     Alerts& alerts() { return m_alerts; }
     ProgressHud& progressHud() { return m_hud; }
+    SKPaymentSheet& paymentSheet() { return m_paymentSheet; }
     Navigator& navigator() { return *m_navigator; }
 
 private:
@@ -69,6 +71,7 @@ private:
     NotificationCenter m_center;
     Alerts m_alerts;
     ProgressHud m_hud;
+    SKPaymentSheet m_paymentSheet;
     Banner m_banner;
     MyEmitter m_emitter;
     std::unique_ptr<Navigator> m_navigator;

@@ -23,6 +23,9 @@ QVariant UserDefaults::read(const QString& key) const {
 void UserDefaults::write(const QString& key, const QVariant& value) {
     QMutexLocker lock(&m_mutex);
     m_settings->setValue(key, value);
+    if (m_batchDepth > 0) {
+        return;
+    }
     m_settings->sync();
     if (m_settings->status() != QSettings::NoError) {
         qWarning().noquote() << "Could not write the settings file" << m_path;
@@ -132,10 +135,27 @@ void UserDefaults::setObjectForKey(const QVariant& value, const QString& key) {
 void UserDefaults::removeObjectForKey(const QString& key) {
     QMutexLocker lock(&m_mutex);
     m_settings->remove(key);
-    m_settings->sync();
+    if (m_batchDepth == 0) {
+        m_settings->sync();
+    }
 }
 
 void UserDefaults::synchronize() {
     QMutexLocker lock(&m_mutex);
     m_settings->sync();
+}
+
+UserDefaults::Batch::Batch(UserDefaults& defaults) : m_defaults(defaults) {
+    QMutexLocker lock(&m_defaults.m_mutex);
+    ++m_defaults.m_batchDepth;
+}
+
+UserDefaults::Batch::~Batch() {
+    QMutexLocker lock(&m_defaults.m_mutex);
+    if (--m_defaults.m_batchDepth == 0) {
+        m_defaults.m_settings->sync();
+        if (m_defaults.m_settings->status() != QSettings::NoError) {
+            qWarning().noquote() << "Could not write the settings file" << m_defaults.m_path;
+        }
+    }
 }

@@ -35,11 +35,25 @@ public:
     // Flushes to disk. Setters already do this; kept for callers that batch.
     void synchronize();
 
+    // While a batch lives, changes are kept in memory and written together when the outermost batch ends:
+    // a program killed in between leaves the file as it was before the batch.
+    class Batch {
+    public:
+        explicit Batch(UserDefaults& defaults);
+        ~Batch();
+        Batch(const Batch&) = delete;
+        Batch& operator=(const Batch&) = delete;
+
+    private:
+        UserDefaults& m_defaults;
+    };
+
 private:
     QVariant read(const QString& key) const;
     void write(const QString& key, const QVariant& value);
 
     QString m_path;
     mutable QMutex m_mutex;
+    int m_batchDepth = 0;
     std::unique_ptr<QSettings> m_settings;
 };

@@ -50,5 +50,8 @@ Window {
         ProgressOverlay {
             anchors.fill: parent
         }
+        PaymentSheetOverlay {
+            anchors.fill: parent
+        }
     }
 }

@@ -88,10 +88,6 @@ void PresentationUtil::openAboutViewController(ViewController*) {
     present("AboutViewController");
 }
 
-void PresentationUtil::openInAppStore(ViewController* presenting) {
-    if (Outreach::store) {
-        Outreach::store->openInAppStore(presenting);
-    } else {
-        Outreach::showUnavailable(QStringLiteral("المتجر"));
-    }
+void PresentationUtil::openInAppStore(ViewController*) {
+    present("StoreViewController");
 }

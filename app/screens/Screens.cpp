@@ -17,6 +17,7 @@
 #include "multiplayer/RandomBattleViewController.h"
 #include "multiplayer/RealTimeBattleListViewController.h"
 #include "multiplayer/RealTimeBattleStartViewController.h"
+#include "outreach/StoreViewController.h"
 #include "platform/Platform.h"
 #include "platform/gamekit/GKFriendRequestComposeViewController.h"
 #include "platform/gamekit/GKMatchPickers.h"
@@ -66,6 +67,7 @@ template <class F> void forEachScreen(F&& f) {
     f.template operator()<RandomBattleViewController>("RandomBattleViewController");
     f.template operator()<GCPlayerViewController>("GCPlayerViewController");
     f.template operator()<GKFriendRequestComposeViewController>("GKFriendRequestComposeViewController");
+    f.template operator()<StoreViewController>("StoreViewController");
 }
 } // namespace
 
@@ -100,6 +102,7 @@ std::unique_ptr<QQmlApplicationEngine> createGameEngine() {
     ctx->setContextProperty(QStringLiteral("navigator"), &platform.navigator());
     ctx->setContextProperty(QStringLiteral("alerts"), &platform.alerts());
     ctx->setContextProperty(QStringLiteral("progressHud"), &platform.progressHud());
+    ctx->setContextProperty(QStringLiteral("paymentSheet"), &platform.paymentSheet());
     ctx->setContextProperty(QStringLiteral("device"), &platform.device());
     ctx->setContextProperty(QStringLiteral("reachability"), &platform.reachability());
     ctx->setContextProperty(QStringLiteral("banner"), &platform.banner());
