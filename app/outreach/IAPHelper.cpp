@@ -44,8 +44,8 @@ IAPHelper::~IAPHelper() {
 void IAPHelper::requestProducts() {
     m_request = SKProductsRequest::initWithProductIdentifiers(m_productIdentifiers);
     m_request->setDelegate(this);
+    m_isProductsBeingRequested = true; // before the start, since an answer may come at once
     m_request->start();
-    m_isProductsBeingRequested = true;
 }
 
 void IAPHelper::productsRequestDidReceiveResponse(SKProductsRequest*, const SKProductsResponse& response) {

@@ -3,6 +3,7 @@
 #include "outreach/Outreach.h"
 #include "platform/Dispatch.h"
 #include "platform/SharedInstances.h"
+#include "platform/storekit/SKPaymentQueue.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -143,6 +144,7 @@ void flushDeletes() {
 TestPlatform::~TestPlatform() {
     Dispatch::waitForGlobal();
     Outreach::clear();
+    SKPaymentQueue::setServer(nullptr);
     flushDeletes();
     SharedInstances::resetAll();
     Platform::uninstall();
