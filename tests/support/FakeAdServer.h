@@ -23,6 +23,7 @@ public:
         QStringList claims;                         // impression identifiers
         std::optional<GADError> impressionError;
         std::optional<GADError> claimError;
+        QString creativeBase = QStringLiteral("http://ads.test"); // what creatives' paths are relative to
         bool holdAds = false;
         bool holdImpressions = false;
         std::vector<std::function<void()>> heldAds;
@@ -87,7 +88,7 @@ public:
     }
 
     QUrl creativeUrl(const QString& relative) const override {
-        return QUrl(QStringLiteral("http://ads.test") + relative);
+        return QUrl(m_state->creativeBase + relative);
     }
 
 private:
