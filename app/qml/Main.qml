@@ -40,6 +40,9 @@ Window {
         EmitterOverlay {
             anchors.fill: parent
         }
+        AdOverlay {
+            anchors.fill: parent
+        }
         DropdownBanner {
             anchors.left: parent.left
             anchors.right: parent.right

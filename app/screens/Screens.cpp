@@ -19,6 +19,7 @@
 #include "multiplayer/RealTimeBattleStartViewController.h"
 #include "outreach/StoreViewController.h"
 #include "platform/Platform.h"
+#include "platform/adkit/AdKit.h"
 #include "platform/gamekit/GKFriendRequestComposeViewController.h"
 #include "platform/gamekit/GKMatchPickers.h"
 #include "screens/AboutViewController.h"
@@ -88,6 +89,13 @@ void registerQmlTypes() {
     qmlRegisterUncreatableType<GameView>(uri, 1, 0, "GameView", "made by the board");
     qmlRegisterUncreatableType<PictureView>(uri, 1, 0, "PictureView", "made by the board");
     qmlRegisterUncreatableType<InfoCardView>(uri, 1, 0, "InfoCardView", "made by the play screen");
+    qmlRegisterUncreatableType<GADFullScreenPresentingAd>(uri, 1, 0, "GADFullScreenPresentingAd",
+                                                          "loaded by the ad kit");
+    qmlRegisterUncreatableType<GADInterstitialAd>(uri, 1, 0, "GADInterstitialAd", "loaded by the ad kit");
+    qmlRegisterUncreatableType<GADRewardedAd>(uri, 1, 0, "GADRewardedAd", "loaded by the ad kit");
+    qmlRegisterUncreatableType<GADBannerView>(uri, 1, 0, "GADBannerView", "made by the ad kit");
+    qmlRegisterUncreatableType<AdsHostView>(uri, 1, 0, "AdsHostView", "made by the play screen");
+    qmlRegisterUncreatableType<GADAdPresenter>(uri, 1, 0, "GADAdPresenter", "the ad kit's own");
 }
 
 std::unique_ptr<QQmlApplicationEngine> createGameEngine() {
@@ -107,6 +115,7 @@ std::unique_ptr<QQmlApplicationEngine> createGameEngine() {
     ctx->setContextProperty(QStringLiteral("reachability"), &platform.reachability());
     ctx->setContextProperty(QStringLiteral("banner"), &platform.banner());
     ctx->setContextProperty(QStringLiteral("emitter"), &platform.emitter());
+    ctx->setContextProperty(QStringLiteral("adPresenter"), &GADAdPresenter::shared());
     engine->addImageProvider(QStringLiteral("players"), new PlayerPhotoProvider());
     engine->load(QUrl(QStringLiteral("qrc:/qml/Main.qml")));
     if (engine->rootObjects().isEmpty()) {
