@@ -117,6 +117,8 @@ Api::Api(store::Store& store, ApiConfig config, ClockMs clock)
     add("DELETE", "/v1/achievements", &Api::resetAchievements, true);
     addMatchRoutes();
     addLiveRoutes();
+    addStoreRoutes();
+    addAdRoutes();
 }
 
 void Api::add(std::string method, std::string pattern, Handler h, bool needsToken) {
@@ -240,6 +242,13 @@ Response Api::handle(const Request& req) {
         for (std::size_t i = 0; i < segs.size() && match; ++i) {
             if (r.parts[i] == "{id}") {
                 a.emplace_back(segs[i]);
+            } else if (r.parts[i].starts_with("{id}")) {
+                // "{id}.svg": the identifier before a fixed ending.
+                const std::string_view ending = std::string_view(r.parts[i]).substr(4);
+                match = segs[i].size() > ending.size() && segs[i].ends_with(ending);
+                if (match) {
+                    a.emplace_back(segs[i].substr(0, segs[i].size() - ending.size()));
+                }
             } else {
                 match = r.parts[i] == segs[i];
             }

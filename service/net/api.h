@@ -6,6 +6,7 @@
 #include "logic/live_rules.h"
 #include "logic/rank_index.h"
 #include "logic/text_rules.h"
+#include "net/metrics.h"
 #include "store/store.h"
 
 #include <cstdint>
@@ -95,6 +96,7 @@ public:
     store::Store& store() { return store_; }
     std::int64_t leaderboardSize() const;
     std::int64_t now() const { return clock_(); }
+    const CommerceMetrics& commerceMetrics() const { return commerce_; }
     // Moves every turn that has run out by now to its next player; returns how many moved.
     std::size_t expireDueTurns();
     // Live matches, over the event WebSocket. Connects the player to a found match; the opponent hears of it
@@ -168,6 +170,24 @@ private:
     Response acceptLiveMatch(Ctx&);
     Response leaveLiveMatch(Ctx&);
     void addLiveRoutes();
+    Response storeProducts(Ctx&);
+    Response openPayment(Ctx&);
+    Response approvePayment(Ctx&);
+    Response cancelPayment(Ctx&);
+    Response answerPayment(Ctx&, logic::shop::Answer answer);
+    Response listTransactions(Ctx&);
+    Response finishTransaction(Ctx&);
+    Response restorePurchases(Ctx&);
+    Response sandbox(Ctx&);
+    Response setSandbox(Ctx&);
+    // Fails the caller's payments whose sheet was left, so that they are handed over and finished too.
+    void failLeftPayments(const std::string& playerId);
+    void addStoreRoutes();
+    Response nextAd(Ctx&);
+    Response adCreative(Ctx&);
+    Response recordImpression(Ctx&);
+    Response claimReward(Ctx&);
+    void addAdRoutes();
     // Tells both players that a removed live match has ended, except the one who ended it.
     void tellLiveEnded(const logic::live::Match& m, const std::string& by, const std::string& reason);
     // Applies a move to a stored match and wakes the players it tells; the answer is the match or the error.
@@ -200,6 +220,8 @@ private:
     logic::RankIndex index_;
     std::mutex reportMutex_; // one score change at a time: storage first, then the index
     std::int64_t lastReachedAt_ = 0;
+
+    CommerceMetrics commerce_;
 
     std::unique_ptr<store::Watch> watch_; // last, so that it ends first
 };

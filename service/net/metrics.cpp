@@ -66,4 +66,36 @@ std::string Metrics::render(const std::string& extraGauges) const {
     return out.str();
 }
 
+std::string CommerceMetrics::render() const {
+    namespace ads = logic::ads;
+    std::ostringstream out;
+    static constexpr std::array<const char*, 5> kPaymentNames{"created", "purchased", "failed", "finished",
+                                                              "restored"};
+    out << "# HELP tarvolin_store_transactions_total Sandbox payments opened, purchased, failed, finished, "
+           "and transactions restored.\n"
+        << "# TYPE tarvolin_store_transactions_total counter\n";
+    for (std::size_t i = 0; i < kPaymentNames.size(); ++i) {
+        out << "tarvolin_store_transactions_total{event=\"" << kPaymentNames[i] << "\"} "
+            << payments_[i].load() << "\n";
+    }
+    auto byFormat = [&](const char* name, const char* help,
+                        const std::array<std::atomic<std::uint64_t>, ads::kFormats>& counts) {
+        out << "# HELP " << name << " " << help << "\n# TYPE " << name << " counter\n";
+        for (std::size_t i = 0; i < ads::kFormats; ++i) {
+            out << name << "{format=\"" << ads::formatName(static_cast<ads::Format>(i)) << "\"} "
+                << counts[i].load() << "\n";
+        }
+    };
+    byFormat("tarvolin_ads_served_total", "House ads served, by format.", served_);
+    byFormat("tarvolin_ad_impressions_total", "Impressions recorded, by format.", impressions_);
+    byFormat("tarvolin_ad_rewards_total", "Rewards granted, by format.", rewards_);
+    out << "# HELP tarvolin_ad_rewards_refused_total Reward claims refused, by the refusal's code.\n"
+        << "# TYPE tarvolin_ad_rewards_refused_total counter\n";
+    for (ads::Refusal r : {ads::Refusal::NotFound, ads::Refusal::TooEarly, ads::Refusal::AlreadyRewarded}) {
+        out << "tarvolin_ad_rewards_refused_total{code=\"" << ads::refusalCode(r) << "\"} "
+            << refused_.at(static_cast<std::size_t>(r)).load() << "\n";
+    }
+    return out.str();
+}
+
 } // namespace tarvolin::net

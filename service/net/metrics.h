@@ -1,6 +1,8 @@
 // Counters of the service, written out in the Prometheus text format.
 #pragma once
 
+#include "logic/ad_rules.h"
+
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -39,6 +41,26 @@ private:
     std::atomic<std::int64_t> openWebSockets_{0};
     std::atomic<std::uint64_t> liveRelayed_{0};
     std::atomic<std::uint64_t> liveRefused_{0};
+};
+
+// Counters of the payment sandbox and the house ads, kept by the API and written out with the others.
+class CommerceMetrics {
+public:
+    enum class Payment { Created, Purchased, Failed, Finished, Restored };
+    void payments(Payment p, std::uint64_t n = 1) { payments_.at(static_cast<std::size_t>(p)) += n; }
+    void adServed(logic::ads::Format f) { ++served_.at(static_cast<std::size_t>(f)); }
+    void impression(logic::ads::Format f) { ++impressions_.at(static_cast<std::size_t>(f)); }
+    void rewarded(logic::ads::Format f) { ++rewards_.at(static_cast<std::size_t>(f)); }
+    void rewardRefused(logic::ads::Refusal r) { ++refused_.at(static_cast<std::size_t>(r)); }
+
+    std::string render() const;
+
+private:
+    std::array<std::atomic<std::uint64_t>, 5> payments_{};
+    std::array<std::atomic<std::uint64_t>, logic::ads::kFormats> served_{};
+    std::array<std::atomic<std::uint64_t>, logic::ads::kFormats> impressions_{};
+    std::array<std::atomic<std::uint64_t>, logic::ads::kFormats> rewards_{};
+    std::array<std::atomic<std::uint64_t>, 4> refused_{};
 };
 
 } // namespace tarvolin::net

@@ -453,7 +453,8 @@ private:
             res.body = server_.metrics().render("# HELP tarvolin_leaderboard_players Players with a "
                                                 "score.\n# TYPE tarvolin_leaderboard_players gauge\n"
                                                 "tarvolin_leaderboard_players " +
-                                                std::to_string(server_.api().leaderboardSize()) + "\n");
+                                                std::to_string(server_.api().leaderboardSize()) + "\n" +
+                                                server_.api().commerceMetrics().render());
             res.route = "/metrics";
         } else {
             r.query = std::move(*query);

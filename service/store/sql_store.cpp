@@ -1,7 +1,9 @@
 #include "store/store.h"
 
+#include "store/ad_rows.h"
 #include "store/live_rows.h"
 #include "store/match_rows.h"
+#include "store/store_rows.h"
 
 #include <algorithm>
 #include <unordered_map>
@@ -634,6 +636,181 @@ public:
         if (locks()) {
             conn_->transact([&](Tx& tx) { tx.notify(kLiveChannel, payload); });
         }
+    }
+
+    std::vector<shop::Product> products(const std::vector<std::string>& ids) override {
+        std::vector<shop::Product> out;
+        conn_->read([&](Tx& tx) { out = store_rows::products(tx, ids); });
+        return out;
+    }
+
+    PaymentResult openPayment(const shop::Transaction& t, std::size_t maxPurchasing) override {
+        PaymentResult out = t;
+        conn_->transact([&](Tx& tx) {
+            if (!store_rows::productExists(tx, t.productId)) {
+                out = PaymentRefusal::ProductNotFound;
+                return;
+            }
+            const std::int64_t latest = store_rows::lockPlayer(tx, t.playerId);
+            if (store_rows::purchasingCount(tx, t.playerId) >= maxPurchasing) {
+                out = PaymentRefusal::TooManyPayments;
+                return;
+            }
+            shop::Transaction opened = t;
+            opened.seq = latest + 1;
+            store_rows::insert(tx, opened);
+            store_rows::setLatest(tx, t.playerId, opened.seq);
+            out = opened;
+        });
+        return out;
+    }
+
+    TransactionResult changeTransaction(const std::string& id, const TransactionMove& move) override {
+        TransactionResult out = shop::Refusal::NotFound;
+        conn_->transact([&](Tx& tx) {
+            // The row is locked where the database has row locks, and SQLite has one writer: the write's
+            // guard holds anyway, and should it ever miss, the move is made again on what is stored.
+            for (int attempt = 0; attempt < 3; ++attempt) {
+                std::optional<shop::Transaction> before = store_rows::load(tx, id, locks());
+                if (!before) {
+                    out = shop::Refusal::NotFound;
+                    return;
+                }
+                shop::Result moved = move(*before, store_rows::sandbox(tx, before->playerId));
+                if (auto* refusal = std::get_if<shop::Refusal>(&moved)) {
+                    out = *refusal;
+                    return;
+                }
+                const shop::Transaction& after = std::get<shop::Transaction>(moved);
+                if (after.state == before->state && after.finished == before->finished) {
+                    out = TransactionChange{*before, false};
+                    return;
+                }
+                if (store_rows::update(tx, after, *before)) {
+                    out = TransactionChange{after, true};
+                    return;
+                }
+            }
+            throw StoreError("transaction " + id + " kept changing");
+        });
+        return out;
+    }
+
+    std::size_t failLeftPayments(const std::string& playerId, std::int64_t openedBefore, std::int64_t now,
+                                 const shop::Failure& failure) override {
+        std::size_t n = 0;
+        conn_->transact(
+            [&](Tx& tx) { n = store_rows::failOpenedBefore(tx, playerId, openedBefore, now, failure); });
+        return n;
+    }
+
+    std::vector<shop::Transaction> unfinishedTransactions(const std::string& playerId) override {
+        std::vector<shop::Transaction> out;
+        conn_->read([&](Tx& tx) { out = store_rows::unfinished(tx, playerId); });
+        return out;
+    }
+
+    Restoration restorePurchases(const std::string& playerId, std::int64_t now,
+                                 const std::function<std::string()>& newId) override {
+        Restoration out;
+        conn_->transact([&](Tx& tx) {
+            out = Restoration{};
+            std::int64_t latest = store_rows::lockPlayer(tx, playerId);
+            out.transactions = store_rows::unfinished(tx, playerId, shop::State::Restored);
+            if (!out.transactions.empty()) {
+                return;
+            }
+            for (const shop::Transaction& purchase : store_rows::finishedPurchases(tx, playerId)) {
+                shop::Transaction r = shop::restoration(purchase, newId(), now);
+                r.seq = ++latest;
+                store_rows::insert(tx, r);
+                out.transactions.push_back(std::move(r));
+            }
+            out.added = out.transactions.size();
+            store_rows::setLatest(tx, playerId, latest);
+        });
+        return out;
+    }
+
+    shop::Outcome sandboxOutcome(const std::string& playerId) override {
+        shop::Outcome out = shop::Outcome::Purchase;
+        conn_->read([&](Tx& tx) { out = store_rows::sandbox(tx, playerId); });
+        return out;
+    }
+
+    void setSandboxOutcome(const std::string& playerId, shop::Outcome outcome) override {
+        conn_->transact([&](Tx& tx) { store_rows::setSandbox(tx, playerId, outcome); });
+    }
+
+    std::optional<logic::ads::Ad> serveAd(const std::string& playerId, logic::ads::Format format,
+                                          const std::string& token, std::int64_t now) override {
+        std::optional<logic::ads::Ad> out;
+        conn_->transact([&](Tx& tx) {
+            out.reset();
+            std::vector<logic::ads::Candidate> candidates = ad_rows::candidates(tx, playerId, format);
+            std::optional<std::size_t> next = logic::ads::nextInRotation(candidates);
+            if (!next) {
+                return;
+            }
+            out = candidates[*next].ad;
+            ad_rows::markServed(tx, playerId, out->id);
+            ad_rows::insertToken(tx, token, playerId, *out, now);
+        });
+        return out;
+    }
+
+    std::optional<std::string> adPicture(const std::string& adId) override {
+        std::optional<std::string> out;
+        conn_->read([&](Tx& tx) { out = ad_rows::picture(tx, adId); });
+        return out;
+    }
+
+    ImpressionResult recordImpression(const std::string& playerId, const std::string& token,
+                                      const std::string& impressionId, logic::ads::Tracking tracking,
+                                      std::int64_t now) override {
+        ImpressionResult out = logic::ads::Refusal::NotFound;
+        conn_->transact([&](Tx& tx) {
+            std::optional<ad_rows::Token> t = ad_rows::token(tx, token, locks());
+            if (!t || t->playerId != playerId) {
+                out = logic::ads::Refusal::NotFound;
+                return;
+            }
+            if (t->spent || !ad_rows::spend(tx, token)) {
+                out = logic::ads::Refusal::AlreadyRecorded;
+                return;
+            }
+            logic::ads::Impression i{
+                impressionId, t->adId,
+                t->format,    logic::ads::keepsPlayer(t->format, tracking) ? playerId : std::string(),
+                now,          t->durationSeconds,
+                std::nullopt};
+            ad_rows::insertImpression(tx, i, tracking);
+            out = i;
+        });
+        return out;
+    }
+
+    ImpressionResult claimReward(const std::string& playerId, const std::string& impressionId,
+                                 std::int64_t now) override {
+        ImpressionResult out = logic::ads::Refusal::NotFound;
+        conn_->transact([&](Tx& tx) {
+            std::optional<logic::ads::Impression> i = ad_rows::impression(tx, impressionId, locks());
+            if (!i) {
+                out = logic::ads::Refusal::NotFound;
+                return;
+            }
+            if (auto refusal = logic::ads::rewardRefusal(*i, playerId, now)) {
+                out = *refusal;
+                return;
+            }
+            if (!ad_rows::reward(tx, impressionId, now)) {
+                out = logic::ads::Refusal::AlreadyRewarded;
+                return;
+            }
+            i->rewardedAt = now;
+            out = *i;
+        });
+        return out;
     }
 
     std::unique_ptr<Watch> watchChanges(ChangeHandler fn) override {

@@ -1,8 +1,10 @@
 // The storage interface of the service: every operation is one transaction.
 #pragma once
 
+#include "logic/ad_rules.h"
 #include "logic/live_rules.h"
 #include "logic/match_rules.h"
+#include "logic/store_rules.h"
 #include "store/sql.h"
 
 #include <cstdint>
@@ -97,6 +99,25 @@ using MatchInsertResult = std::variant<Match, logic::match::ExchangeRefusal, Mat
 using LiveMatch = logic::live::Match;
 using LiveMove = std::function<logic::live::Result(const LiveMatch&)>;
 using LiveMoveResult = std::variant<LiveMatch, logic::live::Refusal, MatchNotFound>;
+
+namespace shop = logic::shop;
+// A payment opened, or why not.
+enum class PaymentRefusal { ProductNotFound, TooManyPayments };
+using PaymentResult = std::variant<shop::Transaction, PaymentRefusal>;
+// A move on a stored transaction; it is given the owner's sandbox switch.
+using TransactionMove = std::function<shop::Result(const shop::Transaction&, shop::Outcome sandbox)>;
+// The transaction after a move, and whether the move changed it.
+struct TransactionChange {
+    shop::Transaction transaction;
+    bool changed = false;
+};
+using TransactionResult = std::variant<TransactionChange, shop::Refusal>;
+struct Restoration {
+    std::vector<shop::Transaction> transactions;
+    std::size_t added = 0;
+};
+
+using ImpressionResult = std::variant<logic::ads::Impression, logic::ads::Refusal>;
 
 class Store {
 public:
@@ -201,6 +222,41 @@ public:
     virtual std::size_t liveMatchCount(const std::string& playerId) = 0;
     // Hands a live message to every instance on this database; nothing on a database of one instance.
     virtual void publishLive(const std::string& payload) = 0;
+
+    // The payment sandbox. Products of the catalogue among ids, in the order of ids; unknown ids are left
+    // out.
+    virtual std::vector<shop::Product> products(const std::vector<std::string>& ids) = 0;
+    // Stores a new payment on the sheet, numbered after the player's latest transaction, unless its product
+    // is unknown or the player has maxPurchasing on the sheet already. His store row is locked meanwhile.
+    virtual PaymentResult openPayment(const shop::Transaction& t, std::size_t maxPurchasing) = 0;
+    // Reads the transaction with its row locked, moves it and writes the move only while the transaction is
+    // still as it was read: of two moves at once, the second sees the first's result.
+    virtual TransactionResult changeTransaction(const std::string& id, const TransactionMove& move) = 0;
+    // Fails the player's payments opened before `openedBefore` and still on the sheet; returns how many.
+    virtual std::size_t failLeftPayments(const std::string& playerId, std::int64_t openedBefore,
+                                         std::int64_t now, const shop::Failure& failure) = 0;
+    // The player's unfinished transactions, oldest first.
+    virtual std::vector<shop::Transaction> unfinishedTransactions(const std::string& playerId) = 0;
+    // While restored transactions of the player are unfinished, those; otherwise a new restored transaction
+    // for each of his finished purchases, oldest first. His store row is locked meanwhile.
+    virtual Restoration restorePurchases(const std::string& playerId, std::int64_t now,
+                                         const std::function<std::string()>& newId) = 0;
+    virtual shop::Outcome sandboxOutcome(const std::string& playerId) = 0;
+    virtual void setSandboxOutcome(const std::string& playerId, shop::Outcome outcome) = 0;
+
+    // House ads. The next active ad of the format in the player's rotation, noted as served to him, with a
+    // new impression token for it; nothing when no ad of the format is active.
+    virtual std::optional<logic::ads::Ad> serveAd(const std::string& playerId, logic::ads::Format format,
+                                                  const std::string& token, std::int64_t now) = 0;
+    // The SVG of a picture ad, active or not.
+    virtual std::optional<std::string> adPicture(const std::string& adId) = 0;
+    // Spends the player's impression token on a new impression.
+    virtual ImpressionResult recordImpression(const std::string& playerId, const std::string& token,
+                                              const std::string& impressionId, logic::ads::Tracking tracking,
+                                              std::int64_t now) = 0;
+    // Grants the reward of the player's rewarded impression once, when logic::ads::rewardRefusal allows it.
+    virtual ImpressionResult claimReward(const std::string& playerId, const std::string& impressionId,
+                                         std::int64_t now) = 0;
 
     // Calls fn, from a thread of its own, whenever any instance on this database has stored events for a
     // player or changed a score, until the watch is destroyed. nullptr for a database of one instance.

@@ -74,10 +74,13 @@ TestDatabase::~TestDatabase() {
     }
 }
 
+std::unique_ptr<store::Connection> TestDatabase::connect() {
+    return backend_ == "sqlite" ? store::openSqlite((dir_ / "service.db").string())
+                                : store::openPostgres(testDatabaseUrl(), schema_);
+}
+
 std::unique_ptr<store::Store> TestDatabase::open() {
-    auto conn = backend_ == "sqlite" ? store::openSqlite((dir_ / "service.db").string())
-                                     : store::openPostgres(testDatabaseUrl(), schema_);
-    auto s = store::makeSqlStore(std::move(conn));
+    auto s = store::makeSqlStore(connect());
     s->migrate();
     return s;
 }
@@ -326,6 +329,20 @@ void TestService::befriend(const Account& a, const Account& b) {
     if (accepted.status != 200) {
         throw std::runtime_error("accept failed: " + accepted.body);
     }
+}
+
+double metricValue(HttpClient& http, const std::string& series) {
+    const std::string text = http.get("/metrics", {}).body;
+    const std::string head = series + " ";
+    for (std::size_t at = 0; at < text.size();) {
+        std::size_t end = text.find('\n', at);
+        std::string_view line(text.data() + at, (end == std::string::npos ? text.size() : end) - at);
+        if (line.starts_with(head)) {
+            return std::stod(std::string(line.substr(head.size())));
+        }
+        at = end == std::string::npos ? text.size() : end + 1;
+    }
+    return -1;
 }
 
 } // namespace tarvolin::testing

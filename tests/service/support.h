@@ -43,6 +43,8 @@ public:
     explicit TestDatabase(std::string backend);
     ~TestDatabase();
     std::unique_ptr<store::Store> open();
+    // A connection of its own, for changes an operator makes in SQL.
+    std::unique_ptr<store::Connection> connect();
     const std::string& backend() const { return backend_; }
 
 private:
@@ -157,6 +159,9 @@ private:
     std::unique_ptr<HttpClient> client_;
     unsigned short port_ = 0;
 };
+
+// The value of a line of /metrics ("name{labels}"); -1 when there is no such line.
+double metricValue(HttpClient& http, const std::string& series);
 
 // Names the parameter of a test suite run over the backends.
 std::string backendName(const ::testing::TestParamInfo<std::string>& info);
