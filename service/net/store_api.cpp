@@ -98,7 +98,7 @@ std::string newTransactionId() {
 } // namespace
 
 void Api::addStoreRoutes() {
-    add("GET", "/v1/store/products", &Api::storeProducts, true);
+    add("GET", "/v1/store/products", &Api::storeProducts, false);
     add("POST", "/v1/store/payments", &Api::openPayment, true);
     add("POST", "/v1/store/payments/{id}/approve", &Api::approvePayment, true);
     add("POST", "/v1/store/payments/{id}/cancel", &Api::cancelPayment, true);
