@@ -1,6 +1,7 @@
 #include "AppDelegate.h"
 
 #include "outreach/GameIAPHelper.h"
+#include "outreach/InterstitialManager.h"
 #include "platform/Dispatch.h"
 #include "platform/Platform.h"
 #include "progress/BonusManager.h"
@@ -15,6 +16,12 @@
 ViewController* AppDelegate::instantiateInitialViewController() {
     return Platform::shared().navigator().instantiateViewControllerWithIdentifier(
         QStringLiteral("MainViewController"));
+}
+
+AppDelegate::~AppDelegate() {
+    if (Platform::isInstalled()) {
+        Platform::shared().notificationCenter().removeObserver(this);
+    }
 }
 
 bool AppDelegate::applicationDidFinishLaunchingWithOptions(const QVariantMap& launchOptions) {
@@ -33,6 +40,8 @@ bool AppDelegate::applicationDidFinishLaunchingWithOptions(const QVariantMap& la
         platform.navigator().setRootViewController(root);
     }
 
+    platform.notificationCenter().addObserver(this, kReachabilityChangedNotification,
+                                              [this](const Notification&) { reachabilityChanged(); });
     platform.reachability().startNotifier();
 
     isPenaltyMessageShown = false;
@@ -70,11 +79,21 @@ void AppDelegate::applicationWillEnterForeground() {
             showPenaltyMessageOnce();
         }
         sessions.checkAndLogSessionInfo();
+        if (sessions.isNewActiveDay()) {
+            InterstitialManager::sharedInstance().initializeSession();
+        }
         NotificationManager& notifications = NotificationManager::sharedInstance();
         notifications.cancelReEngagementNotifications();
         notifications.scheduleReEngagementNotifications();
     }
     setApplicationIconBadgeNumber(0);
+}
+
+void AppDelegate::reachabilityChanged() {
+    if (Platform::shared().reachability().currentReachabilityStatus() != Reachability::NotReachable &&
+        !InterstitialManager::sharedInstance().isInitialized) {
+        InterstitialManager::sharedInstance().initializeSession();
+    }
 }
 
 void AppDelegate::applicationDidRegisterUserNotificationSettings(int /*types*/) {

@@ -14,8 +14,15 @@ public:
     // The first screen: the main screen.
     static ViewController* instantiateInitialViewController();
 
+    AppDelegate() = default;
+    ~AppDelegate();
+    AppDelegate(const AppDelegate&) = delete;
+    AppDelegate& operator=(const AppDelegate&) = delete;
+
     bool applicationDidFinishLaunchingWithOptions(const QVariantMap& launchOptions);
     void applicationWillEnterForeground();
+    // A connection that comes back starts the ads, once.
+    void reachabilityChanged();
     // A local notification is a map with "alertBody" and "userInfo" (itself a map with "type").
     void applicationDidReceiveLocalNotification(const QVariantMap& notification);
     void handleReceivingLocalNotification(const QVariantMap& notification);

@@ -8,6 +8,7 @@ struct Metrics {
 
 BoardLayout build(const Metrics& m) {
     BoardLayout l;
+    l.screen = {0, 0, m.width, m.height};
     l.topBar = {0, 0, m.width, m.topBar};
     l.gameView = {m.gameX, m.gameY, m.gameSide, m.gameSide};
     l.workView = {0, m.workY, m.width, m.height - m.workY};
@@ -39,5 +40,5 @@ BoardLayout BoardLayout::forDevice(Device::Class cls) {
     case Device::Phone:
         break;
     }
-    return build({375, 667, 52, 24, 58, 327, 394, 16, 343, 60, 50, 7, 10, 46});
+    return build({375, 667, 52, 29, 58, 317, 384, 16, 343, 60, 50, 7, 10, 46});
 }

@@ -3,6 +3,9 @@
 #include "LevelManager.h"
 #include "LevelSuccessViewController.h"
 #include "LevelsInfoReader.h"
+#include "outreach/AdManager.h"
+#include "outreach/GameIAPHelper.h"
+#include "outreach/InterstitialManager.h"
 #include "outreach/Outreach.h"
 #include "outreach/SoundFactory.h"
 #include "platform/Platform.h"
@@ -22,7 +25,11 @@
 
 GameViewController::GameViewController(QObject* parent)
     : ViewController(QStringLiteral("GameViewController"), parent),
-      m_layout(BoardLayout::forDevice(Platform::shared().device().cls())) {}
+      m_layout(BoardLayout::forDevice(Platform::shared().device().cls())) {
+    const QRectF& s = m_layout.screen;
+    m_adsView = new AdsHostView(
+        QRectF(0, s.height() - BoardLayout::kBannerHeight, s.width(), BoardLayout::kBannerHeight), this);
+}
 
 GameViewController::~GameViewController() {
     if (timer) {
@@ -48,6 +55,7 @@ void GameViewController::viewDidLoad() {
                        [this](const Notification&) { videoAdFailedToLoad(); });
     startTimer();
     preloadInterstitialAd();
+    AdManager::sharedInstance().loadAdMobBannerViewOnView(m_adsView);
     if (battleGameType >= 1) {
         setupBattle();
     }
@@ -494,18 +502,18 @@ void GameViewController::onTimerTick() {
         m_timeProgress = 1.0;
         emit timerViewsChanged();
         const std::uint32_t r = arc4random();
-        AdPacing* ads = Outreach::ads;
-        if (ads && ads->getProperPercentToShowSpecialAdmobAd() > static_cast<qint64>(r % 100) &&
-            !ads->isAddCurrentlyDisplaying() && !Platform::shared().navigator().presentedViewController()) {
+        auto& ads = InterstitialManager::sharedInstance();
+        if (ads.getProperPercentToShowSpecialAdmobAd() > static_cast<qint64>(r % 100) &&
+            !ads.isAddCurrentlyDisplaying() && !Platform::shared().navigator().presentedViewController()) {
             Util::showMessageWithTitleOnOk(
                 QStringLiteral(
                     "يبدو أنك تواجه صعوبة في ايجاد الحل .. هل تريد مشاهدة فيديو لكسب ذهب يمكنك من كشف حرف "
                     "مجانا لمساعدتك ؟"),
                 QStringLiteral("مساعدة"), [this, alive = std::weak_ptr<int>(m_alive)] {
-                    if (alive.expired() || !Outreach::ads) {
+                    if (alive.expired()) {
                         return;
                     }
-                    Outreach::ads->displayAdmobVideoAd();
+                    InterstitialManager::sharedInstance().displayAdmobVideoAd();
                     isTimedAdWasShown = 1;
                 });
         }
@@ -529,19 +537,21 @@ void GameViewController::onStartNextLevel() {
 }
 
 void GameViewController::preloadInterstitialAd() {
-    AdPacing* ads = Outreach::ads;
-    if (ads && !ads->areInAppsPurchased() && !ads->hasNormalInterstitial() &&
-        ads->isPreviousLoadAdFinished()) {
-        ads->preloadAdmobAdAtTheRightTime();
+    auto& ads = InterstitialManager::sharedInstance();
+    if (GameIAPHelper::sharedInstance().areInAppsPurchased() || ads.admobNormalInterstitial ||
+        !ads.isPreviousLoadAdFinished) {
+        return;
     }
+    ads.preloadAdmobAdAtTheRightTime();
 }
 
 void GameViewController::preloadVideoRewardAd() {
-    AdPacing* ads = Outreach::ads;
-    if (ads && !ads->areInAppsPurchased() && !ads->hasRewardedInterstitial() &&
-        ads->isPreviousLoadRewardedVideoFinished()) {
-        ads->preloadAdmobVideoAdAtTheRightTime();
+    auto& ads = InterstitialManager::sharedInstance();
+    if (GameIAPHelper::sharedInstance().areInAppsPurchased() || ads.admobRewardedInterstitial ||
+        !ads.isPreviousLoadRewardedVideoFinished) {
+        return;
     }
+    ads.preloadAdmobVideoAdAtTheRightTime();
 }
 
 GamePtr GameViewController::nextGameInRound() const {
@@ -585,9 +595,7 @@ void GameViewController::gameSuccess() {
         ScorePointsManager::sharedInstance().addPoints(points);
     }
     UserStatsManager::sharedInstance().incrementCompletedLevelsForCurrentDay();
-    if (Outreach::ads) {
-        Outreach::ads->increaseActionCount();
-    }
+    InterstitialManager::sharedInstance().increaseActionCount();
     if (finished->gameLevel < 24) {
         presentPopupViewControllerWithTypeGameAndPointsAndCredits(0, finished, points, credits);
         levels.incrementCurrentLevel();
@@ -683,16 +691,12 @@ void GameViewController::skipLevel(QObject*) {
 
 void GameViewController::watchVideo(QObject*) {
     SoundFactory::sharedInstance().playClick1();
-    AdPacing* ads = Outreach::ads;
-    if (!ads) {
-        Outreach::showUnavailable(QStringLiteral("الفيديو المجاني"));
+    auto& ads = InterstitialManager::sharedInstance();
+    if (ads.admobRewardedInterstitial) {
+        ads.displayAdmobVideoAd();
         return;
     }
-    if (ads->hasRewardedInterstitial()) {
-        ads->displayAdmobVideoAd();
-        return;
-    }
-    Platform::shared().progressHud().showWithMaskType(ProgressHud::Clear);
+    Platform::shared().progressHud().showWithMaskType(ProgressHud::Black);
     preloadVideoRewardAd();
     watchVideoBtnPressed = true;
 }
@@ -702,9 +706,7 @@ void GameViewController::videoAdLoaded() {
         return;
     }
     Platform::shared().progressHud().dismiss();
-    if (Outreach::ads) {
-        Outreach::ads->displayAdmobVideoAd();
-    }
+    InterstitialManager::sharedInstance().displayAdmobVideoAd();
     watchVideoBtnPressed = false;
 }
 

@@ -7,6 +7,7 @@
 #include "LetterLabel.h"
 #include "platform/Scheduler.h"
 #include "platform/ViewController.h"
+#include "platform/adkit/GADBannerView.h"
 
 #include <QList>
 #include <QPointer>
@@ -28,6 +29,7 @@ class GameViewController : public ViewController, public GameViewDelegate {
     Q_PROPERTY(QRectF gameViewFrame READ gameViewFrame CONSTANT)
     Q_PROPERTY(QRectF workViewFrame READ workViewFrame CONSTANT)
     Q_PROPERTY(QRectF solutionBarFrame READ solutionBarFrame CONSTANT)
+    Q_PROPERTY(QObject* adsView READ adsViewObject CONSTANT)
     Q_PROPERTY(bool canGoBack READ canGoBack CONSTANT)
     Q_PROPERTY(QString creditsText READ creditsText NOTIFY balancesChanged)
     Q_PROPERTY(QString skipsText READ skipsText NOTIFY balancesChanged)
@@ -178,6 +180,9 @@ public:
     const BoardLayout& layout() const { return m_layout; }
 
     QObject* gameViewObject() const { return gameView; }
+    // The host of the banner, along the bottom of the screen.
+    AdsHostView* adsView() const { return m_adsView; }
+    QObject* adsViewObject() const { return m_adsView; }
     QList<QObject*> tiles() const;
     QList<QObject*> boxes() const;
     QString gameNameText() const { return m_gameNameText; }
@@ -227,6 +232,7 @@ private:
     GamePtr nextGameInRound() const;
 
     BoardLayout m_layout;
+    AdsHostView* m_adsView = nullptr;
     QString m_gameNameText;
     QString m_levelText;
     QString m_solutionBarImage = QStringLiteral("bg_solution");

@@ -3,6 +3,7 @@
 #include "GameViewController.h"
 #include "RoundFinishViewController.h"
 #include "multiplayer/GameCenterManager.h"
+#include "outreach/InterstitialManager.h"
 #include "outreach/SoundFactory.h"
 #include "platform/Platform.h"
 #include "platform/gamekit/GKLocalPlayer.h"
@@ -39,6 +40,27 @@ QString LevelSuccessViewController::nextButtonText() const {
     default:
         return QStringLiteral("المراحل");
     }
+}
+
+void LevelSuccessViewController::viewDidAppear() {
+    if (adDisplayed) {
+        return;
+    }
+    adDisplayed = true;
+    // The steps run also when the screen has gone meanwhile, so the progress display never stays up.
+    Util::delayCallbackForTotalSeconds(
+        [] {
+            Platform::shared().progressHud().showWithMaskType(ProgressHud::Black);
+            Util::delayCallbackForTotalSeconds(
+                [] {
+                    Platform::shared().progressHud().dismiss();
+                    auto& ads = InterstitialManager::sharedInstance();
+                    ads.displayInterstitialAd();
+                    ads.resetActionCount();
+                },
+                kAdDelaySeconds);
+        },
+        kAdDelaySeconds);
 }
 
 void LevelSuccessViewController::viewDidLoad() {

@@ -40,10 +40,14 @@ public:
     qint64 rewardedPoints = 0;
     qint64 credits = 0;
     bool isFreeOptionRewarded = false;
+    // The level-end ad has had its turn on this screen.
     bool adDisplayed = false;
+    static constexpr double kAdDelaySeconds = 0.5;
     QPointer<GameViewController> playScreen;
 
     void viewDidLoad() override;
+    // Once per screen, half a second in: the progress display, and half a second later the level-end ad.
+    void viewDidAppear() override;
     void enableButtons();
     void creditsChanged();
     void scoreLoaded();

@@ -2,11 +2,9 @@
 
 #include "screens/Util.h"
 
-AdPacing* Outreach::ads = nullptr;
 Sharing* Outreach::sharing = nullptr;
 
 void Outreach::clear() {
-    ads = nullptr;
     sharing = nullptr;
 }
 

@@ -6,27 +6,6 @@
 
 class ViewController;
 
-inline const QString kNotificationVideoAdLoaded = QStringLiteral("kNotificationVideoAdLoaded");
-inline const QString kNotificationVideoAdFailedToLoad = QStringLiteral("kNotificationVideoAdFailedToLoad");
-inline const QString NotificationVideoWatched = QStringLiteral("NotificationVideoWatched");
-
-// What the play screen asks of the ad kit.
-class AdPacing {
-public:
-    virtual ~AdPacing() = default;
-    virtual bool areInAppsPurchased() const = 0;
-    virtual bool hasNormalInterstitial() const = 0;
-    virtual bool isPreviousLoadAdFinished() const = 0;
-    virtual void preloadAdmobAdAtTheRightTime() = 0;
-    virtual bool hasRewardedInterstitial() const = 0;
-    virtual bool isPreviousLoadRewardedVideoFinished() const = 0;
-    virtual void preloadAdmobVideoAdAtTheRightTime() = 0;
-    virtual void displayAdmobVideoAd() = 0;
-    virtual qint64 getProperPercentToShowSpecialAdmobAd() const = 0;
-    virtual bool isAddCurrentlyDisplaying() const = 0;
-    virtual void increaseActionCount() = 0;
-};
-
 // Sharing to other apps: the completion names the activity the player chose (empty when cancelled).
 class Sharing {
 public:
@@ -44,11 +23,10 @@ public:
     virtual bool isOurAppsOpened() const = 0;
 };
 
-// The managers behind ads and sharing register here when they start; while
+// The managers behind sharing register here when they start; while
 // one is missing, the features that need it tell the player they are not available.
 class Outreach {
 public:
-    static AdPacing* ads;
     static Sharing* sharing;
     static void clear();
 

@@ -30,6 +30,7 @@ void Navigator::setRootViewController(ViewController* controller) {
     m_stack.push_back(controller);
     controller->viewDidLoad();
     controller->viewWillAppear();
+    controller->viewDidAppear();
     emit changed();
     for (auto* c : old) {
         release(c);
@@ -40,6 +41,7 @@ void Navigator::pushViewController(ViewController* controller) {
     m_stack.push_back(controller);
     controller->viewDidLoad();
     controller->viewWillAppear();
+    controller->viewDidAppear();
     emit changed();
 }
 
@@ -50,6 +52,7 @@ bool Navigator::popViewController() {
     ViewController* top = m_stack.back();
     m_stack.pop_back();
     m_stack.back()->viewWillAppear();
+    m_stack.back()->viewDidAppear();
     emit changed();
     release(top);
     return true;
@@ -70,6 +73,7 @@ void Navigator::presentViewController(ViewController* controller) {
     m_presented.push_back(controller);
     controller->viewDidLoad();
     controller->viewWillAppear();
+    controller->viewDidAppear();
     emit changed();
 }
 
@@ -81,8 +85,10 @@ void Navigator::dismissViewController() {
     m_presented.pop_back();
     if (!m_presented.empty()) {
         m_presented.back()->viewWillAppear();
+        m_presented.back()->viewDidAppear();
     } else if (!m_stack.empty()) {
         m_stack.back()->viewWillAppear();
+        m_stack.back()->viewDidAppear();
     }
     emit changed();
     release(top);

@@ -16,6 +16,7 @@ public:
 
     virtual void viewDidLoad() {}
     virtual void viewWillAppear() {}
+    virtual void viewDidAppear() {}
     virtual void viewDidDisappear() {}
 
 private:

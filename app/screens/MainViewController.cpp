@@ -1,5 +1,7 @@
 #include "MainViewController.h"
 
+#include "outreach/InterstitialManager.h"
+
 #include "ColorUtil.h"
 #include "PresentationUtil.h"
 #include "Util.h"
@@ -24,6 +26,7 @@ MainViewController::~MainViewController() {
 }
 
 void MainViewController::viewDidLoad() {
+    InterstitialManager::sharedInstance().initializeSession();
     auto& gc = GameCenterManager::sharedInstance();
     if (gc.lastAuthenticationSavedStatus == QLatin1String("AUTO")) {
         gc.authenticateLocalUserWithCompletionHandler(

@@ -98,10 +98,10 @@ std::string formatPrice(std::int64_t minorUnits, int digits) {
     }
     const auto d = static_cast<std::size_t>(digits);
     if (units.size() <= d) {
-        units.insert(0, d + 1 - units.size(), '0');
+        units = std::string(d + 1 - units.size(), '0') + units;
     }
-    units.insert(units.size() - d, ".");
-    return sign + units;
+    const std::size_t whole = units.size() - d;
+    return sign + units.substr(0, whole) + "." + units.substr(whole);
 }
 
 std::optional<PriceTag> priceFor(const Product& p, std::string_view locale) {

@@ -71,7 +71,10 @@ private slots:
         options.offline = true;
         Application game(options);
         QVERIFY(game.start());
-        Platform::shared().alerts().press(0); // the offline prize message
+        // The tracking question of a first start and the offline prize message.
+        QCOMPARE(Platform::shared().alerts().count(), 2);
+        Platform::shared().alerts().press(0);
+        Platform::shared().alerts().press(0);
         QQuickWindow* window = game.window();
         QVERIFY(window);
         window->hide();

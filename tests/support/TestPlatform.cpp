@@ -3,6 +3,7 @@
 #include "outreach/Outreach.h"
 #include "platform/Dispatch.h"
 #include "platform/SharedInstances.h"
+#include "platform/adkit/ATTrackingManager.h"
 #include "platform/storekit/SKPaymentQueue.h"
 
 #include <QCoreApplication>
@@ -184,6 +185,11 @@ void TestPlatform::install() {
     // Nothing listens on the discard port: a test that does not start a service gets a refused connection.
     services.gameService = std::make_unique<GameService>(QUrl(m_serviceUrl));
     Platform::install(std::move(services));
+    // The device's tracking question was answered before: tests of other things see no prompt.
+    if (!Platform::shared().userDefaults().hasKey(ATTrackingManager::kStatusKey)) {
+        Platform::shared().userDefaults().setIntegerForKey(
+            static_cast<int>(ATTrackingManagerAuthorizationStatus::Denied), ATTrackingManager::kStatusKey);
+    }
 }
 
 void TestPlatform::writePackFile(int packs, const QString& solution, const QString& otherLetters) const {

@@ -61,6 +61,8 @@ public:
 
 class AdKit : public ::testing::Test {
 protected:
+    // A device whose tracking question was never asked.
+    void SetUp() override { platform.defaults().removeObjectForKey(ATTrackingManager::kStatusKey); }
     void start() { GADMobileAds::sharedInstance().startWithCompletionHandler(nullptr); }
     GADAdPresenter& presenter() { return GADAdPresenter::shared(); }
 

@@ -1,10 +1,12 @@
 // The play screen's life: the hidden level timer and its offers, the payment of a solved level, and every
 // help action with its price, limits and words.
+#include "FakeAdServer.h"
 #include "TestPlatform.h"
 #include "core/GameViewController.h"
 #include "core/LevelManager.h"
 #include "core/LevelSuccessViewController.h"
 #include "core/LevelsInfoReader.h"
+#include "outreach/InterstitialManager.h"
 #include "outreach/Outreach.h"
 #include "progress/CreditsManager.h"
 #include "progress/NotificationManager.h"
@@ -17,26 +19,10 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+
 #include <gtest/gtest.h>
 
 namespace {
-
-struct FakeAds : AdPacing {
-    bool areInAppsPurchased() const override { return false; }
-    bool hasNormalInterstitial() const override { return false; }
-    bool isPreviousLoadAdFinished() const override { return true; }
-    void preloadAdmobAdAtTheRightTime() override { ++interstitialLoads; }
-    bool hasRewardedInterstitial() const override { return videoLoaded; }
-    bool isPreviousLoadRewardedVideoFinished() const override { return true; }
-    void preloadAdmobVideoAdAtTheRightTime() override { ++videoLoads; }
-    void displayAdmobVideoAd() override { ++videosShown; }
-    qint64 getProperPercentToShowSpecialAdmobAd() const override { return percent; }
-    bool isAddCurrentlyDisplaying() const override { return displaying; }
-    void increaseActionCount() override { ++actions; }
-    int interstitialLoads = 0, videoLoads = 0, videosShown = 0, actions = 0;
-    qint64 percent = 0;
-    bool displaying = false, videoLoaded = false;
-};
 
 struct FakeSharing : Sharing {
     void shareContentOnViewControllerOnCompletion(const QStringList& items, const QString&, ViewController*,
@@ -69,9 +55,21 @@ protected:
         LevelsInfoReader::setResourceRoot(platform.folder());
         platform.writePackFile(14, QStringLiteral("سمكة"), QStringLiteral("ابتثجحخد"));
         LevelsInfoReader::sharedInstance().loadAllPacksLevelsWithEnc("ok", false);
-        Outreach::ads = &ads;
         Outreach::sharing = &sharing;
+        ads = FakeAdServer::install();
+        ads->ads[InterstitialManager::adUnit("rewarded")] = fakeAd("daily-bonus", "rewarded");
+        ads->ads[InterstitialManager::adUnit("interstitial")] = fakeAd("store-gold", "interstitial");
+        InterstitialManager::sharedInstance().initializeSession();
+        QCoreApplication::processEvents();
     }
+    int loadsOf(const char* unit) const {
+        int n = 0;
+        for (const auto& r : ads->requests) {
+            n += r.first == InterstitialManager::adUnit(unit) ? 1 : 0;
+        }
+        return n;
+    }
+    static bool videoOnScreen() { return GADAdPresenter::shared().isVisible(); }
     void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
 
     GameViewController* open(qint64 level, qint64 round, bool previous = false) {
@@ -116,12 +114,11 @@ protected:
     }
 
     TestPlatform platform;
-    FakeAds ads;
+    std::shared_ptr<FakeAdServer::State> ads;
     FakeSharing sharing;
 };
 
 TEST_F(Play, TimerOffersAtOneHundredAndTwoHundredThirtySecondsThenStops) {
-    ads.percent = 100;
     auto* vc = open(3, 0);
     ASSERT_TRUE(vc->timer);
     EXPECT_FALSE(vc->timeViewsVisible());
@@ -129,20 +126,23 @@ TEST_F(Play, TimerOffersAtOneHundredAndTwoHundredThirtySecondsThenStops) {
     platform.scheduler().advance(99.85);
     EXPECT_FALSE(platform.alerts().isVisible());
     // The rewarded video is prepared ten seconds before the period ends.
-    EXPECT_EQ(ads.videoLoads, 1);
+    EXPECT_EQ(loadsOf("rewarded"), 1);
     platform.scheduler().advance(0.2);
     ASSERT_TRUE(platform.alerts().isVisible());
     EXPECT_EQ(platform.alerts().title(), "مساعدة");
     EXPECT_EQ(vc->timePeriod, 130);
     EXPECT_TRUE(platform.alerts().pressTitled("موافق"));
-    EXPECT_EQ(ads.videosShown, 1);
     EXPECT_EQ(vc->isTimedAdWasShown, 1);
-    platform.scheduler().advance(129.8);
+    platform.scheduler().advance(0.5);
+    ASSERT_TRUE(videoOnScreen());
+    GADAdPresenter::shared().close(); // closed before its end: nothing is paid
+    platform.scheduler().advance(129.3);
     EXPECT_FALSE(platform.alerts().isVisible());
     platform.scheduler().advance(0.3);
     ASSERT_TRUE(platform.alerts().isVisible());
     platform.alerts().pressTitled("الغاء");
-    EXPECT_EQ(ads.videosShown, 1);
+    platform.scheduler().advance(0.5);
+    EXPECT_FALSE(videoOnScreen());
     EXPECT_FALSE(vc->timer);
     const QString frozen = vc->secondsText();
     platform.scheduler().advance(500);
@@ -150,19 +150,12 @@ TEST_F(Play, TimerOffersAtOneHundredAndTwoHundredThirtySecondsThenStops) {
     EXPECT_FALSE(platform.alerts().isVisible());
 }
 
-TEST_F(Play, NoOfferWithoutAChanceOrWhileSomethingIsOnScreen) {
-    ads.percent = 0;
-    auto* vc = open(3, 0);
+TEST_F(Play, NoOfferWhileAnAdIsOnScreen) {
+    InterstitialManager::sharedInstance().adCurrentlyDisplaying = true;
+    auto* vc = open(4, 0);
     platform.scheduler().advance(231);
     EXPECT_FALSE(platform.alerts().isVisible());
     EXPECT_FALSE(vc->timer);
-
-    ads.percent = 100;
-    ads.displaying = true;
-    auto* second = open(4, 0);
-    platform.scheduler().advance(231);
-    EXPECT_FALSE(platform.alerts().isVisible());
-    EXPECT_FALSE(second->timer);
 }
 
 TEST_F(Play, ShareSuggestionFiftySecondsInForPlayersOfAFewSessions) {
@@ -203,7 +196,7 @@ TEST_F(Play, ASolvedLevelPaysByTheRoundItWasPlayedIn) {
     EXPECT_EQ(popup()->credits, 5);
     EXPECT_EQ(popup()->rewardedPoints, 2);
     EXPECT_EQ(CreditsManager::sharedInstance().currentCredits(), 155);
-    EXPECT_EQ(ads.actions, 1);
+    EXPECT_EQ(InterstitialManager::sharedInstance().currentActionCount, 1);
     EXPECT_EQ(vc->game->gameLevel, 24);
     // The next level's timer starts only when the player goes on.
     EXPECT_FALSE(vc->timer);
@@ -293,12 +286,17 @@ TEST_F(Play, SkipsWithTheirMessagesInOrder) {
 
 TEST_F(Play, VideoRewardsPerLevelAndPerSession) {
     auto* vc = open(3, 0);
+    ads->holdAds = true; // the video arrives while the player waits
     vc->watchVideo(nullptr);
     EXPECT_TRUE(Platform::shared().progressHud().isVisible());
+    EXPECT_EQ(Platform::shared().progressHud().maskType(), ProgressHud::Black);
     EXPECT_TRUE(vc->watchVideoBtnPressed);
-    Platform::shared().notificationCenter().postNotificationName(kNotificationVideoAdLoaded);
-    EXPECT_FALSE(Platform::shared().progressHud().isVisible());
-    EXPECT_EQ(ads.videosShown, 1);
+    FakeAdServer::State::release(ads->heldAds);
+    ads->holdAds = false;
+    EXPECT_FALSE(vc->watchVideoBtnPressed);
+    platform.scheduler().advance(0.5);
+    ASSERT_TRUE(videoOnScreen());
+    GADAdPresenter::shared().close();
 
     for (int i = 0; i < 8; ++i) {
         Platform::shared().notificationCenter().postNotificationName(NotificationVideoWatched);
@@ -320,8 +318,14 @@ TEST_F(Play, VideoRewardsPerLevelAndPerSession) {
     // A video that does not come: said only when the player asked for one.
     Platform::shared().notificationCenter().postNotificationName(kNotificationVideoAdFailedToLoad);
     EXPECT_FALSE(platform.alerts().isVisible());
+    ads->ads.clear();
+    ads->adErrors[InterstitialManager::adUnit("rewarded")] =
+        GADError{GADErrorNoFill, QStringLiteral("no fill")};
+    ads->holdAds = true;
     next->watchVideo(nullptr);
-    Platform::shared().notificationCenter().postNotificationName(kNotificationVideoAdFailedToLoad);
+    EXPECT_TRUE(Platform::shared().progressHud().isVisible());
+    FakeAdServer::State::release(ads->heldAds);
+    EXPECT_FALSE(Platform::shared().progressHud().isVisible());
     EXPECT_EQ(titles(), QStringList{"لايوجد فيديو"});
 }
 
@@ -399,6 +403,7 @@ TEST_F(Play, WaitForTheAnswerByAReminder) {
 
     // In round 2 the wait is 90 minutes, told in hours.
     platform.scheduler().advance(300);
+    titles(); // the level timer's video offers meanwhile
     schedule.takeDueNotifications(platform.scheduler().now(), platform.scheduler().timeZone());
     LevelManager::sharedInstance().saveCurrentLevelTo(2 * 25);
     open(0, 2)->scheduleSolutionNotification(nullptr);
@@ -411,9 +416,8 @@ TEST_F(Play, WaitForTheAnswerByAReminder) {
 TEST_F(Play, FeaturesWithoutTheirServiceSaySo) {
     Outreach::clear();
     auto* vc = open(3, 0);
-    vc->watchVideo(nullptr);
     vc->shareLevelWithFriends(nullptr);
-    EXPECT_EQ(titles(), QStringList(2, Outreach::kUnavailableTitle));
+    EXPECT_EQ(titles(), QStringList(1, Outreach::kUnavailableTitle));
     EXPECT_FALSE(Platform::shared().progressHud().isVisible());
 }
 

@@ -279,6 +279,20 @@ Item {
         }
     }
 
+    // The banner's strip along the bottom.
+    Item {
+        objectName: "adsView"
+        x: controller.adsView.frame.x
+        y: controller.adsView.frame.y
+        width: controller.adsView.frame.width
+        height: controller.adsView.frame.height
+        z: 30
+        Repeater {
+            model: controller.adsView.subviews
+            delegate: BannerAdView { view: modelData }
+        }
+    }
+
     RevealView {
         anchors.fill: parent
         visible: controller.revealViewVisible
