@@ -1,5 +1,8 @@
 #include "Application.h"
 
+#include "outreach/GameIAPHelper.h"
+#include "outreach/StoreViewController.h"
+
 #include "core/BattleDelegate.h"
 #include "screens/PresentationUtil.h"
 
@@ -23,6 +26,7 @@
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QMap>
+#include <QPointer>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
 #include <QRegularExpression>
@@ -72,6 +76,11 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
         QStringLiteral("screenshot"),
         QStringLiteral("Save the window to FILE once the first screen has drawn, then quit."),
         QStringLiteral("FILE"));
+    const QCommandLineOption screenshotAfter(
+        QStringLiteral("screenshot-after"),
+        QStringLiteral("Take the screenshot SECONDS after the first frame (default 0.7), so that what a "
+                       "screen starts on its own (an ad, a countdown) can be seen."),
+        QStringLiteral("SECONDS"), QStringLiteral("0.7"));
     const QCommandLineOption service(
         QStringLiteral("service"),
         QStringLiteral("The address of tarvolin-service (default: a local service)."), QStringLiteral("URL"),
@@ -92,10 +101,11 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
             "solved), battle (a battle level in play), battles (the battles page), finishedbattles (its "
             "finished battles), exchanges (the gold exchanges page), player (the first other player on the "
             "leaderboard), friendrequest (a friend request to him), login, leaderboard, account, settings, "
-            "rank, achievements, tips, help, profile, about, matchmaker, livematch or livebattles (the "
-            "finished live matches)."),
+            "rank, achievements, tips, help, profile, about, matchmaker, livematch, livebattles (the "
+            "finished live matches), store, payment (the sandbox's sheet for the first pack) or rewarded "
+            "(the free video of the play screen)."),
         QStringLiteral("SCREEN"));
-    parser.addOptions({profile, screenshot, service, device, offline, dataDir, open});
+    parser.addOptions({profile, screenshot, screenshotAfter, service, device, offline, dataDir, open});
 
     QTextStream err(stderr);
     if (!parser.parse(arguments)) {
@@ -122,6 +132,15 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
         return false;
     }
     options->screenshot = parser.value(screenshot);
+    bool delayOk = false;
+    const double delay = parser.value(screenshotAfter).toDouble(&delayOk);
+    if (!delayOk || delay < 0 || delay > 120) {
+        err << "The screenshot delay \"" << parser.value(screenshotAfter)
+            << "\" is not a number of seconds from 0 to 120.\n";
+        *exitCode = 2;
+        return false;
+    }
+    options->screenshotDelayMs = static_cast<int>(delay * 1000);
     options->service = parser.value(service);
     const QUrl serviceUrl(options->service, QUrl::StrictMode);
     if (!serviceUrl.isValid() || (serviceUrl.scheme() != "http" && serviceUrl.scheme() != "https") ||
@@ -134,8 +153,9 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
     options->profileRoot = parser.value(dataDir);
     options->open = parser.value(open);
     // The screens reached through the main screen's own actions, then those presented over it.
-    const QStringList reached{"rounds",  "levels",          "play",      "solved", "login",        "battle",
-                              "battles", "finishedbattles", "exchanges", "player", "friendrequest"};
+    const QStringList reached{"rounds",  "levels",          "play",      "solved", "login",         "battle",
+                              "battles", "finishedbattles", "exchanges", "player", "friendrequest", "payment",
+                              "rewarded"};
     if (!options->open.isEmpty() && !presentedScreens().contains(options->open) &&
         !reached.contains(options->open)) {
         err << "Unknown screen \"" << options->open << "\": use " << reached.join(", ") << ", "
@@ -338,6 +358,18 @@ void Application::openScreen(const QString& which) {
         });
         return;
     }
+    if (which == QLatin1String("payment")) {
+        // The store, and the first pack bought: the sandbox's sheet once the store has taken the payment.
+        auto* store = new StoreViewController();
+        nav.presentViewController(store);
+        GameIAPHelper::sharedInstance().requestProducts();
+        QTimer::singleShot(1500, qApp, [store = QPointer<StoreViewController>(store)] {
+            if (store) {
+                store->buyPack1();
+            }
+        });
+        return;
+    }
     if (which == QLatin1String("battle")) {
         // A battle level as the challenger plays it, with nobody waiting for the result.
         BattleLevels::startBattleGame(BattleLevels::newBattleLevel(), 1, nullptr);
@@ -362,11 +394,19 @@ void Application::openScreen(const QString& which) {
         return;
     }
     levels->collectionViewDidSelectItemAtIndexPath(static_cast<int>(level % 25));
-    if (which == QLatin1String("solved")) {
-        if (auto* play = qobject_cast<GameViewController*>(nav.topViewController())) {
-            play->dismissHelpAction();
-            play->gameSuccess();
-        }
+    auto* play = qobject_cast<GameViewController*>(nav.topViewController());
+    if (play && which == QLatin1String("solved")) {
+        play->dismissHelpAction();
+        play->gameSuccess();
+    }
+    if (play && which == QLatin1String("rewarded")) {
+        // Pressed once the level's interstitial has loaded: while it loads, no video is asked for.
+        play->dismissHelpAction();
+        QTimer::singleShot(1500, qApp, [play = QPointer<GameViewController>(play)] {
+            if (play) {
+                play->watchVideo(nullptr);
+            }
+        });
     }
 }
 
@@ -386,7 +426,7 @@ void Application::scheduleScreenshot() {
     QObject::connect(w, &QQuickWindow::frameSwapped, once, [this, once]() {
         once->deleteLater();
         // A moment for pictures and fonts to settle, then the picture of the screen.
-        QTimer::singleShot(700, qApp, [this]() {
+        QTimer::singleShot(m_options.screenshotDelayMs, qApp, [this]() {
             const QImage image = ImageUtil::takeScreenshotForWindow(window());
             if (image.isNull() || !image.save(m_options.screenshot)) {
                 qCritical("The screenshot could not be saved to %s", qPrintable(m_options.screenshot));

@@ -18,6 +18,7 @@ public:
         QString profile = QStringLiteral("default");
         QString profileRoot; // empty: the system's application data folder
         QString screenshot;
+        int screenshotDelayMs = 700; // from the first frame to the picture
         QString service;
         QString device;
         bool offline = false;

@@ -81,8 +81,9 @@ Item {
             visible: overlay.picture
             anchors.horizontalCenter: parent.horizontalCenter
             anchors.top: parent.top
-            anchors.bottom: cta.top
-            anchors.bottomMargin: 20
+            anchors.topMargin: 56
+            anchors.bottom: caption.top
+            anchors.bottomMargin: 16
             width: parent.width - 32
             source: overlay.picture ? overlay.ad.imageSource : ""
             sourceSize.width: width * 2
@@ -167,6 +168,37 @@ Item {
                     wrapMode: Text.WordWrap
                     lineHeight: 1.2
                 }
+            }
+        }
+
+        // A picture's words, under it.
+        Column {
+            id: caption
+            visible: overlay.picture
+            width: parent.width - 48
+            anchors.horizontalCenter: parent.horizontalCenter
+            anchors.bottom: cta.top
+            anchors.bottomMargin: 18
+            spacing: 6
+            Text {
+                width: parent.width
+                horizontalAlignment: Text.AlignHCenter
+                text: overlay.ad ? overlay.ad.title : ""
+                wrapMode: Text.WordWrap
+                font.family: Theme.fontFamily
+                font.pixelSize: 24
+                font.bold: true
+                color: overlay.ad ? overlay.ad.foreground : "#ffffff"
+            }
+            Text {
+                width: parent.width
+                horizontalAlignment: Text.AlignHCenter
+                text: overlay.ad ? overlay.ad.body : ""
+                wrapMode: Text.WordWrap
+                font.family: Theme.fontFamily
+                font.pixelSize: 15
+                color: overlay.ad ? overlay.ad.foreground : "#ffffff"
+                opacity: 0.9
             }
         }
 

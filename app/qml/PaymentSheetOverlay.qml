@@ -39,20 +39,22 @@ Item {
                 width: 40; height: 5; radius: 2.5
                 color: "#c7c7cc"
             }
-            Row {
+            // The layout is mirrored: "left" is the start side, on the right.
+            Item {
                 width: parent.width
-                layoutDirection: Qt.RightToLeft
+                height: 28
                 Text {
-                    width: parent.width - sandboxTag.width
+                    anchors.left: parent.left
+                    anchors.verticalCenter: parent.verticalCenter
                     text: "متجر التجربة"
                     font.family: Theme.fontFamily
                     font.pixelSize: 19
                     font.bold: true
                     color: "#1c1c1e"
-                    horizontalAlignment: Text.AlignRight
                 }
                 Rectangle {
-                    id: sandboxTag
+                    anchors.right: parent.right
+                    anchors.verticalCenter: parent.verticalCenter
                     width: tagText.implicitWidth + 14
                     height: 24
                     radius: 12
@@ -109,16 +111,16 @@ Item {
             Item {
                 width: parent.width
                 height: 26
-                Text { anchors.right: parent.right; text: "الحساب"; font.family: Theme.fontFamily; font.pixelSize: 14; color: "#6c6c70" }
-                Text { anchors.left: parent.left; text: paymentSheet.accountName; font.family: Theme.fontFamily; font.pixelSize: 14; color: "#1c1c1e" }
+                Text { anchors.left: parent.left; text: "الحساب"; font.family: Theme.fontFamily; font.pixelSize: 14; color: "#6c6c70" }
+                Text { anchors.right: parent.right; text: paymentSheet.accountName; font.family: Theme.fontFamily; font.pixelSize: 14; color: "#1c1c1e" }
             }
             Item {
                 width: parent.width
                 height: 30
-                Text { anchors.right: parent.right; text: "السعر"; font.family: Theme.fontFamily; font.pixelSize: 14; color: "#6c6c70" }
+                Text { anchors.left: parent.left; text: "السعر"; font.family: Theme.fontFamily; font.pixelSize: 14; color: "#6c6c70" }
                 Text {
                     objectName: "paymentSheetPrice"
-                    anchors.left: parent.left
+                    anchors.right: parent.right
                     text: paymentSheet.priceText
                     font.family: Theme.fontFamily
                     font.pixelSize: 18

@@ -60,11 +60,11 @@ Item {
             asynchronous: true
         }
 
-        // Right to left: the mark at the right edge, then the title, the words, and the call to action at the
+        // Over a picture as over a plain card. Right to left: the mark at the right edge, then the title, the
+        // words, and the call to action at the
         // left edge.
         Rectangle {
             id: mark
-            visible: !root.picture
             anchors.left: parent.left
             anchors.leftMargin: 8
             anchors.verticalCenter: parent.verticalCenter
@@ -87,7 +87,6 @@ Item {
         Text {
             id: title
             objectName: "bannerAdTitle"
-            visible: !root.picture
             anchors.left: mark.right
             anchors.leftMargin: 8
             anchors.verticalCenter: parent.verticalCenter
@@ -100,23 +99,25 @@ Item {
             color: root.foreground
         }
         Text {
-            visible: !root.picture
             anchors.left: title.right
             anchors.leftMargin: 8
             anchors.right: cta.visible ? cta.left : parent.right
             anchors.rightMargin: 8
             anchors.verticalCenter: parent.verticalCenter
             text: root.view ? root.view.body : ""
+            // Two short lines where they fit; a strip too narrow for a few words shows none.
+            wrapMode: Text.WordWrap
             elide: Text.ElideRight
-            maximumLineCount: 1
+            maximumLineCount: 2
+            lineHeight: 0.9
+            opacity: width >= 48 ? 0.85 : 0
             font.family: Theme.fontFamily
-            font.pixelSize: 12
+            font.pixelSize: 10
             color: root.foreground
-            opacity: 0.85
         }
         Rectangle {
             id: cta
-            visible: !root.picture && ctaLabel.text.length > 0
+            visible: ctaLabel.text.length > 0
             anchors.right: parent.right
             anchors.rightMargin: 8
             anchors.verticalCenter: parent.verticalCenter

@@ -289,7 +289,8 @@ Item {
         z: 30
         Repeater {
             model: controller.adsView.subviews
-            delegate: BannerAdView { view: modelData }
+            // Centred in the strip when the ad is narrower than the screen.
+            delegate: BannerAdView { view: modelData; x: Math.max(0, (parent.width - width) / 2) }
         }
     }
 

@@ -66,15 +66,16 @@ Item {
         border.color: best ? Theme.gold : "#33ffffff"
         border.width: best ? 2 : 1
 
+        // The layout is mirrored: "left" is the start side, on the right.
         Coins {
             count: pack.number
-            anchors.right: parent.right
-            anchors.rightMargin: 12 * screen.u
+            anchors.left: parent.left
+            anchors.leftMargin: 12 * screen.u
             anchors.verticalCenter: parent.verticalCenter
         }
         Column {
-            anchors.right: parent.right
-            anchors.rightMargin: 88 * screen.u
+            anchors.left: parent.left
+            anchors.leftMargin: 88 * screen.u
             anchors.verticalCenter: parent.verticalCenter
             spacing: 2 * screen.u
             Text {
@@ -94,8 +95,8 @@ Item {
         }
         Rectangle {
             objectName: "pack" + pack.number + "Buy"
-            anchors.left: parent.left
-            anchors.leftMargin: 12 * screen.u
+            anchors.right: parent.right
+            anchors.rightMargin: 12 * screen.u
             anchors.verticalCenter: parent.verticalCenter
             width: Math.max(92 * screen.u, priceText.implicitWidth + 24 * screen.u)
             height: 44 * screen.u

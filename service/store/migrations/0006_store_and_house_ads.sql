@@ -221,11 +221,10 @@ INSERT INTO house_ads (id, format, kind, promotion, title, body, call_to_action,
      'ألغاز النجوم من مولفان، مجاناً.', 'حمّلها الآن', 'https://molvane.example/games/najmat-alalghaz',
      '<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 320 50" width="320" height="50">
   <rect width="320" height="50" fill="#101935"/>
-  <path d="M25 8 l5 11 l12 1 l-9 8 l3 12 l-11 -6 l-11 6 l3 -12 l-9 -8 l12 -1 Z" fill="#FFD166"/>
-  <circle cx="70" cy="14" r="2" fill="#FFFFFF"/>
-  <circle cx="96" cy="36" r="1.5" fill="#FFFFFF"/>
-  <circle cx="250" cy="12" r="2" fill="#FFFFFF"/>
-  <circle cx="282" cy="38" r="1.5" fill="#FFFFFF"/>
-  <rect x="232" y="14" width="76" height="22" rx="11" fill="#FFD166"/>
+  <path d="M150 9 l5 11 l12 1 l-9 8 l3 12 l-11 -6 l-11 6 l3 -12 l-9 -8 l12 -1 Z" fill="#FFD166" opacity="0.25"/>
+  <circle cx="70" cy="14" r="2" fill="#FFFFFF" opacity="0.6"/>
+  <circle cx="96" cy="36" r="1.5" fill="#FFFFFF" opacity="0.6"/>
+  <circle cx="250" cy="12" r="2" fill="#FFFFFF" opacity="0.6"/>
+  <circle cx="282" cy="38" r="1.5" fill="#FFFFFF" opacity="0.6"/>
 </svg>',
      '#101935', '#FFFFFF', '#FFD166', 0, 320, 50, 1);
