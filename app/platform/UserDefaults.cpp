@@ -142,6 +142,9 @@ void UserDefaults::removeObjectForKey(const QString& key) {
 
 void UserDefaults::synchronize() {
     QMutexLocker lock(&m_mutex);
+    if (m_batchDepth > 0) {
+        return; // the batch writes everything together when it ends
+    }
     m_settings->sync();
 }
 
