@@ -505,10 +505,9 @@ void GameViewController::onTimerTick() {
         auto& ads = InterstitialManager::sharedInstance();
         if (ads.getProperPercentToShowSpecialAdmobAd() > static_cast<qint64>(r % 100) &&
             !ads.isAddCurrentlyDisplaying() && !Platform::shared().navigator().presentedViewController()) {
+            // clang-format off
             Util::showMessageWithTitleOnOk(
-                QStringLiteral(
-                    "يبدو أنك تواجه صعوبة في ايجاد الحل .. هل تريد مشاهدة فيديو لكسب ذهب يمكنك من كشف حرف "
-                    "مجانا لمساعدتك ؟"),
+                QStringLiteral("يبدو أنك تواجه صعوبة في ايجاد الحل .. هل تريد مشاهدة فيديو لكسب ذهب يمكنك من كشف حرف مجانا لمساعدتك ؟"),
                 QStringLiteral("مساعدة"), [this, alive = std::weak_ptr<int>(m_alive)] {
                     if (alive.expired()) {
                         return;
@@ -516,6 +515,7 @@ void GameViewController::onTimerTick() {
                     InterstitialManager::sharedInstance().displayAdmobVideoAd();
                     isTimedAdWasShown = 1;
                 });
+            // clang-format on
         }
         timerAdsCount += 1;
         if (timerAdsCount == 2) {

@@ -95,10 +95,8 @@ void StoreViewController::productPurchased(const Notification& notification) {
     const auto skips = static_cast<unsigned long>(iapHelper->getSkipsForProductID(id));
     Platform::shared().alerts().showWithTitleMessageCancelButtonTitleOtherButtonTitlesTapBlock(
         QStringLiteral("مبروك"),
-        QStringLiteral("لقد اشتريت بنجاح %1 %2 و %3 تجاوز")
-            .arg(credits)
-            .arg(QStringLiteral("ذهبة"))
-            .arg(skips),
+        Util::stringWithFormat(QStringLiteral("لقد اشتريت بنجاح %lu %@ و %lu تجاوز"),
+                               {QString::number(credits), QStringLiteral("ذهبة"), QString::number(skips)}),
         QStringLiteral("موافق"), {}, nullptr);
 }
 

@@ -1,5 +1,7 @@
 #include "Util.h"
 
+#include <QRegularExpression>
+
 #include "platform/Platform.h"
 
 #include <QLocale>
@@ -196,4 +198,18 @@ double Util::doubleValue(const QString& text) {
     bool ok = false;
     const double v = text.mid(i, end - i).toDouble(&ok);
     return ok ? v : 0.0;
+}
+
+QString Util::stringWithFormat(const QString& format, const QStringList& arguments) {
+    static const QRegularExpression place(QStringLiteral("%(%|@|d|ld|lu)"));
+    QString out;
+    qsizetype from = 0;
+    qsizetype next = 0;
+    for (auto it = place.globalMatch(format); it.hasNext();) {
+        const QRegularExpressionMatch m = it.next();
+        out += format.mid(from, m.capturedStart() - from);
+        out += m.captured(1) == QLatin1String("%") ? QStringLiteral("%") : arguments.value(next++);
+        from = m.capturedEnd();
+    }
+    return out + format.mid(from);
 }

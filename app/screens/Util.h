@@ -57,6 +57,9 @@ public:
 
     // Decimal digits grouped by three with ",", whatever the locale.
     static QString formatLongNumber(qint64 number);
+    // Fills a printf-style text in order: %d, %ld, %lu and %@ each take the next argument, %% is a percent
+    // sign. A text with fewer places than arguments leaves the rest out; one with more leaves them empty.
+    static QString stringWithFormat(const QString& format, const QStringList& arguments);
     static QString formatDateWithFormat(const QDateTime& date, const QString& format);
     static bool isStringContainedInArray(const QString& text, const QStringList& array);
     static qint64 sumLongArray(const QList<qint64>& array);

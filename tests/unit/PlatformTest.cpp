@@ -161,6 +161,10 @@ TEST(Numbers, GroupingAndLeadingNumbers) {
     EXPECT_EQ(Util::formatLongNumber(1234567), QStringLiteral("1,234,567"));
     EXPECT_EQ(Util::formatLongNumber(-1234), QStringLiteral("-1,234"));
     EXPECT_EQ(Util::formatLongNumber(999), QStringLiteral("999"));
+    // Printf-style texts take their arguments in order; a percent sign stays one.
+    EXPECT_EQ(Util::stringWithFormat(QStringLiteral("%lu %@ و %lu"), {"900", "ذهبة", "5"}), "900 ذهبة و 5");
+    EXPECT_EQ(Util::stringWithFormat(QStringLiteral("%d%% من %@"), {"7"}), "7% من ");
+    EXPECT_EQ(Util::stringWithFormat(QStringLiteral("%1 بلا مكان"), {"x"}), "%1 بلا مكان");
     EXPECT_EQ(Util::formatLongNumber(0), QStringLiteral("0"));
     EXPECT_EQ(Util::formatLongNumber(std::numeric_limits<qint64>::min()),
               QStringLiteral("-9,223,372,036,854,775,808"));
