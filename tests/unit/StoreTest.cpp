@@ -11,8 +11,8 @@
 #include "screens/MainViewController.h"
 #include "screens/Screens.h"
 
-#include <QJsonArray>
 #include <QFile>
+#include <QJsonArray>
 #include <gtest/gtest.h>
 
 namespace {

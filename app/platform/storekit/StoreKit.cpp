@@ -108,8 +108,7 @@ std::optional<SKPaymentTransaction> SKPaymentTransaction::fromJson(const QJsonOb
     }
     const QJsonValue created = json.value(QLatin1String("createdAt"));
     if (created.isDouble()) {
-        t.transactionDate =
-            QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(created.toDouble()), Qt::UTC);
+        t.transactionDate = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(created.toDouble()), Qt::UTC);
     }
     if (t.transactionState == SKPaymentTransactionState::Failed) {
         const QJsonObject error = json.value(QLatin1String("error")).toObject();
