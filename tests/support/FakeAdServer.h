@@ -29,6 +29,13 @@ public:
         std::vector<std::function<void()>> heldAds;
         std::vector<std::function<void()>> heldImpressions;
 
+        int requestsFor(const QString& unit) const {
+            int n = 0;
+            for (const auto& r : requests) {
+                n += r.first == unit ? 1 : 0;
+            }
+            return n;
+        }
         static void release(std::vector<std::function<void()>>& held) {
             auto answers = std::move(held);
             held.clear();

@@ -51,13 +51,7 @@ protected:
         return qobject_cast<LevelSuccessViewController*>(
             Platform::shared().navigator().presentedViewController());
     }
-    int loadsOf(const char* unit) const {
-        int n = 0;
-        for (const auto& r : ads->requests) {
-            n += r.first == InterstitialManager::adUnit(unit) ? 1 : 0;
-        }
-        return n;
-    }
+    int loadsOf(const char* unit) const { return ads->requestsFor(InterstitialManager::adUnit(unit)); }
     static bool adOnScreen() { return GADAdPresenter::shared().isVisible(); }
     bool hud() { return Platform::shared().progressHud().isVisible(); }
 

@@ -62,13 +62,7 @@ protected:
         InterstitialManager::sharedInstance().initializeSession();
         QCoreApplication::processEvents();
     }
-    int loadsOf(const char* unit) const {
-        int n = 0;
-        for (const auto& r : ads->requests) {
-            n += r.first == InterstitialManager::adUnit(unit) ? 1 : 0;
-        }
-        return n;
-    }
+    int loadsOf(const char* unit) const { return ads->requestsFor(InterstitialManager::adUnit(unit)); }
     static bool videoOnScreen() { return GADAdPresenter::shared().isVisible(); }
     void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
 

@@ -119,10 +119,13 @@ void GADFullScreenPresentingAd::dismissed() {
     }
 }
 
-void GADInterstitialAd::loadWithAdUnitIDRequestCompletionHandler(
-    const QString& adUnitID, const GADRequest&,
-    std::function<void(std::shared_ptr<GADInterstitialAd>, const std::optional<GADError>&)> handler) {
-    GADAdKit::loadAd(adUnitID, QStringLiteral("interstitial"),
+namespace {
+
+// Loads an ad of one format and hands it over as the kind of ad that shows it.
+template <class Ad>
+void loadFullScreenAd(const QString& adUnitID, const QString& format,
+                      std::function<void(std::shared_ptr<Ad>, const std::optional<GADError>&)> handler) {
+    GADAdKit::loadAd(adUnitID, format,
                      [handler = std::move(handler)](const std::optional<GADAdContent>& content,
                                                     const std::optional<GADError>& error) {
                          if (!handler) {
@@ -132,9 +135,24 @@ void GADInterstitialAd::loadWithAdUnitIDRequestCompletionHandler(
                              handler(nullptr, error);
                              return;
                          }
-                         handler(std::shared_ptr<GADInterstitialAd>(new GADInterstitialAd(*content)),
-                                 std::nullopt);
+                         handler(Ad::fromContent(*content), std::nullopt);
                      });
+}
+
+} // namespace
+
+std::shared_ptr<GADInterstitialAd> GADInterstitialAd::fromContent(const GADAdContent& content) {
+    return std::shared_ptr<GADInterstitialAd>(new GADInterstitialAd(content));
+}
+
+std::shared_ptr<GADRewardedAd> GADRewardedAd::fromContent(const GADAdContent& content) {
+    return std::shared_ptr<GADRewardedAd>(new GADRewardedAd(content));
+}
+
+void GADInterstitialAd::loadWithAdUnitIDRequestCompletionHandler(
+    const QString& adUnitID, const GADRequest&,
+    std::function<void(std::shared_ptr<GADInterstitialAd>, const std::optional<GADError>&)> handler) {
+    loadFullScreenAd<GADInterstitialAd>(adUnitID, QStringLiteral("interstitial"), std::move(handler));
 }
 
 void GADInterstitialAd::presentFromRootViewController(ViewController* root) {
@@ -144,18 +162,7 @@ void GADInterstitialAd::presentFromRootViewController(ViewController* root) {
 void GADRewardedAd::loadWithAdUnitIDRequestCompletionHandler(
     const QString& adUnitID, const GADRequest&,
     std::function<void(std::shared_ptr<GADRewardedAd>, const std::optional<GADError>&)> handler) {
-    GADAdKit::loadAd(adUnitID, QStringLiteral("rewarded"),
-                     [handler = std::move(handler)](const std::optional<GADAdContent>& content,
-                                                    const std::optional<GADError>& error) {
-                         if (!handler) {
-                             return;
-                         }
-                         if (!content) {
-                             handler(nullptr, error);
-                             return;
-                         }
-                         handler(std::shared_ptr<GADRewardedAd>(new GADRewardedAd(*content)), std::nullopt);
-                     });
+    loadFullScreenAd<GADRewardedAd>(adUnitID, QStringLiteral("rewarded"), std::move(handler));
 }
 
 void GADRewardedAd::presentFromRootViewControllerUserDidEarnRewardHandler(

@@ -99,6 +99,7 @@ public:
         std::function<void(std::shared_ptr<GADInterstitialAd> ad, const std::optional<GADError>& error)>
             handler);
     void presentFromRootViewController(ViewController* root);
+    static std::shared_ptr<GADInterstitialAd> fromContent(const GADAdContent& content);
 
 private:
     using GADFullScreenPresentingAd::GADFullScreenPresentingAd;
@@ -114,6 +115,7 @@ public:
         std::function<void(std::shared_ptr<GADRewardedAd> ad, const std::optional<GADError>& error)> handler);
     void presentFromRootViewControllerUserDidEarnRewardHandler(ViewController* root,
                                                                std::function<void()> rewardHandler);
+    static std::shared_ptr<GADRewardedAd> fromContent(const GADAdContent& content);
 
 private:
     using GADFullScreenPresentingAd::GADFullScreenPresentingAd;

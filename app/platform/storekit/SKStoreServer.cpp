@@ -132,34 +132,30 @@ void GameServiceStoreServer::finishTransaction(const QString& transactionId, Tra
     postTransaction(QStringLiteral("/v1/store/transactions/%1/finish").arg(transactionId), std::move(done));
 }
 
+namespace {
+
+// The answer of a route that lists transactions.
+GameService::Completion listAnswer(SKStoreServer::ListDone done) {
+    return [done = std::move(done)](const QJsonObject& body, const std::optional<GKError>& error) {
+        if (error) {
+            done({}, GameServiceStoreServer::errorFrom(*error));
+            return;
+        }
+        const auto list = GameServiceStoreServer::transactionList(body);
+        if (!list) {
+            done({}, SKError{0, QStringLiteral("The store's answer cannot be read")});
+            return;
+        }
+        done(*list, std::nullopt);
+    };
+}
+
+} // namespace
+
 void GameServiceStoreServer::unfinishedTransactions(ListDone done) {
-    service().get(QStringLiteral("/v1/store/transactions"), {},
-                  [done](const QJsonObject& body, const std::optional<GKError>& error) {
-                      if (error) {
-                          done({}, errorFrom(*error));
-                          return;
-                      }
-                      const auto list = transactionList(body);
-                      if (!list) {
-                          done({}, SKError{0, QStringLiteral("The store's answer cannot be read")});
-                          return;
-                      }
-                      done(*list, std::nullopt);
-                  });
+    service().get(QStringLiteral("/v1/store/transactions"), {}, listAnswer(std::move(done)));
 }
 
 void GameServiceStoreServer::restoreTransactions(ListDone done) {
-    service().post(QStringLiteral("/v1/store/restore"), QJsonObject{},
-                   [done](const QJsonObject& body, const std::optional<GKError>& error) {
-                       if (error) {
-                           done({}, errorFrom(*error));
-                           return;
-                       }
-                       const auto list = transactionList(body);
-                       if (!list) {
-                           done({}, SKError{0, QStringLiteral("The store's answer cannot be read")});
-                           return;
-                       }
-                       done(*list, std::nullopt);
-                   });
+    service().post(QStringLiteral("/v1/store/restore"), QJsonObject{}, listAnswer(std::move(done)));
 }
