@@ -11,6 +11,7 @@
 #include "progress/SessionManager.h"
 #include "progress/SettingsManager.h"
 #include "progress/UserStatsManager.h"
+#include "screens/PresentationUtil.h"
 #include "screens/Util.h"
 
 ViewController* AppDelegate::instantiateInitialViewController() {
@@ -40,6 +41,10 @@ bool AppDelegate::applicationDidFinishLaunchingWithOptions(const QVariantMap& la
         platform.navigator().setRootViewController(root);
     }
 
+    // A house ad that leads somewhere in the game.
+    platform.notificationCenter().addObserver(this, kGADOpenActionURLNotification, [](const Notification& n) {
+        PresentationUtil::openInGameAddress(QUrl(n.object.toString()));
+    });
     platform.notificationCenter().addObserver(this, kReachabilityChangedNotification,
                                               [this](const Notification&) { reachabilityChanged(); });
     platform.reachability().startNotifier();

@@ -5,6 +5,9 @@
 #include "outreach/Outreach.h"
 #include "platform/Platform.h"
 
+#include <QDebug>
+#include <QUrl>
+
 void PresentationUtil::present(const char* identifier) {
     auto& nav = Platform::shared().navigator();
     if (auto* screen = nav.instantiateViewControllerWithIdentifier(QString::fromLatin1(identifier))) {
@@ -90,4 +93,24 @@ void PresentationUtil::openAboutViewController(ViewController*) {
 
 void PresentationUtil::openInAppStore(ViewController*) {
     present("StoreViewController");
+}
+
+bool PresentationUtil::openInGameAddress(const QUrl& address) {
+    if (address.scheme() != QLatin1String("tarvolin")) {
+        return false;
+    }
+    const QString where = address.host();
+    if (where == QLatin1String("store")) {
+        openInAppStore(nullptr);
+    } else if (where == QLatin1String("leaderboard")) {
+        openGameCenterNavControllerWithPageNumAndType(nullptr, 0, 0);
+    } else if (where == QLatin1String("battles")) {
+        openGameCenterNavControllerWithPageNumAndType(nullptr, 1, 0);
+    } else if (where == QLatin1String("daily-bonus")) {
+        openAchievementsViewController(nullptr);
+    } else {
+        qWarning().noquote() << "No screen at" << address.toString();
+        return false;
+    }
+    return true;
 }

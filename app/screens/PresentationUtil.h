@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QStringList>
+#include <QUrl>
 #include <QtGlobal>
 
 class ViewController;
@@ -10,6 +11,9 @@ class PresentationUtil {
 public:
     // The store, or the word that it is not available yet.
     static void openInAppStore(ViewController* presenting);
+    // The game's own addresses, which house ads lead to: tarvolin://store, leaderboard, battles and
+    // daily-bonus (the tasks). Returns false for any other.
+    static bool openInGameAddress(const QUrl& address);
     static void openLeaderboardViewController(ViewController* presenting);
     static void openCreditsViewController(ViewController* presenting);
     static void openSettingsViewController(ViewController* presenting);

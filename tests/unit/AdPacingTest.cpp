@@ -10,6 +10,8 @@
 #include "outreach/AdManager.h"
 #include "outreach/GameIAPHelper.h"
 #include "outreach/InterstitialManager.h"
+#include "screens/MainViewController.h"
+#include "screens/PresentationUtil.h"
 #include "screens/Screens.h"
 
 #include <QCoreApplication>
@@ -192,6 +194,19 @@ TEST_F(AdPacing, ADismissalOfAnotherAdClearsOnlyTheOnScreenFlag) {
     manager().adDidDismissFullScreenContent(stranger);
     EXPECT_FALSE(manager().isAddCurrentlyDisplaying());
     EXPECT_TRUE(manager().admobNormalInterstitial);
+}
+
+TEST_F(AdPacing, AHouseAdLeadsToItsScreenInTheGame) {
+    auto& nav = Platform::shared().navigator();
+    nav.setRootViewController(new MainViewController());
+    EXPECT_FALSE(PresentationUtil::openInGameAddress(QUrl("tarvolin://nowhere")));
+    EXPECT_FALSE(PresentationUtil::openInGameAddress(QUrl("https://molvane.example/store")));
+    EXPECT_EQ(nav.presentedViewController(), nullptr);
+    ASSERT_TRUE(PresentationUtil::openInGameAddress(QUrl("tarvolin://store")));
+    EXPECT_EQ(nav.presentedViewController()->identifier(), "StoreViewController");
+    nav.dismissViewController();
+    ASSERT_TRUE(PresentationUtil::openInGameAddress(QUrl("tarvolin://daily-bonus")));
+    EXPECT_EQ(nav.presentedViewController()->identifier(), "AchievementsViewController");
 }
 
 } // namespace
