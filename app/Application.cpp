@@ -53,6 +53,7 @@ const QMap<QString, QString>& presentedScreens() {
         {"livematch", "GKMatchmakerViewController"},
         {"livebattles", "RealTimeBattleListViewController"},
         {"store", "StoreViewController"},
+        {"promo", "AppPromoViewController"},
     };
     return screens;
 }
@@ -102,8 +103,8 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
             "finished battles), exchanges (the gold exchanges page), player (the first other player on the "
             "leaderboard), friendrequest (a friend request to him), login, leaderboard, account, settings, "
             "rank, achievements, tips, help, profile, about, matchmaker, livematch, livebattles (the "
-            "finished live matches), store, payment (the sandbox's sheet for the first pack) or rewarded "
-            "(the free video of the play screen)."),
+            "finished live matches), store, payment (the sandbox's sheet for the first pack), rewarded "
+            "(the free video of the play screen) or promo (the card of a promoted game)."),
         QStringLiteral("SCREEN"));
     parser.addOptions({profile, screenshot, screenshotAfter, service, device, offline, dataDir, open});
 

@@ -5,7 +5,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-QUrl Addresses::value(const QString& key) {
+namespace {
+const QJsonObject& addressTable() {
     static const QJsonObject table = [] {
         QFile file(QStringLiteral(":/outreach.json"));
         if (!file.open(QIODevice::ReadOnly)) {
@@ -14,7 +15,12 @@ QUrl Addresses::value(const QString& key) {
         }
         return QJsonDocument::fromJson(file.readAll()).object();
     }();
-    const QUrl url(table.value(key).toString(), QUrl::StrictMode);
+    return table;
+}
+} // namespace
+
+QUrl Addresses::value(const QString& key) {
+    const QUrl url(addressTable().value(key).toString(), QUrl::StrictMode);
     if (!url.isValid() || url.isEmpty()) {
         qWarning().noquote() << "No address for" << key;
     }
@@ -35,4 +41,16 @@ QUrl Addresses::twitterPage() {
 }
 QUrl Addresses::instagramPage() {
     return value(QStringLiteral("instagram"));
+}
+
+QString Addresses::promotedAppId() {
+    return addressTable().value(QLatin1String("promotedAppId")).toString();
+}
+QUrl Addresses::promoStorePage() {
+    return value(QStringLiteral("promoStorePage"));
+}
+QUrl Addresses::appPage(const QString& appId) {
+    QUrl page = makerStorePage();
+    page.setPath(page.path() + QLatin1Char('/') + QString::fromLatin1(QUrl::toPercentEncoding(appId)));
+    return page;
 }

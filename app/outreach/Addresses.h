@@ -12,6 +12,11 @@ public:
     static QUrl facebookPage();
     static QUrl twitterPage();
     static QUrl instagramPage();
+    // The maker's game that the main screen promotes, and the page the selectors' panels open.
+    static QString promotedAppId();
+    static QUrl promoStorePage();
+    // A game's page on the maker's store.
+    static QUrl appPage(const QString& appId);
 
 private:
     static QUrl value(const QString& key);

@@ -1,5 +1,8 @@
 #include "LevelSelectorViewController.h"
 
+#include "outreach/Addresses.h"
+#include "outreach/AppPromoView.h"
+
 #include "PresentationUtil.h"
 #include "Util.h"
 #include "core/Game.h"
@@ -83,4 +86,16 @@ void LevelSelectorViewController::showTipOfTheDay() {
 void LevelSelectorViewController::openAbout() {
     SoundFactory::sharedInstance().playMenuTap();
     PresentationUtil::openAboutViewController(this);
+}
+
+void LevelSelectorViewController::openPromoView() {
+    Platform::shared().urls().openURL(Addresses::promoStorePage());
+}
+
+QString LevelSelectorViewController::promoTitle() const {
+    return AppPromoView::getAppTitle(Addresses::promotedAppId());
+}
+
+QUrl LevelSelectorViewController::promoIcon() const {
+    return AppPromoView::getAppIcon(Addresses::promotedAppId());
 }

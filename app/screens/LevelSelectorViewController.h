@@ -2,6 +2,8 @@
 
 #include "platform/ViewController.h"
 
+#include <QUrl>
+
 #include <QColor>
 #include <QVariantList>
 
@@ -11,6 +13,8 @@ class LevelSelectorViewController : public ViewController {
     Q_PROPERTY(QVariantList cells READ cells NOTIFY cellsChanged)
     Q_PROPERTY(QString currentRoundLabel READ currentRoundLabel NOTIFY cellsChanged)
     Q_PROPERTY(QColor topbarColor READ topbarColor CONSTANT)
+    Q_PROPERTY(QString promoTitle READ promoTitle CONSTANT)
+    Q_PROPERTY(QUrl promoIcon READ promoIcon CONSTANT)
 public:
     explicit LevelSelectorViewController(QObject* parent = nullptr);
 
@@ -25,6 +29,10 @@ public:
     Q_INVOKABLE void collectionViewDidSelectItemAtIndexPath(int row);
     Q_INVOKABLE void goBack();
     Q_INVOKABLE void openAbout();
+    // The panel of the maker's promoted game: a tap opens its store page and leaves the game.
+    Q_INVOKABLE void openPromoView();
+    QString promoTitle() const;
+    QUrl promoIcon() const;
     Q_INVOKABLE void showTipOfTheDay();
 
     QVariantList cells() const { return m_cells; }

@@ -1,5 +1,8 @@
 #include "RoundSelectorViewController.h"
 
+#include "outreach/Addresses.h"
+#include "outreach/AppPromoView.h"
+
 #include "LevelSelectorViewController.h"
 #include "PresentationUtil.h"
 #include "Util.h"
@@ -22,6 +25,13 @@ QColor RoundSelectorViewController::topbarColor() const {
 void RoundSelectorViewController::viewDidLoad() {
     // The whole game's level list is read here, the first time the rounds are shown.
     LevelsInfoReader::sharedInstance().loadAllPacksLevelsWithEnc(QStringLiteral("ok"), false);
+    if (arc4random() % 3 == 1) {
+        setupEmitterLayer();
+    }
+}
+
+void RoundSelectorViewController::setupEmitterLayer() {
+    Platform::shared().emitter().startGCRankEmitterOnViewForDuration(this, kPromoStarsSeconds);
 }
 
 void RoundSelectorViewController::viewWillAppear() {
@@ -101,4 +111,16 @@ void RoundSelectorViewController::goBack() {
 void RoundSelectorViewController::openAbout() {
     SoundFactory::sharedInstance().playMenuTap();
     PresentationUtil::openAboutViewController(this);
+}
+
+void RoundSelectorViewController::openPromoView() {
+    Platform::shared().urls().openURL(Addresses::promoStorePage());
+}
+
+QString RoundSelectorViewController::promoTitle() const {
+    return AppPromoView::getAppTitle(Addresses::promotedAppId());
+}
+
+QUrl RoundSelectorViewController::promoIcon() const {
+    return AppPromoView::getAppIcon(Addresses::promotedAppId());
 }

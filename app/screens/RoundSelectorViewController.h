@@ -2,6 +2,7 @@
 
 #include "platform/ViewController.h"
 
+#include <QUrl>
 #include <QVariantList>
 
 // The rounds as a table of groups, each tied to a rank of the ladder: finished, current or locked by the
@@ -12,11 +13,14 @@ class RoundSelectorViewController : public ViewController {
     Q_PROPERTY(int currentGroup READ currentGroupValue NOTIFY rowsChanged)
     Q_PROPERTY(QString titleLabel READ titleLabel CONSTANT)
     Q_PROPERTY(QColor topbarColor READ topbarColor CONSTANT)
+    Q_PROPERTY(QString promoTitle READ promoTitle CONSTANT)
+    Q_PROPERTY(QUrl promoIcon READ promoIcon CONSTANT)
 public:
     enum State { Finished = 0, Current = 1, Locked = 2 };
 
     explicit RoundSelectorViewController(QObject* parent = nullptr);
 
+    static constexpr double kPromoStarsSeconds = 4.0;
     qint64 currentGroup = 0;
 
     void viewDidLoad() override;
@@ -28,6 +32,12 @@ public:
     Q_INVOKABLE void tableViewDidSelectRowAtIndexPath(int row);
     Q_INVOKABLE void goBack();
     Q_INVOKABLE void openAbout();
+    // The panel of the maker's promoted game: a tap opens its store page and leaves the game.
+    Q_INVOKABLE void openPromoView();
+    QString promoTitle() const;
+    QUrl promoIcon() const;
+    // Stars fall from the promotion panel on one visit in three.
+    void setupEmitterLayer();
 
     QVariantList rows() const { return m_rows; }
     int currentGroupValue() const { return static_cast<int>(currentGroup); }

@@ -17,6 +17,7 @@
 #include "multiplayer/RandomBattleViewController.h"
 #include "multiplayer/RealTimeBattleListViewController.h"
 #include "multiplayer/RealTimeBattleStartViewController.h"
+#include "outreach/AppPromoView.h"
 #include "outreach/StoreViewController.h"
 #include "platform/Platform.h"
 #include "platform/adkit/AdKit.h"
@@ -69,6 +70,7 @@ template <class F> void forEachScreen(F&& f) {
     f.template operator()<GCPlayerViewController>("GCPlayerViewController");
     f.template operator()<GKFriendRequestComposeViewController>("GKFriendRequestComposeViewController");
     f.template operator()<StoreViewController>("StoreViewController");
+    f.template operator()<AppPromoViewController>("AppPromoViewController");
 }
 } // namespace
 
@@ -89,6 +91,7 @@ void registerQmlTypes() {
     qmlRegisterUncreatableType<GameView>(uri, 1, 0, "GameView", "made by the board");
     qmlRegisterUncreatableType<PictureView>(uri, 1, 0, "PictureView", "made by the board");
     qmlRegisterUncreatableType<InfoCardView>(uri, 1, 0, "InfoCardView", "made by the play screen");
+    qmlRegisterUncreatableType<AppPromoView>(uri, 1, 0, "AppPromoView", "made by its screen");
     qmlRegisterUncreatableType<GADFullScreenPresentingAd>(uri, 1, 0, "GADFullScreenPresentingAd",
                                                           "loaded by the ad kit");
     qmlRegisterUncreatableType<GADInterstitialAd>(uri, 1, 0, "GADInterstitialAd", "loaded by the ad kit");

@@ -61,6 +61,16 @@ Item {
             MouseArea { anchors.fill: parent; onClicked: controller.showTipOfTheDay() }
         }
     }
+    PromoPanel {
+        u: screen.u
+        width: Math.min(parent.width - 24 * screen.u, 520)
+        anchors.horizontalCenter: parent.horizontalCenter
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: 12 * screen.u
+        title: controller.promoTitle
+        icon: controller.promoIcon
+        onTapped: controller.openPromoView()
+    }
     Grid {
         id: grid
         anchors.top: bar.bottom

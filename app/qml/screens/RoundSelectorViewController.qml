@@ -39,11 +39,22 @@ Item {
             MouseArea { anchors.fill: parent; onClicked: controller.openAbout() }
         }
     }
+    PromoPanel {
+        id: promo
+        u: screen.u
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.bottom: parent.bottom
+        anchors.margins: 12 * screen.u
+        title: controller.promoTitle
+        icon: controller.promoIcon
+        onTapped: controller.openPromoView()
+    }
     ListView {
         id: list
         objectName: "roundsList"
         anchors.top: bar.bottom
-        anchors.bottom: parent.bottom
+        anchors.bottom: promo.top
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.margins: 12 * screen.u

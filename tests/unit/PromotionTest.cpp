@@ -1,0 +1,88 @@
+// The maker's other games: the promoted-game table, the card and its buttons, and the selectors' panels.
+#include "TestPlatform.h"
+#include "core/Game.h"
+#include "outreach/Addresses.h"
+#include "outreach/AppPromoView.h"
+#include "screens/MainViewController.h"
+#include "screens/RoundSelectorViewController.h"
+#include "screens/Screens.h"
+
+#include <QFile>
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(Promotion, TheTableNamesEightOfTheMakersGamesEachWithItsPictures) {
+    TestPlatform platform;
+    const QStringList ids = AppPromoView::promotedAppIds();
+    ASSERT_EQ(ids.size(), 8);
+    for (const QString& id : ids) {
+        EXPECT_FALSE(AppPromoView::getAppTitle(id).isEmpty()) << id.toStdString();
+        EXPECT_FALSE(AppPromoView::getAppDesc(id).isEmpty()) << id.toStdString();
+        // The pictures ship with the game.
+        for (const QUrl& picture : {AppPromoView::getAppIcon(id), AppPromoView::getAppPromoImage(id)}) {
+            EXPECT_TRUE(QFile::exists(QLatin1Char(':') + picture.path())) << picture.toString().toStdString();
+        }
+    }
+    EXPECT_TRUE(ids.contains(Addresses::promotedAppId()));
+    // The maker's kinds of game lead to their store identifiers; the promoted ones are among them.
+    for (const QString& id : ids) {
+        bool found = false;
+        for (qint64 kind = 0; kind < 12; ++kind) {
+            found = found || Game::getPromoGameAppId(kind) == id;
+        }
+        EXPECT_TRUE(found) << id.toStdString();
+    }
+}
+
+TEST(Promotion, AnUnknownGameGivesAnEmptyCardWhoseButtonsStillWork) {
+    TestPlatform platform;
+    AppPromoView card;
+    card.setupWithViewControllerAndAppId(nullptr, QStringLiteral("com.example.nothing"));
+    EXPECT_TRUE(card.titleLabel().isEmpty());
+    EXPECT_TRUE(card.iconImage().isEmpty());
+    card.handleSingleTap();
+    card.gotoAppAction();
+    ASSERT_EQ(platform.urls().opened.size(), 2);
+    EXPECT_EQ(platform.urls().opened.at(0), platform.urls().opened.at(1)); // a tap and the button agree
+    EXPECT_TRUE(platform.urls().opened.at(0).toString().endsWith("com.example.nothing"));
+    // Without a background under it, closing hides the card and nothing else.
+    card.closeAction();
+    EXPECT_TRUE(card.isHidden());
+}
+
+TEST(Promotion, ACardOnItsBackgroundClosesWithIt) {
+    TestPlatform platform;
+    registerScreens(Platform::shared().navigator());
+    auto& nav = Platform::shared().navigator();
+    nav.setRootViewController(new MainViewController());
+    auto* screen = new AppPromoViewController();
+    nav.presentViewController(screen);
+    EXPECT_EQ(screen->promoView()->appId(), Addresses::promotedAppId());
+    EXPECT_EQ(screen->promoView()->titleLabel(), AppPromoView::getAppTitle(Addresses::promotedAppId()));
+    screen->promoView()->closeAction();
+    EXPECT_EQ(nav.presentedViewController(), nullptr);
+}
+
+TEST(Promotion, TheSelectorsPanelsOpenTheConfiguredPageAndStarsFallOnOneVisitInThree) {
+    TestPlatform platform;
+    registerScreens(Platform::shared().navigator());
+    RoundSelectorViewController rounds;
+    EXPECT_EQ(rounds.promoTitle(), AppPromoView::getAppTitle(Addresses::promotedAppId()));
+    rounds.openPromoView();
+    ASSERT_EQ(platform.urls().opened.size(), 1);
+    EXPECT_EQ(platform.urls().opened.first(), Addresses::promoStorePage());
+    EXPECT_EQ(platform.audio().totalPlays(), 0); // no sound of its own
+
+    rounds.viewDidLoad(); // the first visit reads the level list, which draws numbers of its own
+    int stars = 0;
+    QObject::connect(&Platform::shared().emitter(), &MyEmitter::started, [&stars] { ++stars; });
+    platform.random().queue({4}); // 4 % 3 == 1
+    rounds.viewDidLoad();
+    EXPECT_EQ(stars, 1);
+    platform.random().queue({5});
+    rounds.viewDidLoad();
+    EXPECT_EQ(stars, 1);
+}
+
+} // namespace
