@@ -1,5 +1,7 @@
 #include "MainViewController.h"
 
+#include "outreach/Addresses.h"
+#include "outreach/AppPromoView.h"
 #include "outreach/InterstitialManager.h"
 
 #include "ColorUtil.h"
@@ -20,6 +22,9 @@ MainViewController::MainViewController(QObject* parent)
     : ViewController(QStringLiteral("MainViewController"), parent) {}
 
 MainViewController::~MainViewController() {
+    if (m_promoTimer) {
+        m_promoTimer->invalidate();
+    }
     if (Platform::isInstalled()) {
         Platform::shared().notificationCenter().removeObserver(this);
     }
@@ -65,6 +70,23 @@ void MainViewController::viewDidLoad() {
     center.addObserver(this, NotificationSkipsChanged,
                        [this](const Notification&) { creditsSkipsChanged(); });
     center.addObserver(this, PointsChangedNotification, [this](const Notification&) { pointsChanged(); });
+
+    if (SessionManager::sharedInstance().acitveDays() >= 3 && arc4random() % 3 == 1) {
+        m_promoVisible = true;
+        m_promoTimer = Timer::scheduledTimerWithTimeInterval(kPromoPulseSeconds, true, [this] {
+            m_promoAlpha = m_promoAlpha == 1.0 ? 0.3 : 1.0;
+            emit promoChanged();
+        });
+        emit promoChanged();
+    }
+}
+
+void MainViewController::openPromoView() {
+    Platform::shared().urls().openURL(Addresses::appPage(Addresses::promotedAppId()));
+}
+
+QUrl MainViewController::promoIcon() const {
+    return AppPromoView::getAppIcon(Addresses::promotedAppId());
 }
 
 void MainViewController::viewWillAppear() {

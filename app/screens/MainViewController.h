@@ -1,12 +1,16 @@
 #pragma once
 
 #include "platform/ViewController.h"
+
 #include "progress/TipsManager.h"
+#include <QUrl>
 
 #include <QColor>
 #include <memory>
 
 // The first screen: where the player stands (gold, skips, level, round, rank, points) and the way to play.
+class Timer;
+
 class MainViewController : public ViewController {
     Q_OBJECT
     Q_PROPERTY(QString skipsLabel READ skipsLabel NOTIFY labelsChanged)
@@ -29,6 +33,9 @@ class MainViewController : public ViewController {
     Q_PROPERTY(QColor gcRankChangeColor READ gcRankChangeColor NOTIFY labelsChanged)
     Q_PROPERTY(QString gcRankArrow READ gcRankArrow NOTIFY labelsChanged)
     Q_PROPERTY(bool gcRankVisible READ gcRankVisible NOTIFY labelsChanged)
+    Q_PROPERTY(bool promoVisible READ promoVisible NOTIFY promoChanged)
+    Q_PROPERTY(double promoAlpha READ promoAlpha NOTIFY promoChanged)
+    Q_PROPERTY(QUrl promoIcon READ promoIcon CONSTANT)
 public:
     static inline const QString kLoginPrompt = QStringLiteral("اضغط لتسجيل الدخول الى الجيم سنتر");
     static constexpr double kLoginTimeLimitSeconds = 12.0;
@@ -49,6 +56,13 @@ public:
     Q_INVOKABLE void openAchievements();
     Q_INVOKABLE void openRankings();
     Q_INVOKABLE void openAbout();
+    // The panel of the maker's promoted game: shown on one launch in three from the third active day,
+    // pulsing; a tap opens the game in the store.
+    Q_INVOKABLE void openPromoView();
+    static constexpr double kPromoPulseSeconds = 0.6;
+    bool promoVisible() const { return m_promoVisible; }
+    double promoAlpha() const { return m_promoAlpha; }
+    QUrl promoIcon() const;
     void loginToGameCenter();
     void loginBookkeeping();
     void scoreLoaded();
@@ -78,6 +92,7 @@ public:
 
 signals:
     void labelsChanged();
+    void promoChanged();
 
 private:
     QString m_skips, m_credits, m_level, m_round, m_points, m_badgeName, m_badgeDesc, m_badgeImage;
@@ -91,5 +106,8 @@ private:
     QColor m_rankChangeColor;
     QString m_rankArrow;
     bool m_rankVisible = false;
+    bool m_promoVisible = false;
+    double m_promoAlpha = 1.0;
+    std::shared_ptr<Timer> m_promoTimer;
     std::shared_ptr<int> m_alive = std::make_shared<int>(0);
 };

@@ -3,6 +3,7 @@
 #include "core/Game.h"
 #include "outreach/Addresses.h"
 #include "outreach/AppPromoView.h"
+#include "progress/SessionManager.h"
 #include "screens/MainViewController.h"
 #include "screens/RoundSelectorViewController.h"
 #include "screens/Screens.h"
@@ -83,6 +84,35 @@ TEST(Promotion, TheSelectorsPanelsOpenTheConfiguredPageAndStarsFallOnOneVisitInT
     platform.random().queue({5});
     rounds.viewDidLoad();
     EXPECT_EQ(stars, 1);
+}
+
+TEST(Promotion, TheMainScreenPromotesOnOneLaunchInThreeFromTheThirdActiveDayPulsing) {
+    TestPlatform platform;
+    registerScreens(Platform::shared().navigator());
+    auto& nav = Platform::shared().navigator();
+    SessionManager::sharedInstance().setAcitveDays(2);
+    nav.setRootViewController(new MainViewController());
+    EXPECT_FALSE(qobject_cast<MainViewController*>(nav.topViewController())->promoVisible());
+
+    // The screen draws one number for the promotion: the first it draws once the third day has come.
+    SessionManager::sharedInstance().setAcitveDays(3);
+    platform.random().queue({5}); // 5 % 3 == 2
+    nav.setRootViewController(new MainViewController());
+    EXPECT_FALSE(qobject_cast<MainViewController*>(nav.topViewController())->promoVisible());
+    EXPECT_EQ(platform.random().draws(), 1);
+
+    platform.random().queue({4}); // 4 % 3 == 1
+    nav.setRootViewController(new MainViewController());
+    auto* main = qobject_cast<MainViewController*>(nav.topViewController());
+    ASSERT_TRUE(main->promoVisible());
+    EXPECT_EQ(main->promoAlpha(), 1.0);
+    platform.scheduler().advance(MainViewController::kPromoPulseSeconds);
+    EXPECT_EQ(main->promoAlpha(), 0.3);
+    platform.scheduler().advance(MainViewController::kPromoPulseSeconds);
+    EXPECT_EQ(main->promoAlpha(), 1.0);
+    main->openPromoView();
+    ASSERT_EQ(platform.urls().opened.size(), 1);
+    EXPECT_TRUE(platform.urls().opened.first().toString().endsWith(Addresses::promotedAppId()));
 }
 
 } // namespace

@@ -40,7 +40,28 @@ Item {
             }
         }
         // The settings and the about hub, at the end side.
+        // The promoted game of the maker, pulsing, beside the about button.
         Rectangle {
+            objectName: "promoView"
+            visible: controller.promoVisible
+            anchors.right: aboutButton.left
+            anchors.rightMargin: 8
+            width: 34 * screen.u
+            height: width
+            radius: 8 * screen.u
+            color: "#ffffff"
+            opacity: controller.promoAlpha
+            Behavior on opacity { NumberAnimation { duration: 250 } }
+            Image {
+                anchors.fill: parent
+                anchors.margins: 2
+                source: controller.promoIcon
+                sourceSize.width: width * 2
+            }
+            MouseArea { anchors.fill: parent; onClicked: controller.openPromoView() }
+        }
+        Rectangle {
+            id: aboutButton
             objectName: "aboutButton"
             anchors.right: settingsButton.left
             anchors.rightMargin: 8
