@@ -214,6 +214,8 @@ void GameViewController::tapTile(int index) {
 }
 
 void GameViewController::letterTapAction(LetterLabel* tile) {
+    // A tile taken from the tray clicks; one sent back from a box is silent.
+    SoundFactory::sharedInstance().playTap2();
     letterTap(tile);
 }
 

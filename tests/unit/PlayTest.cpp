@@ -8,6 +8,7 @@
 #include "core/LevelsInfoReader.h"
 #include "outreach/InterstitialManager.h"
 #include "outreach/Outreach.h"
+#include "outreach/SoundFactory.h"
 #include "progress/CreditsManager.h"
 #include "progress/NotificationManager.h"
 #include "progress/RankManager.h"
@@ -142,6 +143,20 @@ TEST_F(Play, TimerOffersAtOneHundredAndTwoHundredThirtySecondsThenStops) {
     platform.scheduler().advance(500);
     EXPECT_EQ(vc->secondsText(), frozen);
     EXPECT_FALSE(platform.alerts().isVisible());
+}
+
+TEST_F(Play, ATileFromTheTrayClicksAndOneSentBackIsSilent) {
+    auto* vc = open(3, 0);
+    SoundFactory::sharedInstance();
+    RecordingPlayer* click = platform.audio().player("tap2");
+    ASSERT_NE(click, nullptr);
+    vc->tapTile(0);
+    platform.animator().completeAll();
+    EXPECT_EQ(click->plays, 1);
+    const int before = platform.audio().totalPlays();
+    vc->tapTile(0); // now in a box: back to the tray
+    platform.animator().completeAll();
+    EXPECT_EQ(platform.audio().totalPlays(), before);
 }
 
 TEST_F(Play, NoOfferWhileAnAdIsOnScreen) {
