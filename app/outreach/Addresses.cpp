@@ -5,8 +5,9 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-QUrl Addresses::value(const QString& key) {
-    static const QJsonObject table = [] {
+namespace {
+const QJsonObject& table() {
+    static const QJsonObject object = [] {
         QFile file(QStringLiteral(":/outreach.json"));
         if (!file.open(QIODevice::ReadOnly)) {
             qWarning("The operator's addresses are missing from the game's resources.");
@@ -14,7 +15,20 @@ QUrl Addresses::value(const QString& key) {
         }
         return QJsonDocument::fromJson(file.readAll()).object();
     }();
-    const QUrl url(table.value(key).toString(), QUrl::StrictMode);
+    return object;
+}
+} // namespace
+
+QString Addresses::text(const QString& key) {
+    const QString value = table().value(key).toString();
+    if (value.isEmpty()) {
+        qWarning().noquote() << "No value for" << key;
+    }
+    return value;
+}
+
+QUrl Addresses::value(const QString& key) {
+    const QUrl url(table().value(key).toString(), QUrl::StrictMode);
     if (!url.isValid() || url.isEmpty()) {
         qWarning().noquote() << "No address for" << key;
     }
@@ -35,4 +49,19 @@ QUrl Addresses::twitterPage() {
 }
 QUrl Addresses::instagramPage() {
     return value(QStringLiteral("instagram"));
+}
+QUrl Addresses::facebookApp() {
+    return value(QStringLiteral("facebookApp"));
+}
+QUrl Addresses::twitterApp() {
+    return value(QStringLiteral("twitterApp"));
+}
+QUrl Addresses::instagramApp() {
+    return value(QStringLiteral("instagramApp"));
+}
+QString Addresses::appStoreIdentifier() {
+    return text(QStringLiteral("appStoreIdentifier"));
+}
+QString Addresses::makerStoreIdentifier() {
+    return text(QStringLiteral("makerStoreIdentifier"));
 }

@@ -6,6 +6,7 @@
 #include "core/GameViewController.h"
 #include "core/LevelManager.h"
 #include "core/LevelsInfoReader.h"
+#include "outreach/ShareManager.h"
 #include "outreach/SoundFactory.h"
 #include "platform/Platform.h"
 #include "progress/TipsManager.h"
@@ -83,4 +84,19 @@ void LevelSelectorViewController::showTipOfTheDay() {
 void LevelSelectorViewController::openAbout() {
     SoundFactory::sharedInstance().playMenuTap();
     PresentationUtil::openAboutViewController(this);
+}
+
+void LevelSelectorViewController::openFacebookPage() {
+    SoundFactory::sharedInstance().playMenuTap();
+    ShareManager::sharedInstance().openOurFacebookPage();
+}
+
+void LevelSelectorViewController::openInstaPage() {
+    SoundFactory::sharedInstance().playMenuTap();
+    ShareManager::sharedInstance().openOurInstagramPage();
+}
+
+void LevelSelectorViewController::openTwitterPage() {
+    SoundFactory::sharedInstance().playMenuTap();
+    ShareManager::sharedInstance().openOurTwitterPage();
 }

@@ -7,6 +7,7 @@
 #include "Util.h"
 #include "core/LevelManager.h"
 #include "multiplayer/GameCenterManager.h"
+#include "outreach/ShareManager.h"
 #include "outreach/SoundFactory.h"
 #include "platform/Platform.h"
 #include "progress/AchievementManager.h"
@@ -236,4 +237,14 @@ void MainViewController::openStore() {
 void MainViewController::openAbout() {
     SoundFactory::sharedInstance().playMenuTap();
     PresentationUtil::openAboutViewController(this);
+}
+
+void MainViewController::shareAction() {
+    SoundFactory::sharedInstance().playMenuTap();
+    ShareManager::sharedInstance().shareAppOnCompletion(this, nullptr);
+}
+
+void MainViewController::rateAction() {
+    SoundFactory::sharedInstance().playMenuTap();
+    ShareManager::sharedInstance().rateApp();
 }

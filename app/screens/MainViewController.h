@@ -49,6 +49,8 @@ public:
     Q_INVOKABLE void openAchievements();
     Q_INVOKABLE void openRankings();
     Q_INVOKABLE void openAbout();
+    Q_INVOKABLE void shareAction();
+    Q_INVOKABLE void rateAction();
     void loginToGameCenter();
     void loginBookkeeping();
     void scoreLoaded();
