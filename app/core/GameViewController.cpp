@@ -749,7 +749,7 @@ void GameViewController::setScreenshotLook(bool on) {
     if (auto* banner = qobject_cast<GADBannerView*>(m_adsView->viewWithTag(AdManager::kBannerTag))) {
         banner->setHidden(on);
     }
-    emit shareViewChanged();
+    emit screenshotLookChanged();
 }
 
 QImage GameViewController::takeScreenshot() {

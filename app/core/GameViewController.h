@@ -39,7 +39,7 @@ class GameViewController : public ViewController, public GameViewDelegate {
     Q_PROPERTY(QString revealCostText READ revealCostText CONSTANT)
     Q_PROPERTY(QString removeCostText READ removeCostText CONSTANT)
     Q_PROPERTY(QString screenshotTitleText READ screenshotTitleText CONSTANT)
-    Q_PROPERTY(bool screenshotTitleVisible READ screenshotTitleVisible NOTIFY shareViewChanged)
+    Q_PROPERTY(bool screenshotTitleVisible READ screenshotTitleVisible NOTIFY screenshotLookChanged)
     Q_PROPERTY(QObject* shareView READ shareViewObject NOTIFY shareViewChanged)
     Q_PROPERTY(QString secondsText READ secondsText NOTIFY timerViewsChanged)
     Q_PROPERTY(double timeProgress READ timeProgress NOTIFY timerViewsChanged)
@@ -229,6 +229,7 @@ signals:
     void helpViewsChanged();
     void battleViewsChanged();
     void shareViewChanged();
+    void screenshotLookChanged();
 
 private:
     void battleSolved();
