@@ -1,6 +1,7 @@
 #include "Application.h"
 
 #include "outreach/GameIAPHelper.h"
+#include "outreach/ShareView.h"
 #include "outreach/StoreViewController.h"
 
 #include "core/BattleDelegate.h"
@@ -154,9 +155,9 @@ bool Application::parseArguments(const QStringList& arguments, Options* options,
     options->profileRoot = parser.value(dataDir);
     options->open = parser.value(open);
     // The screens reached through the main screen's own actions, then those presented over it.
-    const QStringList reached{"rounds",  "levels",          "play",      "solved", "login",         "battle",
-                              "battles", "finishedbattles", "exchanges", "player", "friendrequest", "payment",
-                              "rewarded"};
+    const QStringList reached{
+        "rounds",          "levels",    "play",   "solved",        "login",   "battle",   "battles",
+        "finishedbattles", "exchanges", "player", "friendrequest", "payment", "rewarded", "share"};
     if (!options->open.isEmpty() && !presentedScreens().contains(options->open) &&
         !reached.contains(options->open)) {
         err << "Unknown screen \"" << options->open << "\": use " << reached.join(", ") << ", "
@@ -243,6 +244,7 @@ bool Application::start() {
     services.gameService = std::make_unique<GameService>(QUrl(m_options.service));
     services.localNotifications = std::make_unique<LocalNotifications>(
         QDir(profileFolder()).filePath(QStringLiteral("notifications.json")));
+    services.homeDirectory = profileFolder();
     Platform::install(std::move(services));
     auto& platform = Platform::shared();
     platform.reachability().setForcedOffline(m_options.offline);
@@ -399,6 +401,20 @@ void Application::openScreen(const QString& which) {
     if (play && which == QLatin1String("solved")) {
         play->dismissHelpAction();
         play->gameSuccess();
+    }
+    if (play && which == QLatin1String("share")) {
+        // The level's share panel once the window draws the level, and from its general button the share
+        // screen.
+        play->dismissHelpAction();
+        QTimer::singleShot(800, qApp, [play = QPointer<GameViewController>(play)] {
+            if (!play) {
+                return;
+            }
+            play->shareLevelWithFriends(nullptr);
+            if (auto* view = qobject_cast<ShareView*>(play->shareViewObject())) {
+                view->buttonTapped(96);
+            }
+        });
     }
     if (play && which == QLatin1String("rewarded")) {
         // Pressed once the level's interstitial has loaded: while it loads, no video is asked for.

@@ -6,7 +6,8 @@
 #include "outreach/AdManager.h"
 #include "outreach/GameIAPHelper.h"
 #include "outreach/InterstitialManager.h"
-#include "outreach/Outreach.h"
+#include "outreach/ShareManager.h"
+#include "outreach/ShareView.h"
 #include "outreach/SoundFactory.h"
 #include "platform/Platform.h"
 #include "progress/CreditsManager.h"
@@ -17,6 +18,7 @@
 #include "progress/TutorialAlertsManager.h"
 #include "progress/UserStatsManager.h"
 #include "screens/ColorUtil.h"
+#include "screens/ImageUtil.h"
 #include "screens/PresentationUtil.h"
 #include "screens/Util.h"
 
@@ -740,31 +742,52 @@ void GameViewController::videoWatchedAction() {
     sessions.setVideoRewardsCount(sessions.videoRewardsCount() + 1);
 }
 
+QObject* GameViewController::shareViewObject() const {
+    return shareView;
+}
+
+void GameViewController::setScreenshotLook(bool on) {
+    m_screenshotTitleVisible = on;
+    if (auto* banner = qobject_cast<GADBannerView*>(m_adsView->viewWithTag(AdManager::kBannerTag))) {
+        banner->setHidden(on);
+    }
+    emit screenshotLookChanged();
+}
+
+QImage GameViewController::takeScreenshot() {
+    setScreenshotLook(true);
+    const QImage picture = ImageUtil::takeScreenshotForView(this);
+    setScreenshotLook(false);
+    return picture;
+}
+
 void GameViewController::shareLevelWithFriends(QObject*) {
     SoundFactory::sharedInstance().playMenuTap();
-    if (!Outreach::sharing) {
-        Outreach::showUnavailable(QStringLiteral("مشاركة المرحلة"));
+    if (shareView) {
+        // Already up: the suggestion of the timer does not open a second one.
         return;
     }
-    m_shareViewVisible = true;
+    shareView = new ShareView(this);
+    shareView->setupImageShareWithViewController(this);
+    // The picture to share has the game's title and no banner.
+    setScreenshotLook(true);
+    shareView->prepareScreenshot();
+    setScreenshotLook(false);
+    emit shareViewChanged();
     shareLevelElapsedTime = nowSeconds();
-    Outreach::sharing->shareContentOnViewControllerOnCompletion(
-        {screenshotTitleText()}, QString(), this,
-        [this, alive = std::weak_ptr<int>(m_alive)](const QString&) {
-            if (!alive.expired()) {
-                dismissShareViewAction();
-            }
-        });
 }
 
 void GameViewController::dismissShareViewAction() {
-    if (!m_shareViewVisible && !m_revealViewVisible) {
+    if (!shareView) {
         return;
     }
-    m_shareViewVisible = false;
+    shareView->deleteLater();
+    shareView = nullptr;
+    emit shareViewChanged();
+    // The level counts as shared by the time the panel stayed up; what was sent from it is not looked at.
     shareLevelElapsedTime = nowSeconds() - shareLevelElapsedTime;
-    if (shareLevelElapsedTime >= kShareViewSeconds && Outreach::sharing) {
-        Outreach::sharing->incrementLevelsShared();
+    if (shareLevelElapsedTime >= kShareViewSeconds) {
+        ShareManager::sharedInstance().incrementLevelsShared();
     }
 }
 
@@ -802,17 +825,12 @@ void GameViewController::revealViewGeneralAction(int tag) {
 }
 
 void GameViewController::shareAppOnWhatsapp() {
-    Sharing* sharing = Outreach::sharing;
-    if (!sharing) {
-        Outreach::showUnavailable(QStringLiteral("المشاركة"));
-        return;
-    }
-    const QStringList content{
+    const QVariantList content{
         QStringLiteral("انا جالس ألعب لعبة طارفولين وبصراحة جدا اللعبة بطلة!! حملها وماتندم"),
-        sharing->appStoreLink()};
-    sharing->shareContentOnViewControllerOnCompletion(
-        content, QString(), this, [this, alive = std::weak_ptr<int>(m_alive)](const QString& activity) {
-            if (alive.expired() || !Outreach::sharing) {
+        ShareManager::appStorePage()};
+    ShareManager::sharedInstance().shareContentOnViewControllerOnCompletion(
+        content, this, [this, alive = std::weak_ptr<int>(m_alive)](const QString& activity) {
+            if (alive.expired()) {
                 return;
             }
             const QString name = activity.toLower();
@@ -825,8 +843,9 @@ void GameViewController::shareAppOnWhatsapp() {
                     QStringLiteral("لم تربح"));
                 return;
             }
-            Outreach::sharing->incrementLevelsShared();
-            if (Outreach::sharing->levelsShared() < kSharedLevelsPaid + 1) {
+            auto& share = ShareManager::sharedInstance();
+            share.incrementLevelsShared();
+            if (share.levelsShared() < kSharedLevelsPaid + 1) {
                 CreditsManager::sharedInstance().addCredits(kShareRewardCredits);
                 creditsChangedAction();
                 Util::showMessageWithTitle(QStringLiteral("لقد ربحت %1 ذهبة").arg(kShareRewardCredits),
@@ -849,21 +868,16 @@ void GameViewController::shareAppAndReveal(QObject*) {
             QStringLiteral("عذرا"));
         return;
     }
-    if (!Outreach::sharing) {
-        Outreach::showUnavailable(QStringLiteral("المشاركة"));
-        return;
-    }
     Util::showMessageWithTitleOnDismiss(
         QStringLiteral(
             "شارك السؤال واكشف ذهب مجانا واختبر اصدقائك عبر فيسبوك او انستغرام او سناب شات او توتير او "
             "واتس اب او اي مكان اخر"),
         QStringLiteral("شارك المرحلة"), [this, letters, alive = std::weak_ptr<int>(m_alive)] {
-            if (alive.expired() || !Outreach::sharing) {
+            if (alive.expired()) {
                 return;
             }
-            Outreach::sharing->shareContentOnViewControllerOnCompletion(
-                {screenshotTitleText()}, QStringLiteral("screen"), this,
-                [this, letters, alive](const QString& activity) {
+            ShareManager::sharedInstance().shareContentOnViewControllerOnCompletion(
+                {takeScreenshot()}, this, [this, letters, alive](const QString& activity) {
                     if (alive.expired()) {
                         return;
                     }

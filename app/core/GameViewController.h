@@ -9,12 +9,15 @@
 #include "platform/ViewController.h"
 #include "platform/adkit/GADBannerView.h"
 
+#include <QImage>
 #include <QList>
 #include <QPointer>
 #include <memory>
 
 // The play screen: the puzzle view above, the letter board below. A tap moves a tile in two phases: the box
 // is taken at once, and the tile lands (and the row is checked) when its 0.3-second move ends.
+class ShareView;
+
 class GameViewController : public ViewController, public GameViewDelegate {
     Q_OBJECT
     Q_PROPERTY(QObject* gameView READ gameViewObject NOTIFY boardChanged)
@@ -36,6 +39,8 @@ class GameViewController : public ViewController, public GameViewDelegate {
     Q_PROPERTY(QString revealCostText READ revealCostText CONSTANT)
     Q_PROPERTY(QString removeCostText READ removeCostText CONSTANT)
     Q_PROPERTY(QString screenshotTitleText READ screenshotTitleText CONSTANT)
+    Q_PROPERTY(bool screenshotTitleVisible READ screenshotTitleVisible NOTIFY screenshotLookChanged)
+    Q_PROPERTY(QObject* shareView READ shareViewObject NOTIFY shareViewChanged)
     Q_PROPERTY(QString secondsText READ secondsText NOTIFY timerViewsChanged)
     Q_PROPERTY(double timeProgress READ timeProgress NOTIFY timerViewsChanged)
     Q_PROPERTY(bool timeViewsVisible READ timeViewsVisible NOTIFY timerViewsChanged)
@@ -88,6 +93,8 @@ public:
     bool watchVideoBtnPressed = false;
     bool isLevelShared = false;
     qint64 shareLevelElapsedTime = 0;
+    // The share panel while it is up (over its dimmed layer).
+    ShareView* shareView = nullptr;
 
     // The board.
     QList<LetterLabel*> lettersLabels;
@@ -147,7 +154,9 @@ public:
     Q_INVOKABLE void scheduleSolutionNotification(QObject* sender);
     Q_INVOKABLE void openStore(QObject* sender);
     void shareAppOnWhatsapp();
-    void dismissShareViewAction();
+    Q_INVOKABLE void dismissShareViewAction();
+    // A picture of the screen with the game's title shown and the banner hidden.
+    QImage takeScreenshot();
     void handleNoEnoughCredits();
     void videoWatchedAction();
     void videoAdLoaded();
@@ -200,6 +209,8 @@ public:
     QString revealCostText() const { return QString::number(kRevealLetterCost); }
     QString removeCostText() const { return QString::number(kRemoveLettersCost); }
     QString screenshotTitleText() const { return QStringLiteral("لعبة %1").arg(QStringLiteral("طارفولين")); }
+    bool screenshotTitleVisible() const { return m_screenshotTitleVisible; }
+    QObject* shareViewObject() const;
     QString secondsText() const { return m_secondsText; }
     double timeProgress() const { return m_timeProgress; }
     bool timeViewsVisible() const { return m_timeViewsVisible; }
@@ -217,6 +228,8 @@ signals:
     void timerViewsChanged();
     void helpViewsChanged();
     void battleViewsChanged();
+    void shareViewChanged();
+    void screenshotLookChanged();
 
 private:
     void battleSolved();
@@ -228,6 +241,8 @@ private:
     void dropBoard();
     void setHelpViews(bool watchVideo, bool shareReveal, bool revealView);
     qint64 nowSeconds() const;
+    // Shows the title and hides the banner while the picture of the screen is taken.
+    void setScreenshotLook(bool on);
     // The level that follows in the same round, with its content.
     GamePtr nextGameInRound() const;
 
@@ -245,7 +260,7 @@ private:
     bool m_watchVideoButtonVisible = false;
     bool m_shareRevealVisible = true;
     bool m_revealViewVisible = false;
-    bool m_shareViewVisible = false;
+    bool m_screenshotTitleVisible = false;
     bool m_battleBarVisible = false;
     bool m_battleOver = false; // a result has been given
     QString m_battleQuestionText;

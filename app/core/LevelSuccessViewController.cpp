@@ -4,6 +4,7 @@
 #include "RoundFinishViewController.h"
 #include "multiplayer/GameCenterManager.h"
 #include "outreach/InterstitialManager.h"
+#include "outreach/ShareManager.h"
 #include "outreach/SoundFactory.h"
 #include "platform/Platform.h"
 #include "platform/gamekit/GKLocalPlayer.h"
@@ -179,6 +180,7 @@ void LevelSuccessViewController::goBackToLevelsSelectorViewController() {
     auto& nav = Platform::shared().navigator();
     if (nav.depth() > 1) {
         nav.popToViewControllerAtIndex(1);
+        ShareManager::sharedInstance().askLoyalUsersToShareRate();
     } else if (playScreen) {
         // A play screen at the root (no selectors under it) goes on with the player's next level.
         playScreen->openCurrentLevel();

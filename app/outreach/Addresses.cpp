@@ -6,8 +6,8 @@
 #include <QJsonObject>
 
 namespace {
-const QJsonObject& addressTable() {
-    static const QJsonObject table = [] {
+const QJsonObject& table() {
+    static const QJsonObject object = [] {
         QFile file(QStringLiteral(":/outreach.json"));
         if (!file.open(QIODevice::ReadOnly)) {
             qWarning("The operator's addresses are missing from the game's resources.");
@@ -15,12 +15,20 @@ const QJsonObject& addressTable() {
         }
         return QJsonDocument::fromJson(file.readAll()).object();
     }();
-    return table;
+    return object;
 }
 } // namespace
 
+QString Addresses::text(const QString& key) {
+    const QString value = table().value(key).toString();
+    if (value.isEmpty()) {
+        qWarning().noquote() << "No value for" << key;
+    }
+    return value;
+}
+
 QUrl Addresses::value(const QString& key) {
-    const QUrl url(addressTable().value(key).toString(), QUrl::StrictMode);
+    const QUrl url(table().value(key).toString(), QUrl::StrictMode);
     if (!url.isValid() || url.isEmpty()) {
         qWarning().noquote() << "No address for" << key;
     }
@@ -44,7 +52,7 @@ QUrl Addresses::instagramPage() {
 }
 
 QString Addresses::promotedAppId() {
-    return addressTable().value(QLatin1String("promotedAppId")).toString();
+    return text(QStringLiteral("promotedAppId"));
 }
 QUrl Addresses::promoStorePage() {
     return value(QStringLiteral("promoStorePage"));
@@ -53,4 +61,19 @@ QUrl Addresses::appPage(const QString& appId) {
     QUrl page = makerStorePage();
     page.setPath(page.path() + QLatin1Char('/') + QString::fromLatin1(QUrl::toPercentEncoding(appId)));
     return page;
+}
+QUrl Addresses::facebookApp() {
+    return value(QStringLiteral("facebookApp"));
+}
+QUrl Addresses::twitterApp() {
+    return value(QStringLiteral("twitterApp"));
+}
+QUrl Addresses::instagramApp() {
+    return value(QStringLiteral("instagramApp"));
+}
+QString Addresses::appStoreIdentifier() {
+    return text(QStringLiteral("appStoreIdentifier"));
+}
+QString Addresses::makerStoreIdentifier() {
+    return text(QStringLiteral("makerStoreIdentifier"));
 }

@@ -17,7 +17,15 @@ public:
     static QUrl promoStorePage();
     // A game's page on the maker's store.
     static QUrl appPage(const QString& appId);
+    // The same accounts in the social apps' own schemes.
+    static QUrl facebookApp();
+    static QUrl twitterApp();
+    static QUrl instagramApp();
+    // The store's identifiers of the game and of the maker's page of games.
+    static QString appStoreIdentifier();
+    static QString makerStoreIdentifier();
 
 private:
     static QUrl value(const QString& key);
+    static QString text(const QString& key);
 };

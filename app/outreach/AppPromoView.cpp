@@ -1,6 +1,7 @@
 #include "AppPromoView.h"
 
 #include "Addresses.h"
+#include "ShareManager.h"
 #include "platform/Platform.h"
 
 #include <QDebug>
@@ -80,7 +81,7 @@ void AppPromoView::setupWithViewControllerAndAppId(ViewController* parent, const
 }
 
 void AppPromoView::gotoAppAction() {
-    Platform::shared().urls().openURL(Addresses::appPage(m_appId));
+    ShareManager::sharedInstance().openAppInStoreWithViewController(m_appId, m_parent);
 }
 
 void AppPromoView::closeAction() {

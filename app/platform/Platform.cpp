@@ -3,6 +3,7 @@
 #include "Dispatch.h"
 
 #include <QDebug>
+#include <QStandardPaths>
 
 namespace {
 std::unique_ptr<Platform>& slot() {
@@ -41,6 +42,12 @@ void Platform::install(Services services) {
     }
     if (!services.urls) {
         services.urls = std::make_unique<UrlOpener>();
+    }
+    if (!services.files) {
+        services.files = std::make_unique<FileChooser>();
+    }
+    if (services.homeDirectory.isEmpty()) {
+        services.homeDirectory = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
     }
     if (!services.web) {
         services.web = std::make_unique<QtWebClient>();

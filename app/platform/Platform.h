@@ -13,6 +13,7 @@
 #include "Random.h"
 #include "Reachability.h"
 #include "Scheduler.h"
+#include "ShareSheet.h"
 #include "UrlOpener.h"
 #include "UserDefaults.h"
 #include "WebClient.h"
@@ -38,6 +39,9 @@ public:
         std::unique_ptr<WebClient> web;
         std::unique_ptr<LocalNotifications> localNotifications;
         std::unique_ptr<UrlOpener> urls;
+        std::unique_ptr<FileChooser> files;
+        // The game's own folder on the device, where files handed to other apps are written.
+        QString homeDirectory;
     };
 
     static void install(Services services);
@@ -57,11 +61,14 @@ public:
     WebClient& web() { return *m_services.web; }
     LocalNotifications& localNotifications() { return *m_services.localNotifications; }
     UrlOpener& urls() { return *m_services.urls; }
+    FileChooser& files() { return *m_services.files; }
+    QString homeDirectory() const { return m_services.homeDirectory; }
     Banner& banner() { return m_banner; }
     MyEmitter& emitter() { return m_emitter; }
     Alerts& alerts() { return m_alerts; }
     ProgressHud& progressHud() { return m_hud; }
     SKPaymentSheet& paymentSheet() { return m_paymentSheet; }
+    ShareSheet& shareSheet() { return m_shareSheet; }
     Navigator& navigator() { return *m_navigator; }
 
 private:
@@ -72,6 +79,7 @@ private:
     Alerts m_alerts;
     ProgressHud m_hud;
     SKPaymentSheet m_paymentSheet;
+    ShareSheet m_shareSheet;
     Banner m_banner;
     MyEmitter m_emitter;
     std::unique_ptr<Navigator> m_navigator;

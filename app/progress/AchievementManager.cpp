@@ -7,7 +7,7 @@
 #include "SessionManager.h"
 #include "UserStatsManager.h"
 #include "multiplayer/GameCenterManager.h"
-#include "outreach/Outreach.h"
+#include "outreach/ShareManager.h"
 #include "platform/Platform.h"
 #include "platform/SharedInstances.h"
 
@@ -128,13 +128,13 @@ bool AchievementManager::isThereUnRewardedAchievement() const {
 }
 
 bool AchievementManager::isGameShared() const {
-    return Outreach::sharing && Outreach::sharing->isAppShared();
+    return ShareManager::sharedInstance().isAppShared();
 }
 bool AchievementManager::isGameRated() const {
-    return Outreach::sharing && Outreach::sharing->isAppRated();
+    return ShareManager::sharedInstance().isAppRated();
 }
 bool AchievementManager::isOurGamesDownloaded() const {
-    return Outreach::sharing && Outreach::sharing->isOurAppsOpened();
+    return ShareManager::sharedInstance().isOurAppsOpened();
 }
 bool AchievementManager::checkActiveDaysReached(qint64 n) const {
     return SessionManager::sharedInstance().acitveDays() >= n;
@@ -157,7 +157,7 @@ bool AchievementManager::checkDailyRoutinesReached(qint64 n) const {
     return UserStatsManager::sharedInstance().totalTrainingsTaken() >= n;
 }
 bool AchievementManager::checkLevelsSharedReached(qint64 n) const {
-    return (Outreach::sharing ? Outreach::sharing->levelsShared() : 0) >= n;
+    return ShareManager::sharedInstance().levelsShared() >= n;
 }
 bool AchievementManager::checkWonBattlesReached(qint64 n) const {
     return UserStatsManager::sharedInstance().totalWins() >= n;

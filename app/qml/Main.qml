@@ -43,6 +43,9 @@ Window {
         AdOverlay {
             anchors.fill: parent
         }
+        ShareSheetOverlay {
+            anchors.fill: parent
+        }
         DropdownBanner {
             anchors.left: parent.left
             anchors.right: parent.right

@@ -1,14 +1,10 @@
 #include "AboutViewController.h"
 
-#include "Localization.h"
 #include "PresentationUtil.h"
-#include "Util.h"
 #include "outreach/Addresses.h"
+#include "outreach/ShareManager.h"
 #include "outreach/SoundFactory.h"
 #include "platform/Platform.h"
-
-#include <QClipboard>
-#include <QGuiApplication>
 
 AboutViewController::AboutViewController(QObject* parent)
     : ViewController(QStringLiteral("AboutViewController"), parent) {}
@@ -23,44 +19,34 @@ void AboutViewController::openTips() {
     PresentationUtil::openTipsViewController(this);
 }
 
-QString AboutViewController::shareText() {
-    return Localization::localizedString(QStringLiteral("share.shareAppMessage"))
-               .arg(QStringLiteral("طارفولين")) +
-           QStringLiteral("\n") + Addresses::appStorePage().toString();
-}
-
 void AboutViewController::shareGame() {
     SoundFactory::sharedInstance().playMenuTap();
-    // On a desktop the invitation goes by the clipboard, to be pasted wherever the player talks to friends.
-    if (QClipboard* clipboard = QGuiApplication::clipboard()) {
-        clipboard->setText(shareText());
-    }
-    Util::showMessageWithTitle(shareText(), QStringLiteral("تم نسخ الدعوة، الصقها لأصدقائك"));
-}
-
-void AboutViewController::openAddress(const QUrl& url) {
-    SoundFactory::sharedInstance().playMenuTap();
-    Platform::shared().urls().openURL(url);
+    ShareManager::sharedInstance().shareAppOnCompletion(this, nullptr);
 }
 
 void AboutViewController::rateGame() {
-    openAddress(Addresses::appStorePage());
+    SoundFactory::sharedInstance().playMenuTap();
+    ShareManager::sharedInstance().rateApp();
 }
 
 void AboutViewController::openInstagramPage() {
-    openAddress(Addresses::instagramPage());
+    SoundFactory::sharedInstance().playMenuTap();
+    ShareManager::sharedInstance().openOurInstagramPage();
 }
 
 void AboutViewController::openTwitterPage() {
-    openAddress(Addresses::twitterPage());
+    SoundFactory::sharedInstance().playMenuTap();
+    ShareManager::sharedInstance().openOurTwitterPage();
 }
 
 void AboutViewController::openFacebookPage() {
-    openAddress(Addresses::facebookPage());
+    SoundFactory::sharedInstance().playMenuTap();
+    ShareManager::sharedInstance().openOurFacebookPage();
 }
 
 void AboutViewController::openOurGames() {
-    openAddress(Addresses::makerStorePage());
+    SoundFactory::sharedInstance().playMenuTap();
+    ShareManager::sharedInstance().openAppInStoreWithViewController(Addresses::makerStoreIdentifier(), this);
 }
 
 void AboutViewController::openCredits() {

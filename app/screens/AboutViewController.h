@@ -2,8 +2,6 @@
 
 #include "platform/ViewController.h"
 
-#include <QUrl>
-
 // The hub of the secondary actions: help, tips, sharing and rating the game, the maker's pages and games, and
 // the credits.
 class AboutViewController : public ViewController {
@@ -21,10 +19,4 @@ public:
     Q_INVOKABLE void openOurGames();
     Q_INVOKABLE void openCredits();
     Q_INVOKABLE void close();
-
-    // The text that shares the game: the invitation and the store page.
-    static QString shareText();
-
-private:
-    void openAddress(const QUrl& url);
 };

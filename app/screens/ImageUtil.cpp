@@ -1,11 +1,26 @@
 #include "ImageUtil.h"
 
 #include <QBuffer>
+#include <QGuiApplication>
 #include <QPainter>
 #include <QQuickWindow>
 
 QImage ImageUtil::takeScreenshotForWindow(QQuickWindow* window) {
     return window ? window->grabWindow() : QImage();
+}
+
+QImage ImageUtil::takeScreenshotForView(ViewController* view) {
+    if (!view) {
+        return {};
+    }
+    const auto windows = QGuiApplication::topLevelWindows();
+    for (QWindow* window : windows) {
+        auto* quick = qobject_cast<QQuickWindow*>(window);
+        if (quick && quick->isVisible()) {
+            return takeScreenshotForWindow(quick);
+        }
+    }
+    return {};
 }
 
 QImage ImageUtil::resizeImageWidthHeight(const QImage& image, int width, int height) {

@@ -9,6 +9,7 @@
 #include "core/GameViewController.h"
 #include "core/LevelManager.h"
 #include "core/LevelsInfoReader.h"
+#include "outreach/ShareManager.h"
 #include "outreach/SoundFactory.h"
 #include "platform/Platform.h"
 #include "progress/TipsManager.h"
@@ -98,4 +99,19 @@ QString LevelSelectorViewController::promoTitle() const {
 
 QUrl LevelSelectorViewController::promoIcon() const {
     return AppPromoView::getAppIcon(Addresses::promotedAppId());
+}
+
+void LevelSelectorViewController::openFacebookPage() {
+    SoundFactory::sharedInstance().playMenuTap();
+    ShareManager::sharedInstance().openOurFacebookPage();
+}
+
+void LevelSelectorViewController::openInstaPage() {
+    SoundFactory::sharedInstance().playMenuTap();
+    ShareManager::sharedInstance().openOurInstagramPage();
+}
+
+void LevelSelectorViewController::openTwitterPage() {
+    SoundFactory::sharedInstance().playMenuTap();
+    ShareManager::sharedInstance().openOurTwitterPage();
 }

@@ -34,6 +34,10 @@ public:
     QString promoTitle() const;
     QUrl promoIcon() const;
     Q_INVOKABLE void showTipOfTheDay();
+    // The maker's pages on the social networks.
+    Q_INVOKABLE void openFacebookPage();
+    Q_INVOKABLE void openInstaPage();
+    Q_INVOKABLE void openTwitterPage();
 
     QVariantList cells() const { return m_cells; }
     QString currentRoundLabel() const { return QString::number(round + 1); }

@@ -9,6 +9,7 @@
 #include "Util.h"
 #include "core/LevelManager.h"
 #include "multiplayer/GameCenterManager.h"
+#include "outreach/ShareManager.h"
 #include "outreach/SoundFactory.h"
 #include "platform/Platform.h"
 #include "progress/AchievementManager.h"
@@ -82,7 +83,8 @@ void MainViewController::viewDidLoad() {
 }
 
 void MainViewController::openPromoView() {
-    Platform::shared().urls().openURL(Addresses::appPage(Addresses::promotedAppId()));
+    // No sound here: the store sheet plays its own.
+    ShareManager::sharedInstance().openAppInStoreWithViewController(Addresses::promotedAppId(), this);
 }
 
 QUrl MainViewController::promoIcon() const {
@@ -258,4 +260,14 @@ void MainViewController::openStore() {
 void MainViewController::openAbout() {
     SoundFactory::sharedInstance().playMenuTap();
     PresentationUtil::openAboutViewController(this);
+}
+
+void MainViewController::shareAction() {
+    SoundFactory::sharedInstance().playMenuTap();
+    ShareManager::sharedInstance().shareAppOnCompletion(this, nullptr);
+}
+
+void MainViewController::rateAction() {
+    SoundFactory::sharedInstance().playMenuTap();
+    ShareManager::sharedInstance().rateApp();
 }

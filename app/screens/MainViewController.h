@@ -63,6 +63,8 @@ public:
     bool promoVisible() const { return m_promoVisible; }
     double promoAlpha() const { return m_promoAlpha; }
     QUrl promoIcon() const;
+    Q_INVOKABLE void shareAction();
+    Q_INVOKABLE void rateAction();
     void loginToGameCenter();
     void loginBookkeeping();
     void scoreLoaded();

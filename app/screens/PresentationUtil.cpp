@@ -2,7 +2,6 @@
 
 #include "multiplayer/GameCenterSwipeViewControllers.h"
 #include "multiplayer/LeaderboardViewController.h"
-#include "outreach/Outreach.h"
 #include "platform/Platform.h"
 
 #include <QDebug>

@@ -18,11 +18,13 @@
 #include "multiplayer/RealTimeBattleListViewController.h"
 #include "multiplayer/RealTimeBattleStartViewController.h"
 #include "outreach/AppPromoView.h"
+#include "outreach/ShareView.h"
 #include "outreach/StoreViewController.h"
 #include "platform/Platform.h"
 #include "platform/adkit/AdKit.h"
 #include "platform/gamekit/GKFriendRequestComposeViewController.h"
 #include "platform/gamekit/GKMatchPickers.h"
+#include "platform/storekit/SKStoreProductViewController.h"
 #include "screens/AboutViewController.h"
 #include "screens/AchievementsViewController.h"
 #include "screens/CreditsViewController.h"
@@ -71,6 +73,7 @@ template <class F> void forEachScreen(F&& f) {
     f.template operator()<GKFriendRequestComposeViewController>("GKFriendRequestComposeViewController");
     f.template operator()<StoreViewController>("StoreViewController");
     f.template operator()<AppPromoViewController>("AppPromoViewController");
+    f.template operator()<SKStoreProductViewController>("SKStoreProductViewController");
 }
 } // namespace
 
@@ -98,6 +101,7 @@ void registerQmlTypes() {
     qmlRegisterUncreatableType<GADRewardedAd>(uri, 1, 0, "GADRewardedAd", "loaded by the ad kit");
     qmlRegisterUncreatableType<GADBannerView>(uri, 1, 0, "GADBannerView", "made by the ad kit");
     qmlRegisterUncreatableType<AdsHostView>(uri, 1, 0, "AdsHostView", "made by the play screen");
+    qmlRegisterUncreatableType<ShareView>(uri, 1, 0, "ShareView", "put up by a screen");
     qmlRegisterUncreatableType<GADAdPresenter>(uri, 1, 0, "GADAdPresenter", "the ad kit's own");
 }
 
@@ -114,12 +118,14 @@ std::unique_ptr<QQmlApplicationEngine> createGameEngine() {
     ctx->setContextProperty(QStringLiteral("alerts"), &platform.alerts());
     ctx->setContextProperty(QStringLiteral("progressHud"), &platform.progressHud());
     ctx->setContextProperty(QStringLiteral("paymentSheet"), &platform.paymentSheet());
+    ctx->setContextProperty(QStringLiteral("shareSheet"), &platform.shareSheet());
     ctx->setContextProperty(QStringLiteral("device"), &platform.device());
     ctx->setContextProperty(QStringLiteral("reachability"), &platform.reachability());
     ctx->setContextProperty(QStringLiteral("banner"), &platform.banner());
     ctx->setContextProperty(QStringLiteral("emitter"), &platform.emitter());
     ctx->setContextProperty(QStringLiteral("adPresenter"), &GADAdPresenter::shared());
     engine->addImageProvider(QStringLiteral("players"), new PlayerPhotoProvider());
+    engine->addImageProvider(QStringLiteral("share"), SharePictures::provider());
     engine->load(QUrl(QStringLiteral("qrc:/qml/Main.qml")));
     if (engine->rootObjects().isEmpty()) {
         return nullptr;

@@ -3,7 +3,7 @@
 #include "ColorUtil.h"
 #include "Util.h"
 #include "multiplayer/GameCenterManager.h"
-#include "outreach/Outreach.h"
+#include "outreach/ShareManager.h"
 #include "outreach/SoundFactory.h"
 #include "platform/Platform.h"
 #include "platform/gamekit/GKLocalPlayer.h"
@@ -31,7 +31,7 @@ void UserProfileViewController::viewDidLoad() {
 
     const UserStatsManager& stats = UserStatsManager::sharedInstance();
     const SessionManager& sessions = SessionManager::sharedInstance();
-    const qint64 shared = Outreach::sharing ? Outreach::sharing->levelsShared() : 0;
+    const qint64 shared = ShareManager::sharedInstance().levelsShared();
     const auto figure = [](const char* name, const QString& caption, qint64 value) {
         return QVariantMap{
             {"name", QString::fromLatin1(name)}, {"caption", caption}, {"value", QString::number(value)}};

@@ -1,10 +1,10 @@
 #include "TestPlatform.h"
 
-#include "outreach/Outreach.h"
 #include "platform/Dispatch.h"
 #include "platform/SharedInstances.h"
 #include "platform/adkit/ATTrackingManager.h"
 #include "platform/storekit/SKPaymentQueue.h"
+#include "platform/storekit/SKStoreProductViewController.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -144,7 +144,7 @@ void flushDeletes() {
 
 TestPlatform::~TestPlatform() {
     Dispatch::waitForGlobal();
-    Outreach::clear();
+    SKStoreProductViewController::clearProducts();
     SKPaymentQueue::setServer(nullptr);
     flushDeletes();
     SharedInstances::resetAll();
@@ -172,6 +172,10 @@ void TestPlatform::install() {
     auto urls = std::make_unique<RecordingUrlOpener>();
     m_urls = urls.get();
     services.urls = std::move(urls);
+    auto files = std::make_unique<ScriptedFileChooser>();
+    m_files = files.get();
+    services.files = std::move(files);
+    services.homeDirectory = m_dir.filePath(m_profile + "home");
     services.localNotifications =
         std::make_unique<LocalNotifications>(m_dir.filePath(m_profile + "notifications.json"));
     if (m_realWeb) {

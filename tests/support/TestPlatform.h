@@ -62,14 +62,33 @@ private:
     QUrl m_lastUrl;
 };
 
-// Addresses are remembered instead of opened.
+// Addresses are remembered instead of opened. The apps named in `installed` (by their schemes) are there;
+// with `broken` set nothing opens at all.
 class RecordingUrlOpener : public UrlOpener {
 public:
+    bool canOpenURL(const QUrl& url) const override {
+        return !broken && (installed.contains(url.scheme()) || UrlOpener::canOpenURL(url));
+    }
     bool openURL(const QUrl& url) override {
         opened.append(url);
         return canOpenURL(url);
     }
     QList<QUrl> opened;
+    QStringList installed;
+    bool broken = false;
+};
+
+// The player's answers to "where shall this be saved?", in order; an empty one declines.
+class ScriptedFileChooser : public FileChooser {
+public:
+    QString saveFileName(const QString& title, const QString& suggestedPath) override {
+        titles.append(title);
+        suggested = suggestedPath;
+        return answers.isEmpty() ? QString() : answers.takeFirst();
+    }
+    QStringList answers;
+    QStringList titles;
+    QString suggested;
 };
 
 // Animations that end only when the test says so.
@@ -170,6 +189,7 @@ public:
     // The scripted web client; not there after useRealWebClient().
     ScriptedWebClient& web() { return *m_web; }
     RecordingUrlOpener& urls() { return *m_urls; }
+    ScriptedFileChooser& files() { return *m_files; }
     Reachability& reachability() { return Platform::shared().reachability(); }
     Alerts& alerts() { return Platform::shared().alerts(); }
     UserDefaults& defaults() { return Platform::shared().userDefaults(); }
@@ -194,5 +214,6 @@ private:
     RecordingAudio* m_audio = nullptr;
     ScriptedWebClient* m_web = nullptr;
     RecordingUrlOpener* m_urls = nullptr;
+    ScriptedFileChooser* m_files = nullptr;
     bool m_realWeb = false;
 };

@@ -3,7 +3,7 @@
 #include "TestPlatform.h"
 #include "core/LevelManager.h"
 #include "multiplayer/GameCenterManager.h"
-#include "outreach/Outreach.h"
+#include "outreach/ShareManager.h"
 #include "progress/AchievementManager.h"
 #include "progress/BrainPowersManager.h"
 #include "progress/CreditsManager.h"
@@ -15,22 +15,8 @@
 
 namespace {
 
-struct SharingFigures : Sharing {
-    void shareContentOnViewControllerOnCompletion(const QStringList&, const QString&, ViewController*,
-                                                  std::function<void(const QString&)>) override {}
-    qint64 levelsShared() const override { return shares; }
-    void incrementLevelsShared() override { ++shares; }
-    QString appStoreLink() const override { return {}; }
-    bool isAppShared() const override { return shared; }
-    bool isAppRated() const override { return rated; }
-    bool isOurAppsOpened() const override { return opened; }
-    qint64 shares = 0;
-    bool shared = false, rated = false, opened = false;
-};
-
 class Tasks : public ::testing::Test {
 protected:
-    void SetUp() override { Outreach::sharing = &figures; }
     const Achievement& find(const QString& id) {
         for (const Achievement& a : AchievementManager::sharedInstance().achievementList()) {
             if (a.id == id) {
@@ -61,7 +47,6 @@ protected:
     }
 
     TestPlatform platform;
-    SharingFigures figures;
 };
 
 TEST_F(Tasks, FortyOneOpenTasksCheapestFirstInTheTablesOrder) {
@@ -107,20 +92,18 @@ TEST_F(Tasks, DaysLevelsRanksAndSharesAtTheirThresholds) {
     LevelManager::sharedInstance().setCurrentLevel(2 * 25); // round index 2
     EXPECT_EQ(newlyMet(), QStringList{"rank:2"});
 
-    figures.shares = 5;
+    auto& share = ShareManager::sharedInstance();
+    for (int i = 0; i < 5; ++i) {
+        share.incrementLevelsShared();
+    }
     EXPECT_EQ(newlyMet(), QStringList{"shareLevel:1"});
-    figures.shares = 6;
+    share.incrementLevelsShared();
     EXPECT_EQ(newlyMet(), QStringList{"shareLevel:6"});
-    figures.shared = true;
-    figures.rated = true;
+    share.registerAppIsShared();
+    share.registerAppIsRated();
     EXPECT_EQ(newlyMet(), (QStringList{"share", "rate"}));
-    figures.opened = true;
+    share.registerOurAppsOpened();
     EXPECT_EQ(newlyMet(), QStringList{"ourgames"});
-
-    // Without the sharing manager the share figures are nothing.
-    Outreach::sharing = nullptr;
-    EXPECT_FALSE(AchievementManager::sharedInstance().checkLevelsSharedReached(1));
-    EXPECT_FALSE(AchievementManager::sharedInstance().isGameShared());
 }
 
 TEST_F(Tasks, TheLeaderboardFamilyWaitsForAPlaceAndThreeActiveDays) {

@@ -6,8 +6,10 @@
 #include "core/LevelManager.h"
 #include "core/LevelSuccessViewController.h"
 #include "core/LevelsInfoReader.h"
+#include "outreach/AdManager.h"
 #include "outreach/InterstitialManager.h"
-#include "outreach/Outreach.h"
+#include "outreach/ShareManager.h"
+#include "outreach/ShareView.h"
 #include "outreach/SoundFactory.h"
 #include "progress/CreditsManager.h"
 #include "progress/NotificationManager.h"
@@ -20,34 +22,11 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QQuickWindow>
 
 #include <gtest/gtest.h>
 
 namespace {
-
-struct FakeSharing : Sharing {
-    void shareContentOnViewControllerOnCompletion(const QStringList& items, const QString&, ViewController*,
-                                                  std::function<void(const QString&)> done) override {
-        shared.append(items);
-        pending = std::move(done);
-    }
-    qint64 levelsShared() const override { return count; }
-    void incrementLevelsShared() override { ++count; }
-    QString appStoreLink() const override { return "https://example.invalid/tarvolin"; }
-    bool isAppShared() const override { return false; }
-    bool isAppRated() const override { return false; }
-    bool isOurAppsOpened() const override { return false; }
-    void finish(const QString& activity) {
-        auto done = std::move(pending);
-        pending = nullptr;
-        if (done) {
-            done(activity);
-        }
-    }
-    QList<QStringList> shared;
-    std::function<void(const QString&)> pending;
-    qint64 count = 0;
-};
 
 class Play : public ::testing::Test {
 protected:
@@ -56,7 +35,8 @@ protected:
         LevelsInfoReader::setResourceRoot(platform.folder());
         platform.writePackFile(14, QStringLiteral("سمكة"), QStringLiteral("ابتثجحخد"));
         LevelsInfoReader::sharedInstance().loadAllPacksLevelsWithEnc("ok", false);
-        Outreach::sharing = &sharing;
+        window.resize(375, 667);
+        window.show();
         ads = FakeAdServer::install();
         ads->ads[InterstitialManager::adUnit("rewarded")] = fakeAd("daily-bonus", "rewarded");
         ads->ads[InterstitialManager::adUnit("interstitial")] = fakeAd("store-gold", "interstitial");
@@ -108,9 +88,16 @@ protected:
         return t;
     }
 
+    // The player picks a target on the share sheet; a picture is saved where he says.
+    void shareTo(const QString& activityType) {
+        platform.files().answers << QDir(platform.folder()).filePath("shared.jpg");
+        EXPECT_TRUE(Platform::shared().shareSheet().choose(activityType)) << activityType.toStdString();
+    }
+
     TestPlatform platform;
     std::shared_ptr<FakeAdServer::State> ads;
-    FakeSharing sharing;
+    // The window the play screen's pictures are taken of.
+    QQuickWindow window;
 };
 
 TEST_F(Play, TimerOffersAtOneHundredAndTwoHundredThirtySecondsThenStops) {
@@ -165,20 +152,6 @@ TEST_F(Play, NoOfferWhileAnAdIsOnScreen) {
     platform.scheduler().advance(231);
     EXPECT_FALSE(platform.alerts().isVisible());
     EXPECT_FALSE(vc->timer);
-}
-
-TEST_F(Play, ShareSuggestionFiftySecondsInForPlayersOfAFewSessions) {
-    SessionManager::sharedInstance().setActiveSessions(5);
-    open(3, 0);
-    platform.random().queue({7}); // 7 % 5 == 2
-    platform.scheduler().advance(50.05);
-    EXPECT_EQ(sharing.shared.size(), 1);
-
-    SessionManager::sharedInstance().setActiveSessions(16);
-    open(4, 0);
-    platform.random().queue({7});
-    platform.scheduler().advance(50.05);
-    EXPECT_EQ(sharing.shared.size(), 1);
 }
 
 TEST_F(Play, OfflineNoTimerAndASolvedLevelPaysNothing) {
@@ -340,24 +313,33 @@ TEST_F(Play, VideoRewardsPerLevelAndPerSession) {
 
 TEST_F(Play, SharingToAChatAppPaysTenTimesInAGame) {
     auto* vc = open(3, 0);
-    sharing.count = 9;
+    auto& share = ShareManager::sharedInstance();
+    for (int i = 0; i < 9; ++i) {
+        share.incrementLevelsShared();
+    }
     vc->revealViewGeneralAction(55);
-    sharing.finish("net.whatsapp.WhatsApp.ShareExtension");
+    EXPECT_TRUE(Platform::shared().shareSheet().text().startsWith("انا جالس ألعب لعبة طارفولين"));
+    shareTo(UIActivity::TypeWhatsApp);
     EXPECT_EQ(titles(), QStringList{"ذهب مجاني"});
     EXPECT_EQ(CreditsManager::sharedInstance().currentCredits(), 200);
+    EXPECT_EQ(share.levelsShared(), 10);
     // The same screen again: no second prize.
     vc->revealViewGeneralAction(55);
-    sharing.finish("whatsapp");
+    shareTo(UIActivity::TypeWhatsApp);
     EXPECT_EQ(titles(), QStringList{"لم تربح"});
     // Another target, or a cancelled share: nothing at all.
     vc->isLevelShared = false;
     vc->revealViewGeneralAction(55);
-    sharing.finish("com.apple.UIKit.activity.Mail");
-    EXPECT_FALSE(platform.alerts().isVisible());
+    shareTo(UIActivity::TypeTelegram);
     vc->revealViewGeneralAction(55);
-    sharing.finish("whatsapp");
+    Platform::shared().shareSheet().cancel();
+    EXPECT_FALSE(platform.alerts().isVisible());
+    // The eleventh counted share pays nothing and still marks the screen.
+    vc->revealViewGeneralAction(55);
+    shareTo(UIActivity::TypeWhatsApp);
     EXPECT_EQ(titles(), QStringList{"لايوجد جوائز مشاركة"});
-    EXPECT_EQ(sharing.count, 11);
+    EXPECT_EQ(share.levelsShared(), 11);
+    EXPECT_EQ(CreditsManager::sharedInstance().currentCredits(), 200);
     EXPECT_TRUE(vc->isLevelShared);
 }
 
@@ -368,23 +350,94 @@ TEST_F(Play, SharingForALetterOnceOrTwiceByTheAnswersLength) {
     vc->shareAppAndReveal(nullptr);
     EXPECT_EQ(platform.alerts().title(), "شارك المرحلة");
     platform.alerts().press(0);
-    sharing.finish("com.facebook.Facebook.ShareExtension");
+    // The picture of the level goes out.
+    ASSERT_FALSE(Platform::shared().shareSheet().image().isNull());
+    shareTo(UIActivity::TypePostToFacebook);
     platform.animator().completeAll();
     EXPECT_EQ(vc->currentAnswer().size(), 1);
     EXPECT_FALSE(vc->shareRevealVisible());
     vc->shareAppAndReveal(nullptr);
     EXPECT_EQ(titles(), QStringList{"عذرا"});
 
-    // A share to an unknown target gives nothing.
+    // A target outside the list, a cancel, or a picture the player did not save give nothing.
     auto* other = open(4, 0);
-    other->shareAppAndReveal(nullptr);
-    platform.alerts().press(0);
-    sharing.finish("com.example.unknown");
+    for (int i = 0; i < 3; ++i) {
+        other->shareAppAndReveal(nullptr);
+        platform.alerts().press(0);
+        if (i == 0) {
+            shareTo(UIActivity::TypeTelegram);
+        } else if (i == 1) {
+            Platform::shared().shareSheet().cancel();
+        } else {
+            EXPECT_FALSE(Platform::shared().shareSheet().choose(UIActivity::TypeSnapchat));
+            Platform::shared().shareSheet().cancel();
+        }
+    }
     EXPECT_EQ(platform.animator().pending(), 0);
     EXPECT_EQ(other->shareLevelRevealCount, 0);
+    EXPECT_TRUE(other->shareRevealVisible());
+
+    // Six letters allow two.
+    auto* longer = open(5, 0);
+    auto sixLetters = std::make_shared<LevelInfo>(*longer->game->levelInfo());
+    sixLetters->solution = QStringLiteral("برتقال");
+    longer->game->setLevelInfo(sixLetters);
+    longer->setupGameview();
+    for (int i = 0; i < 2; ++i) {
+        longer->shareAppAndReveal(nullptr);
+        platform.alerts().press(0);
+        shareTo(UIActivity::TypeInstagram);
+        platform.animator().completeAll();
+    }
+    EXPECT_EQ(longer->shareLevelRevealCount, 2);
+    EXPECT_FALSE(longer->shareRevealVisible());
 
     // From round 12 on the option is not offered.
     EXPECT_FALSE(open(3, 12)->shareRevealVisible());
+}
+
+TEST_F(Play, TheSharePanelCountsALevelOnceItStaysNineSeconds) {
+    auto* vc = open(3, 0);
+    auto* banner = qobject_cast<GADBannerView*>(vc->adsView()->viewWithTag(AdManager::kBannerTag));
+    ASSERT_NE(banner, nullptr);
+    vc->shareLevelWithFriends(nullptr);
+    auto* view = qobject_cast<ShareView*>(vc->shareViewObject());
+    ASSERT_NE(view, nullptr);
+    EXPECT_TRUE(view->isImageForm());
+    EXPECT_FALSE(view->screenshot.isNull());
+    // The title and the banner are as they were once the picture is taken.
+    EXPECT_FALSE(vc->screenshotTitleVisible());
+    EXPECT_FALSE(banner->isHidden());
+
+    platform.scheduler().advance(8);
+    vc->dismissShareViewAction();
+    EXPECT_EQ(vc->shareViewObject(), nullptr);
+    EXPECT_EQ(ShareManager::sharedInstance().levelsShared(), 0);
+    vc->shareLevelWithFriends(nullptr);
+    platform.scheduler().advance(9);
+    vc->dismissShareViewAction();
+    EXPECT_EQ(ShareManager::sharedInstance().levelsShared(), 1);
+    // A dismissal with no panel up counts nothing.
+    vc->dismissShareViewAction();
+    EXPECT_EQ(ShareManager::sharedInstance().levelsShared(), 1);
+}
+
+TEST_F(Play, ThePanelIsOfferedAtFiftySecondsToPlayersOfFiveToFifteenSessions) {
+    auto& sessions = SessionManager::sharedInstance();
+    const auto offeredWith = [&](qint64 activeSessions, std::uint32_t draw) {
+        sessions.setActiveSessions(activeSessions);
+        auto* vc = open(3, 0);
+        platform.scheduler().advance(49.7);
+        EXPECT_EQ(vc->shareViewObject(), nullptr);
+        platform.random().queue({draw});
+        platform.scheduler().advance(0.4);
+        return vc->shareViewObject() != nullptr;
+    };
+    EXPECT_TRUE(offeredWith(5, 2));
+    EXPECT_TRUE(offeredWith(15, 7));
+    EXPECT_FALSE(offeredWith(4, 2));
+    EXPECT_FALSE(offeredWith(16, 2));
+    EXPECT_FALSE(offeredWith(10, 3));
 }
 
 TEST_F(Play, WaitForTheAnswerByAReminder) {
@@ -420,14 +473,6 @@ TEST_F(Play, WaitForTheAnswerByAReminder) {
     ASSERT_EQ(schedule.scheduledLocalNotifications().size(), 1);
     EXPECT_EQ(platform.scheduler().now().secsTo(schedule.scheduledLocalNotifications().first().fireDate),
               5400);
-}
-
-TEST_F(Play, FeaturesWithoutTheirServiceSaySo) {
-    Outreach::clear();
-    auto* vc = open(3, 0);
-    vc->shareLevelWithFriends(nullptr);
-    EXPECT_EQ(titles(), QStringList(1, Outreach::kUnavailableTitle));
-    EXPECT_FALSE(Platform::shared().progressHud().isVisible());
 }
 
 } // namespace

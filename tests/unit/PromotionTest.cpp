@@ -3,6 +3,7 @@
 #include "core/Game.h"
 #include "outreach/Addresses.h"
 #include "outreach/AppPromoView.h"
+#include "platform/storekit/SKStoreProductViewController.h"
 #include "progress/SessionManager.h"
 #include "screens/MainViewController.h"
 #include "screens/RoundSelectorViewController.h"
@@ -36,20 +37,48 @@ TEST(Promotion, TheTableNamesEightOfTheMakersGamesEachWithItsPictures) {
     }
 }
 
+// The store sheet a button put up, for the product it was asked to show.
+SKStoreProductViewController* storeSheet() {
+    return qobject_cast<SKStoreProductViewController*>(
+        Platform::shared().navigator().presentedViewController());
+}
+
 TEST(Promotion, AnUnknownGameGivesAnEmptyCardWhoseButtonsStillWork) {
     TestPlatform platform;
+    registerScreens(Platform::shared().navigator());
+    auto& nav = Platform::shared().navigator();
+    nav.setRootViewController(new MainViewController());
     AppPromoView card;
     card.setupWithViewControllerAndAppId(nullptr, QStringLiteral("com.example.nothing"));
     EXPECT_TRUE(card.titleLabel().isEmpty());
     EXPECT_TRUE(card.iconImage().isEmpty());
+    // A tap on the card and the button do the same: the store sheet for that game.
     card.handleSingleTap();
+    ASSERT_NE(storeSheet(), nullptr);
+    EXPECT_EQ(storeSheet()->productIdentifier(), "com.example.nothing");
+    nav.dismissViewController();
     card.gotoAppAction();
-    ASSERT_EQ(platform.urls().opened.size(), 2);
-    EXPECT_EQ(platform.urls().opened.at(0), platform.urls().opened.at(1)); // a tap and the button agree
-    EXPECT_TRUE(platform.urls().opened.at(0).toString().endsWith("com.example.nothing"));
+    ASSERT_NE(storeSheet(), nullptr);
+    EXPECT_EQ(storeSheet()->productIdentifier(), "com.example.nothing");
+    nav.dismissViewController();
     // Without a background under it, closing hides the card and nothing else.
     card.closeAction();
     EXPECT_TRUE(card.isHidden());
+    EXPECT_EQ(nav.presentedViewController(), nullptr);
+}
+
+TEST(Promotion, APromotedGamesStoreSheetLeadsToItsPage) {
+    TestPlatform platform;
+    registerScreens(Platform::shared().navigator());
+    Platform::shared().navigator().setRootViewController(new MainViewController());
+    AppPromoView card;
+    const QString id = AppPromoView::promotedAppIds().last();
+    card.setupWithViewControllerAndAppId(nullptr, id);
+    card.gotoAppAction();
+    ASSERT_NE(storeSheet(), nullptr);
+    storeSheet()->openProductPage();
+    ASSERT_EQ(platform.urls().opened.size(), 1);
+    EXPECT_EQ(platform.urls().opened.first(), Addresses::appPage(id));
 }
 
 TEST(Promotion, ACardOnItsBackgroundClosesWithIt) {
@@ -111,8 +140,8 @@ TEST(Promotion, TheMainScreenPromotesOnOneLaunchInThreeFromTheThirdActiveDayPuls
     platform.scheduler().advance(MainViewController::kPromoPulseSeconds);
     EXPECT_EQ(main->promoAlpha(), 1.0);
     main->openPromoView();
-    ASSERT_EQ(platform.urls().opened.size(), 1);
-    EXPECT_TRUE(platform.urls().opened.first().toString().endsWith(Addresses::promotedAppId()));
+    ASSERT_NE(storeSheet(), nullptr);
+    EXPECT_EQ(storeSheet()->productIdentifier(), Addresses::promotedAppId());
 }
 
 } // namespace

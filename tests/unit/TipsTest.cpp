@@ -2,6 +2,9 @@
 // the tips and help screens.
 #include "TestPlatform.h"
 #include "multiplayer/GameCenterSwipeViewControllers.h"
+#include "outreach/Addresses.h"
+#include "outreach/ShareManager.h"
+#include "platform/storekit/SKStoreProductViewController.h"
 #include "progress/AchievementManager.h"
 #include "progress/SessionManager.h"
 #include "progress/TipsManager.h"
@@ -160,18 +163,28 @@ TEST(About, EachActionLeadsWhereItSays) {
     about->openFacebookPage();
     about->openTwitterPage();
     about->openInstagramPage();
-    about->openOurGames();
-    ASSERT_EQ(platform.urls().opened.size(), 5);
+    ASSERT_EQ(platform.urls().opened.size(), 4);
     for (const QUrl& url : platform.urls().opened) {
         EXPECT_EQ(url.scheme(), "https") << url.toString().toStdString();
     }
     EXPECT_TRUE(platform.urls().opened.at(1).host().contains("facebook"));
+    EXPECT_TRUE(ShareManager::sharedInstance().isAppRated());
 
-    // Sharing the game puts the invitation and the store page on the clipboard and says so.
+    // The maker's games open in the store sheet over the hub.
+    about->openOurGames();
+    auto* store = qobject_cast<SKStoreProductViewController*>(nav.presentedViewController());
+    ASSERT_NE(store, nullptr);
+    EXPECT_EQ(store->productIdentifier(), Addresses::makerStoreIdentifier());
+    store->done();
+    EXPECT_EQ(nav.presentedViewController(), about);
+
+    // Sharing the game puts up the share sheet with the invitation and the store page.
     about->shareGame();
-    EXPECT_TRUE(AboutViewController::shareText().contains("طارفولين"));
-    EXPECT_TRUE(AboutViewController::shareText().endsWith(platform.urls().opened.first().toString()));
-    EXPECT_EQ(platform.alerts().message(), AboutViewController::shareText());
+    auto& sheet = Platform::shared().shareSheet();
+    ASSERT_TRUE(sheet.isVisible());
+    EXPECT_TRUE(sheet.text().contains("طارفولين"));
+    EXPECT_EQ(sheet.link(), platform.urls().opened.first().toString());
+    sheet.cancel();
     about->close();
     EXPECT_EQ(nav.presentedViewController(), nullptr);
 }

@@ -88,24 +88,15 @@ Item {
             Repeater {
                 model: [
                     { "name": "openFacebookPage", "label": "f", "color": "#1877f2" },
-                    { "name": "openTwitterPage", "label": "X", "color": "#111111" },
+                    { "name": "openTwitterPage", "label": "X", "color": "#0f1419" },
                     { "name": "openInstagramPage", "label": "◎", "color": "#d6249f" }
                 ]
-                delegate: Rectangle {
+                delegate: BrandIcon {
                     objectName: modelData.name
-                    width: 52 * screen.u
-                    height: width
-                    radius: width / 2
-                    color: modelData.color
-                    border.color: "#66ffffff"
-                    Text {
-                        anchors.centerIn: parent
-                        text: modelData.label
-                        font.pixelSize: 22 * screen.u
-                        font.bold: true
-                        color: "#ffffff"
-                    }
-                    MouseArea { anchors.fill: parent; onClicked: controller[modelData.name]() }
+                    side: 52 * screen.u
+                    glyph: modelData.label
+                    disc: modelData.color
+                    onTapped: controller[modelData.name]()
                 }
             }
         }

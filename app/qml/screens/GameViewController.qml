@@ -122,6 +122,29 @@ Item {
                     onClicked: controller.goBack(null)
                 }
             }
+            // Asks friends for help: the share panel with a picture of the level.
+            Rectangle {
+                objectName: "shareLevelButton"
+                anchors.left: parent.left
+                anchors.leftMargin: controller.canGoBack ? 18 + parent.height * 0.7 : 10
+                anchors.verticalCenter: parent.verticalCenter
+                width: parent.height * 0.7
+                height: width
+                radius: width / 2
+                color: "#22ffffff"
+                border.color: "#55ffffff"
+                Text {
+                    anchors.centerIn: parent
+                    text: "⤴"
+                    font.pixelSize: parent.height * 0.5
+                    font.bold: true
+                    color: Theme.gold
+                }
+                MouseArea {
+                    anchors.fill: parent
+                    onClicked: controller.shareLevelWithFriends(null)
+                }
+            }
             Rectangle {
                 objectName: "levelBadge"
                 anchors.horizontalCenter: parent.horizontalCenter
@@ -179,6 +202,30 @@ Item {
                     text: controller.skipsText
                 }
             }
+        }
+    }
+
+    // The game's title, shown on the bar only while the picture of the level is taken.
+    Rectangle {
+        objectName: "screenshotTitleLabel"
+        visible: controller.screenshotTitleVisible
+        x: controller.topBarFrame.x
+        y: controller.topBarFrame.y
+        width: controller.topBarFrame.width
+        height: controller.topBarFrame.height
+        color: controller.topBarColor
+        z: 1
+        Text {
+            anchors.horizontalCenter: parent.horizontalCenter
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: Math.max(0, (Math.min(parent.height, device.isPad ? 72 : 52) - height) / 2)
+            text: controller.screenshotTitleText
+            font.family: Theme.fontFamily
+            font.pixelSize: device.isPad ? 28 : 22
+            font.bold: true
+            color: Theme.gold
+            style: Text.Raised
+            styleColor: "#7a4f00"
         }
     }
 
@@ -299,6 +346,14 @@ Item {
         visible: controller.revealViewVisible
         z: 40
         controller: screen.controller
+    }
+
+    ShareView {
+        anchors.fill: parent
+        visible: controller.shareView !== null
+        view: controller.shareView
+        z: 45
+        onDismissed: controller.dismissShareViewAction()
     }
 
     HelpPopup {

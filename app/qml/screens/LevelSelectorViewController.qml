@@ -156,4 +156,25 @@ Item {
             }
         }
     }
+    // The maker's pages, at the foot of the screen.
+    Row {
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: 24 * screen.u
+        anchors.horizontalCenter: parent.horizontalCenter
+        spacing: 16 * screen.u
+        Repeater {
+            model: [
+                { "name": "openFacebookPage", "glyph": "f", "color": "#1877f2" },
+                { "name": "openTwitterPage", "glyph": "X", "color": "#0f1419" },
+                { "name": "openInstaPage", "glyph": "◎", "color": "#d6249f" }
+            ]
+            delegate: BrandIcon {
+                objectName: modelData.name
+                side: 40 * screen.u
+                glyph: modelData.glyph
+                disc: modelData.color
+                onTapped: controller[modelData.name]()
+            }
+        }
+    }
 }

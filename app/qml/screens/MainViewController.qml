@@ -39,13 +39,38 @@ Item {
                 height: 34 * screen.u
             }
         }
-        // The settings and the about hub, at the end side.
-        // The promoted game of the maker, pulsing, beside the about button.
+        // Sharing and rating the game, then the settings and the about hub, at the end side.
+        Repeater {
+            model: [
+                { "name": "shareButton", "glyph": "⤴", "offset": 3 },
+                { "name": "rateButton", "glyph": "★", "offset": 2 }
+            ]
+            delegate: Rectangle {
+                objectName: modelData.name
+                anchors.right: parent.right
+                anchors.rightMargin: modelData.offset * (34 * screen.u + 8)
+                width: 34 * screen.u
+                height: width
+                radius: width / 2
+                color: "#66000000"
+                border.color: "#33ffffff"
+                Text {
+                    anchors.centerIn: parent
+                    text: modelData.glyph
+                    font.pixelSize: 18 * screen.u
+                    color: Theme.gold
+                }
+                MouseArea {
+                    anchors.fill: parent
+                    onClicked: modelData.name === "shareButton" ? controller.shareAction() : controller.rateAction()
+                }
+            }
+        }
         Rectangle {
             objectName: "promoView"
             visible: controller.promoVisible
-            anchors.right: aboutButton.left
-            anchors.rightMargin: 8
+            anchors.right: parent.right
+            anchors.rightMargin: 4 * (34 * screen.u + 8)
             width: 34 * screen.u
             height: width
             radius: 8 * screen.u
