@@ -8,16 +8,11 @@ namespace json = boost::json;
 
 namespace {
 
-class AccountsTest : public ::testing::TestWithParam<std::string> {
+class AccountsTest : public ServiceTest {
 protected:
-    void SetUp() override {
-        TARVOLIN_REQUIRE_BACKEND(GetParam());
-        svc = std::make_unique<TestService>(GetParam());
-    }
     Reply login(const std::string& name, const std::string& password) {
         return svc->http().post("/v1/sessions", json::object{{"displayName", name}, {"password", password}});
     }
-    std::unique_ptr<TestService> svc;
 };
 
 } // namespace

@@ -29,13 +29,8 @@ State stateOf(const Reply& r) {
     return out;
 }
 
-class AchievementsTest : public ::testing::TestWithParam<std::string> {
+class AchievementsTest : public ServiceTest {
 protected:
-    void SetUp() override {
-        TARVOLIN_REQUIRE_BACKEND(GetParam());
-        svc = std::make_unique<TestService>(GetParam());
-    }
-
     Reply report(const Account& a, json::array items) {
         return svc->http().post("/v1/achievements", json::object{{"achievements", std::move(items)}},
                                 a.token);
@@ -55,8 +50,6 @@ protected:
     }
 
     Reply reset(const Account& a) { return svc->http().request("DELETE", "/v1/achievements", {}, a.token); }
-
-    std::unique_ptr<TestService> svc;
 };
 
 } // namespace

@@ -12,11 +12,9 @@ std::string b64(const std::string& s) {
     return tarvolin::store::match_rows::encodeData(s);
 }
 
-class MatchesApiTest : public ::testing::TestWithParam<std::string> {
+class MatchesApiTest : public ServiceTest {
 protected:
-    void SetUp() override {
-        TARVOLIN_REQUIRE_BACKEND(GetParam());
-        svc = std::make_unique<TestService>(GetParam());
+    void start() override {
         amal = svc->signUp("amal");
         badr = svc->signUp("badr");
         cyrine = svc->signUp("cyrine");
@@ -58,7 +56,6 @@ protected:
     }
     static std::string idOf(const json::object& m) { return std::string(m.at("matchID").as_string()); }
 
-    std::unique_ptr<TestService> svc;
     Account amal, badr, cyrine;
 };
 

@@ -7,7 +7,6 @@
 #include "progress/BonusManager.h"
 #include "progress/CreditsManager.h"
 #include "progress/SessionManager.h"
-#include "screens/Screens.h"
 
 #include <QCoreApplication>
 #include <QTimeZone>
@@ -253,11 +252,9 @@ TEST_F(Bonuses, MessagesAndGoldOfAList) {
 // Sessions and the launch and foreground sequences.
 class Sessions : public Bonuses {
 protected:
-    void SetUp() override { registerScreens(Platform::shared().navigator()); }
     void relaunch(double afterSeconds) {
         const QDateTime at = Platform::shared().scheduler().now().addMSecs(qint64(afterSeconds * 1000));
         platform.restart();
-        registerScreens(Platform::shared().navigator());
         platform.scheduler().setNow(at);
     }
 };

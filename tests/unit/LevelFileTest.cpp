@@ -22,8 +22,7 @@ QString pack(int packNumber, int count) {
 
 class LevelFiles : public ::testing::Test {
 protected:
-    void SetUp() override { LevelsInfoReader::setResourceRoot(platform.folder()); }
-    void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
+    void SetUp() override { platform.useLevelFolder(); }
 
     void write(const QString& name, const QByteArray& bytes) {
         QFile f(QDir(platform.folder()).filePath(name));
@@ -155,7 +154,6 @@ TEST_F(LevelFiles, RotationAtItsEnds) {
     EXPECT_EQ(reader.getLevelInfoPackId(24, 1)->imageName, QStringLiteral("p2l24"));
 
     platform.restart();
-    LevelsInfoReader::setResourceRoot(platform.folder());
     platform.defaults().setIntegerForKey(1, "randomIndex");
     auto& again = LevelsInfoReader::sharedInstance();
     again.loadAllPacksLevelsWithEnc("ok", false);

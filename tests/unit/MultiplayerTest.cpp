@@ -17,7 +17,6 @@
 #include "progress/UserStatsManager.h"
 #include "screens/MainViewController.h"
 #include "screens/RoundSelectorViewController.h"
-#include "screens/Screens.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -34,7 +33,6 @@ GKError error(const QString& code) {
 
 class Session : public ::testing::Test {
 protected:
-    void SetUp() override { registerScreens(Platform::shared().navigator()); }
     // Starts a login and returns what the handler saw, call by call.
     QStringList& login() {
         GameCenterManager::sharedInstance().authenticateLocalUserWithCompletionHandler(
@@ -183,12 +181,7 @@ TEST_F(Session, PlaceAndTheTwoDayArrow) {
 
 class AfterLevel : public ::testing::Test {
 protected:
-    void SetUp() override {
-        registerScreens(Platform::shared().navigator());
-        LevelsInfoReader::setResourceRoot(platform.folder());
-        platform.writePackFile(3, QStringLiteral("قلم"), QStringLiteral("ابتثجحخدذ"));
-    }
-    void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
+    void SetUp() override { platform.writePackFile(3, QStringLiteral("قلم"), QStringLiteral("ابتثجحخدذ")); }
 
     // Main screen, rounds, a round's levels and a level, then the level solved.
     LevelSuccessViewController* solveAt(qint64 level, bool previous = false) {
@@ -227,8 +220,6 @@ TEST_F(AfterLevel, AServiceThatNeverAnswersHoldsTheButtonsThreeSeconds) {
     QTcpServer silent; // accepts and never answers
     ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
     platform.setServiceUrl(QStringLiteral("http://127.0.0.1:%1").arg(silent.serverPort()));
-    registerScreens(Platform::shared().navigator());
-    LevelsInfoReader::setResourceRoot(platform.folder());
     GKLocalPlayer::localPlayer().setAuthenticatedPlayer(GKPlayer{"T1", "علي", false, {}});
     auto* popup = solveAt(0);
     ASSERT_NE(popup, nullptr);
@@ -330,10 +321,6 @@ TEST(RoundState, TravelAndPassesAreKept) {
     EXPECT_FALSE(again.isRoundFlipImagePassed());
 }
 
-} // namespace
-
-namespace {
-
 TEST(Achievements, CachedByIdentifierAndACompleteOneIsNotSentAgain) {
     TestPlatform platform;
     auto& gc = GameCenterManager::sharedInstance();
@@ -349,10 +336,6 @@ TEST(Achievements, CachedByIdentifierAndACompleteOneIsNotSentAgain) {
     gc.resetAchievements();
     EXPECT_TRUE(gc.achievementsDictionary.isEmpty());
 }
-
-} // namespace
-
-namespace {
 
 TEST(TurnBasedMatches, AReplyThatBreaksTheContractIsNoMatch) {
     const auto seat = [](const QJsonValue& id) {

@@ -1,5 +1,4 @@
 // The main screen and the two selectors: what they show for the player's level, and where a tap leads.
-#include "screens/Screens.h"
 #include "TestPlatform.h"
 #include "core/GameViewController.h"
 #include "core/LevelManager.h"
@@ -29,12 +28,7 @@ namespace {
 
 class Screens : public ::testing::Test {
 protected:
-    void SetUp() override {
-        registerScreens(Platform::shared().navigator());
-        LevelsInfoReader::setResourceRoot(platform.folder());
-        platform.writePackFile(3, QStringLiteral("قلم"), QStringLiteral("ابتثجحخدذ"));
-    }
-    void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
+    void SetUp() override { platform.writePackFile(3, QStringLiteral("قلم"), QStringLiteral("ابتثجحخدذ")); }
 
     MainViewController* main() {
         auto* m = new MainViewController();
@@ -204,13 +198,8 @@ TEST_F(Screens, AfterALevelTheMenuLeadsBackToTheRounds) {
     EXPECT_EQ(LevelManager::sharedInstance().currentLevel(), 1);
 }
 
-} // namespace
-
-namespace {
-
 class ReportScreens : public ::testing::Test {
 protected:
-    void SetUp() override { registerScreens(Platform::shared().navigator()); }
     template <class T> T* present(const char* identifier) {
         auto& nav = Platform::shared().navigator();
         nav.presentViewController(nav.instantiateViewControllerWithIdentifier(identifier));

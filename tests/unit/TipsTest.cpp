@@ -9,7 +9,6 @@
 #include "screens/AboutViewController.h"
 #include "screens/HelpViewController.h"
 #include "screens/MainViewController.h"
-#include "screens/Screens.h"
 #include "screens/TipsViewController.h"
 
 #include <gtest/gtest.h>
@@ -68,7 +67,6 @@ TEST(Tips, AttentionIsJudgedByWhatWasTrueAtTheStart) {
 
 TEST(Tips, TheMainScreenCallsForAttentionAndTheTasksStopIt) {
     TestPlatform platform;
-    registerScreens(Platform::shared().navigator());
     SessionManager::sharedInstance().checkAndLogSessionInfo(); // the first session
     auto* main = new MainViewController();
     Platform::shared().navigator().setRootViewController(main);
@@ -78,7 +76,6 @@ TEST(Tips, TheMainScreenCallsForAttentionAndTheTasksStopIt) {
     platform.defaults().setBoolForKey(true, "achv:days:1");
     platform.defaults().setIntegerForKey(3, "activeSessions");
     platform.restart();
-    registerScreens(Platform::shared().navigator());
     auto* again = new MainViewController();
     Platform::shared().navigator().setRootViewController(again);
     EXPECT_EQ(again->startButtonEffect(), "");
@@ -97,7 +94,6 @@ TEST(Tips, ShownOnceAlertsAreRemembered) {
 
 TEST(Help, ThreePagesByButtonOrSwipe) {
     TestPlatform platform;
-    registerScreens(Platform::shared().navigator());
     auto& nav = Platform::shared().navigator();
     nav.presentViewController(nav.instantiateViewControllerWithIdentifier("HelpViewController"));
     auto* help = qobject_cast<HelpViewController*>(nav.presentedViewController());
@@ -132,13 +128,8 @@ TEST(Help, ThreePagesByButtonOrSwipe) {
     EXPECT_NE(qobject_cast<HelpViewController*>(nav.presentedViewController()), nullptr);
 }
 
-} // namespace
-
-namespace {
-
 TEST(About, EachActionLeadsWhereItSays) {
     TestPlatform platform;
-    registerScreens(Platform::shared().navigator());
     auto& nav = Platform::shared().navigator();
     auto* main = new MainViewController();
     nav.setRootViewController(main);
@@ -176,13 +167,8 @@ TEST(About, EachActionLeadsWhereItSays) {
     EXPECT_EQ(nav.presentedViewController(), nullptr);
 }
 
-} // namespace
-
-namespace {
-
 TEST(Tips, ThePopupThatStandsReadyLeadsToTheLeaderboardOrTheTasks) {
     TestPlatform platform;
-    registerScreens(Platform::shared().navigator());
     auto& tips = TipsManager::sharedInstance();
     auto& nav = Platform::shared().navigator();
     nav.setRootViewController(new MainViewController());

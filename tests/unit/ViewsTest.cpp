@@ -8,7 +8,6 @@
 #include "core/LevelsInfoReader.h"
 #include "screens/ColorUtil.h"
 #include "screens/MainViewController.h"
-#include "screens/Screens.h"
 
 #include <QDir>
 #include <QFile>
@@ -123,12 +122,7 @@ TEST_F(InfoCards, MapHintsAtARegionOrPinsTheCity) {
 
 class Launch : public ::testing::Test {
 protected:
-    void SetUp() override {
-        registerScreens(Platform::shared().navigator());
-        LevelsInfoReader::setResourceRoot(platform.folder());
-        platform.writePackFile(2, QStringLiteral("حل%1"), QStringLiteral("ابتثجحخدذ"));
-    }
-    void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
+    void SetUp() override { platform.writePackFile(2, QStringLiteral("حل%1"), QStringLiteral("ابتثجحخدذ")); }
     TestPlatform platform;
 };
 
