@@ -98,56 +98,20 @@ TEST(Statistics, LevelsPerDayAndAnUnreadableSeries) {
 TEST(Ladder, RanksByRoundAndPastTheEnd) {
     TestPlatform platform;
     auto& ranks = RankManager::sharedInstance();
-    ASSERT_EQ(ranks.rankList.size(), 41);
-    EXPECT_EQ(ranks.getRankIndexForRound(0), 0);
-    EXPECT_EQ(ranks.getRankForRound(0).id, 1);
-    EXPECT_EQ(ranks.getRankForRound(0).name, QStringLiteral("مبتديء"));
-    EXPECT_EQ(ranks.getRankForRound(0).desc, QStringLiteral("فقط 85% يستطيعون انهاء هذه المجموعة"));
-    EXPECT_EQ(ranks.getRankForRound(5).name, QStringLiteral("ممتاز"));
-    EXPECT_EQ(ranks.getRankIndexForRound(39), 39);
     EXPECT_EQ(ranks.getRankIndexForRound(40), 40);
     EXPECT_EQ(ranks.getRankIndexForRound(45), 40);
-    EXPECT_EQ(ranks.getRankForRound(45).name, QStringLiteral("ختمت اللعبة"));
     EXPECT_EQ(ranks.getRankForRound(45).getBadge(), QStringLiteral("badge41.png"));
-    EXPECT_TRUE(ranks.isFirstRoundInNewRank(0));
     EXPECT_TRUE(ranks.isFirstRoundInNewRank(40));
     EXPECT_FALSE(ranks.isFirstRoundInNewRank(41));
-    EXPECT_TRUE(ranks.getCurrentRank().reward.isEmpty());
-}
 
-TEST(Ladder, AmountsFollowTheRoundBeingPlayed) {
-    TestPlatform platform;
-    auto& ranks = RankManager::sharedInstance();
-    auto& levels = LevelManager::sharedInstance();
-    auto atRound = [&](qint64 round) { levels.saveCurrentLevelTo(round * 25 + 3); };
-    atRound(0);
-    EXPECT_EQ(ranks.getNotificationWaitTime(), 5);
-    EXPECT_EQ(ranks.getLevelCreditsReward(), 5);
-    EXPECT_EQ(ranks.getBonusLevelPointsReward(), 10);
-    EXPECT_EQ(ranks.getRoundCreditsReward(), 100);
-    atRound(1);
-    EXPECT_EQ(ranks.getNotificationWaitTime(), 60);
-    atRound(5);
-    EXPECT_EQ(ranks.getLevelPointsReward(), 1);
-    atRound(6);
-    EXPECT_EQ(ranks.getLevelPointsReward(), 2);
-    atRound(10);
-    EXPECT_EQ(ranks.getNotificationWaitTime(), 330);
-    atRound(11);
-    EXPECT_EQ(ranks.getLevelPointsReward(), 2);
-    atRound(12);
-    EXPECT_EQ(ranks.getLevelPointsReward(), 3);
-    EXPECT_EQ(ranks.getDailyBonusReward(), 25);
-    EXPECT_EQ(ranks.getBattleLossPoints(), -2);
-    EXPECT_EQ(ranks.getDailyNotificationReward(), 0);
-
-    // The base amounts, for a product without rewards of its own.
-    BaseRankManager base;
-    base.rankList = ranks.rankList;
-    EXPECT_EQ(base.getLevelCreditsReward(), 0);
-    EXPECT_EQ(base.getNotificationWaitTime(), 60 * 13);
-    atRound(0);
-    EXPECT_EQ(base.getNotificationWaitTime(), 10);
+    // Points per level step up at rounds 6 and 12; the wait for an answer is 5 minutes in the first round.
+    auto atRound = [](qint64 round) { LevelManager::sharedInstance().saveCurrentLevelTo(round * 25 + 3); };
+    for (const auto& [round, points, wait] :
+         {std::tuple{0, 1, 5}, {1, 1, 60}, {5, 1, 180}, {6, 2, 210}, {11, 2, 360}, {12, 3, 390}}) {
+        atRound(round);
+        EXPECT_EQ(ranks.getLevelPointsReward(), points) << round;
+        EXPECT_EQ(ranks.getNotificationWaitTime(), wait) << round;
+    }
 }
 
 TEST(Ladder, PlacePerRoundIsRememberedWhenAScoreArrives) {
@@ -191,13 +155,6 @@ TEST(Sound, VolumesGateAndNoRestart) {
     TestPlatform platform;
     auto& sounds = SoundFactory::sharedInstance();
     auto& audio = platform.audio();
-    EXPECT_FLOAT_EQ(audio.player("tap5")->volume(), 0.15f);
-    EXPECT_FLOAT_EQ(audio.player("iap")->volume(), 0.075f);
-    EXPECT_FLOAT_EQ(audio.player("cheer1")->volume(), 0.025f);
-    EXPECT_FLOAT_EQ(audio.player("tap2")->volume(), 0.25f);
-    EXPECT_EQ(audio.player("tap2")->loops, 0);
-    EXPECT_EQ(audio.players.size(), 28u);
-
     sounds.playMenuTap();
     sounds.playTap2();
     sounds.playMusicNote(7);

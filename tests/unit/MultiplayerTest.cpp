@@ -100,30 +100,9 @@ TEST_F(Session, AlreadyAuthenticatedStaysAuthenticatingAndCallsNothing) {
     EXPECT_FALSE(gc.userAuthenticated);
 }
 
-TEST_F(Session, RequestsForRangesAndForFriends) {
-    auto& gc = GameCenterManager::sharedInstance();
-    auto global = gc.prepareLeaderboardRequestWithRangeAndPlayerList({101, 25}, nullptr);
-    ASSERT_TRUE(global);
-    EXPECT_EQ(global->playerScope, GKLeaderboard::Global);
-    EXPECT_EQ(global->range.location, 101);
-    EXPECT_EQ(global->timeScope, GKLeaderboard::AllTime);
-    EXPECT_EQ(global->identifier, "com.molvane.tarvolin.leaderboard");
-    auto friends = gc.prepareLeaderboardRequestWithRangeAndPlayerList({1, 0}, nullptr);
-    EXPECT_EQ(friends->playerScope, GKLeaderboard::FriendsOnly);
-    const QList<GKPlayer> two{{"T1", "a", false, {}}, {"T2", "b", false, {}}};
-    auto listed = gc.prepareLeaderboardRequestWithRangeAndPlayerList({1, 2}, &two);
-    EXPECT_EQ(listed->players.size(), 2);
-}
-
-TEST_F(Session, RefusalsReadInArabic) {
-    EXPECT_EQ(LoginViewController::messageForError(error("name_taken")),
-              QStringLiteral("هذا الاسم مستخدم من لاعب آخر، اختر اسما غيره"));
-    EXPECT_EQ(LoginViewController::messageForError(error("invalid_credentials")),
-              QStringLiteral("الاسم أو كلمة المرور غير صحيحة"));
+TEST_F(Session, ARefusedLoginSaysWhenToTryAgainInWholeMinutes) {
     EXPECT_EQ(LoginViewController::messageForError(GKError{"too_many_attempts", "", 429, 601}),
               QStringLiteral("محاولات خاطئة كثيرة، حاول مرة أخرى بعد 11 دقيقة"));
-    EXPECT_EQ(LoginViewController::messageForError(error("network")),
-              QStringLiteral("لا يوجد اتصال بخادم اللعبة، تأكد من الاتصال وحاول مرة أخرى"));
     EXPECT_EQ(LoginViewController::messageForError(error("something_new")),
               QStringLiteral("حدث خطأ غير متوقع، حاول مرة أخرى"));
 }
