@@ -204,7 +204,7 @@ TEST_F(Board, SolvedLevelMovesOnAndBuildsTheNextBehindThePopup) {
     EXPECT_EQ(vc->game->gameLevel, 4);
 }
 
-TEST_F(Board, LastLevelOfARoundAndPreviousLevels) {
+TEST_F(Board, LastLevelOfARoundLeadsToTheNextRound) {
     writePacks(2);
     LevelManager::sharedInstance().saveCurrentLevelTo(24);
     auto* last = open("abc", "defghijkl", 24, 0);
@@ -218,13 +218,6 @@ TEST_F(Board, LastLevelOfARoundAndPreviousLevels) {
     EXPECT_EQ(last->game->gameRound, 1);
     EXPECT_EQ(last->game->gameLevel, 0);
     EXPECT_FALSE(last->helpPopupVisible());
-
-    auto* previous = open("abc", "defghijkl", 5, 0);
-    previous->isPreviousGame = true;
-    type(previous, "abc");
-    ASSERT_NE(popup(), nullptr);
-    EXPECT_EQ(popup()->type, 1);
-    EXPECT_EQ(LevelManager::sharedInstance().currentLevel(), 25);
 }
 
 TEST_F(Board, RevealFromTheTrayFromAnotherBoxAndOntoAnOccupiedBox) {
@@ -322,13 +315,6 @@ TEST_F(Board, FirstLevelGivesTwoLettersOncePerInstallation) {
     EXPECT_FALSE(platform.alerts().isVisible());
     again->displayHelpView();
     EXPECT_TRUE(again->helpPopupVisible());
-}
-
-TEST_F(Board, OtherLevelsShowNoHelpOnTheirOwn) {
-    auto* vc = open("شمس", "ياتةملونر", 0, 1);
-    EXPECT_FALSE(vc->helpPopupVisible());
-    auto* second = open("شمس", "ياتةملونر", 1, 0);
-    EXPECT_FALSE(second->helpPopupVisible());
 }
 
 TEST_F(Board, ALevelWithoutContentHasNoBoxesAndCannotBeAnswered) {

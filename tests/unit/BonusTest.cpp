@@ -182,10 +182,10 @@ TEST_F(Bonuses, NoDateMeansNoBonusAndNoMessage) {
         platform.web().answerAlways(r);
         return check();
     };
+    // No header, one that is no date (the forms are the date parser's tests), or an answer that is no
+    // success.
     EXPECT_EQ(answer(200, QByteArray()), 0);
-    EXPECT_EQ(answer(200, "yesterday"), 0);
     EXPECT_EQ(answer(200, "Mon, 15 Mar 2026 10:00:00 GMT"), 0); // the 15th was a Sunday
-    EXPECT_EQ(answer(200, "Sun, 15 Mar 2026 25:00:00 GMT"), 0);
     EXPECT_EQ(answer(503, "Sun, 15 Mar 2026 10:00:00 GMT"), 0);
     EXPECT_TRUE(messages().isEmpty());
     EXPECT_EQ(BonusManager::sharedInstance().previousBonusList().size(), 1);

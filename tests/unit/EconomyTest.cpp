@@ -1,4 +1,4 @@
-// Balances, statistics counters, the rank ladder and its amounts, settings and sound.
+// Balances, the rank ladder and its amounts, the places per round, and sound.
 #include "TestPlatform.h"
 #include "core/LevelManager.h"
 #include "multiplayer/GameCenterManager.h"
@@ -73,29 +73,7 @@ TEST(Balances, DeductionsClampAndStatisticsCountWhatWasAsked) {
     EXPECT_EQ(UserStatsManager::sharedInstance().skipsUsed(), 2);
 }
 
-TEST(Statistics, LevelsPerDayAndAnUnreadableSeries) {
-    TestPlatform platform;
-    auto& stats = UserStatsManager::sharedInstance();
-    stats.incrementCompletedLevelsForCurrentDay();
-    stats.incrementCompletedLevelsForCurrentDay();
-    ASSERT_EQ(stats.dailyCompletedLevels().size(), 1);
-    EXPECT_EQ(stats.dailyCompletedLevels().last().value, 2);
-    platform.scheduler().advance(24 * 3600);
-    stats.incrementCompletedLevelsForCurrentDay();
-    EXPECT_EQ(stats.dailyCompletedLevels().size(), 2);
-    EXPECT_EQ(stats.getCompletedLevelsForLastDays(3), (QList<qint64>{0, 2, 1}));
-    EXPECT_EQ(stats.getMaxCompletedLevelsInSingleDay(), 2);
-    EXPECT_TRUE(stats.getCompletedLevelsForLastDays(0).isEmpty());
-
-    platform.restart();
-    EXPECT_EQ(UserStatsManager::sharedInstance().dailyCompletedLevels().size(), 2);
-
-    platform.defaults().setStringForKey("[{\"day\":1}", "dailyLevels");
-    platform.restart();
-    EXPECT_TRUE(UserStatsManager::sharedInstance().dailyCompletedLevels().isEmpty());
-}
-
-TEST(Ladder, RanksByRoundAndPastTheEnd) {
+TEST(Ladder, RanksByRoundPastTheEndAndTheAmountsOfTheRoundBeingPlayed) {
     TestPlatform platform;
     auto& ranks = RankManager::sharedInstance();
     EXPECT_EQ(ranks.getRankIndexForRound(40), 40);
@@ -133,22 +111,6 @@ TEST(Ladder, PlacePerRoundIsRememberedWhenAScoreArrives) {
     platform.defaults().setStringForKey("garbage", "groupsGcRanks");
     platform.restart();
     EXPECT_EQ(RankManager::sharedInstance().packsLastGcRanks, QList<qint64>(50, 0));
-}
-
-TEST(Settings, SoundDefaultsAreWrittenOnFirstUse) {
-    TestPlatform platform;
-    auto& settings = SettingsManager::sharedInstance();
-    EXPECT_TRUE(settings.isSoundOn());
-    EXPECT_FLOAT_EQ(settings.soundVolume(), 0.25f);
-    EXPECT_EQ(settings.notificationsPerDay(), 0.0f);
-    EXPECT_TRUE(platform.defaults().boolForKey("sound"));
-    EXPECT_TRUE(platform.defaults().boolForKey("bgmusic"));
-    EXPECT_FALSE(platform.defaults().hasKey("dailyNotificationsNum"));
-    settings.toggleSoundOnOff();
-    settings.changeSoundVolume(0.4f);
-    platform.restart();
-    EXPECT_FALSE(SettingsManager::sharedInstance().isSoundOn());
-    EXPECT_FLOAT_EQ(SettingsManager::sharedInstance().soundVolume(), 0.4f);
 }
 
 TEST(Sound, VolumesGateAndNoRestart) {

@@ -2,7 +2,6 @@
 // dates and number formatting.
 #include "TestPlatform.h"
 #include "core/GameViewController.h"
-#include "platform/SharedInstances.h"
 #include "progress/TutorialAlertsManager.h"
 #include "screens/ColorUtil.h"
 #include "screens/FrameUtils.h"
@@ -216,14 +215,6 @@ TEST(Colours, UnknownColoursAndFramesOfNothing) {
     EXPECT_EQ(FrameUtils::fixFrameDim(std::nan("")), 0.0);
     EXPECT_EQ(FrameUtils::fixFrame({1.4, 2.6, 3.5, std::nan("")}), QRectF(1, 3, 4, 0));
     EXPECT_EQ(FrameUtils::frameCenterInFrame({5, 5, 10, 20}, {0, 0, 100, 50}), QRectF(45, 15, 10, 20));
-}
-
-TEST(SharedManagers, DroppedBetweenCasesAndReloaded) {
-    TestPlatform platform;
-    TutorialAlertsManager::sharedInstance();
-    EXPECT_TRUE(Shared<TutorialAlertsManager>::exists());
-    SharedInstances::resetAll();
-    EXPECT_FALSE(Shared<TutorialAlertsManager>::exists());
 }
 
 } // namespace

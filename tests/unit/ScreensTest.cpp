@@ -296,28 +296,6 @@ TEST_F(ReportScreens, TasksAreMarkedOnOpeningAndCollectedOnce) {
     EXPECT_EQ(a->counterLabel(), "2/41");
 }
 
-TEST_F(ReportScreens, TheMainScreenOpensEachOfThem) {
-    auto* m = new MainViewController();
-    Platform::shared().navigator().setRootViewController(m);
-    auto& nav = Platform::shared().navigator();
-    m->openSettings();
-    EXPECT_EQ(nav.presentedViewController()->identifier(), "SettingsViewController");
-    nav.dismissViewController();
-    m->openRankings();
-    EXPECT_EQ(nav.presentedViewController()->identifier(), "RankViewController");
-    nav.dismissViewController();
-    SessionManager::sharedInstance().setAcitveDays(1);
-    m->openAchievements();
-    EXPECT_EQ(nav.presentedViewController()->identifier(), "AchievementsViewController");
-    nav.dismissViewController();
-    // Back on the main screen the count shows what the tasks screen marked.
-    EXPECT_EQ(m->completedAchmtsLabel(), "1/41");
-}
-
-} // namespace
-
-namespace {
-
 TEST_F(ReportScreens, TheProfileWithEmptyAndFullSeries) {
     auto* p = present<UserProfileViewController>("UserProfileViewController");
     ASSERT_NE(p, nullptr);

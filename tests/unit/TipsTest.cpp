@@ -1,11 +1,10 @@
-// Tips: the tip of the day round and round, the attention calls and their snapshots, the shown-once alerts;
-// the tips and help screens.
+// Tips: the tip of the day round and round, the attention calls and their snapshots; the tips, help and
+// about screens.
 #include "TestPlatform.h"
 #include "multiplayer/GameCenterSwipeViewControllers.h"
 #include "progress/AchievementManager.h"
 #include "progress/SessionManager.h"
 #include "progress/TipsManager.h"
-#include "progress/TutorialAlertsManager.h"
 #include "screens/AboutViewController.h"
 #include "screens/HelpViewController.h"
 #include "screens/MainViewController.h"
@@ -81,14 +80,6 @@ TEST(Tips, TheMainScreenCallsForAttentionAndTheTasksStopIt) {
     EXPECT_EQ(again->achievementsEffect(), "flash");
     again->openAchievements();
     EXPECT_EQ(again->achievementsEffect(), "");
-}
-
-TEST(Tips, ShownOnceAlertsAreRemembered) {
-    TestPlatform platform;
-    EXPECT_FALSE(TutorialAlertsManager::sharedInstance().isAlertShownWithId("nothing"));
-    TutorialAlertsManager::sharedInstance().setAlertShownWithId("FirstLevelTutorial");
-    platform.restart();
-    EXPECT_TRUE(TutorialAlertsManager::sharedInstance().isAlertShownWithId("FirstLevelTutorial"));
 }
 
 TEST(Help, ThreePagesByButtonOrSwipe) {

@@ -135,21 +135,6 @@ TEST_F(Launch, OpensTheMainScreenAtTheSavedPositionAndClearsTheBadge) {
     EXPECT_FALSE(app.isPenaltyMessageShown);
     // The level list is read only when the rounds are first shown.
     EXPECT_FALSE(LevelsInfoReader::sharedInstance().isPacksDataLoaded());
-
-    app.setApplicationIconBadgeNumber(2);
-    app.applicationWillEnterForeground();
-    EXPECT_EQ(app.applicationIconBadgeNumber(), 0);
-}
-
-TEST_F(Launch, WithoutAConnectionTheDailyPrizeMessageShowsOnce) {
-    platform.reachability().setForcedOffline(true);
-    AppDelegate app;
-    app.applicationDidFinishLaunchingWithOptions({});
-    EXPECT_TRUE(app.isPenaltyMessageShown);
-    ASSERT_EQ(platform.alerts().count(), 1);
-    EXPECT_EQ(platform.alerts().title(), AppDelegate::kPenaltyTitle);
-    app.applicationWillEnterForeground();
-    EXPECT_EQ(platform.alerts().count(), 1);
 }
 
 TEST_F(Launch, APlayScreenBeyondTheLastPackSaysSo) {
@@ -159,20 +144,6 @@ TEST_F(Launch, APlayScreenBeyondTheLastPackSaysSo) {
     play->openCurrentLevel();
     EXPECT_EQ(play->game->levelInfo(), nullptr);
     EXPECT_TRUE(play->solutionBlocks.isEmpty());
-    EXPECT_EQ(platform.alerts().count(), 1);
-}
-
-TEST_F(Launch, DeliveredSolutionShowsUnderItsTitle) {
-    AppDelegate app;
-    app.applicationDidFinishLaunchingWithOptions({});
-    app.setApplicationIconBadgeNumber(1);
-    app.applicationDidReceiveLocalNotification({{"alertBody", QStringLiteral("الحل الصحيح هو: شمس")},
-                                                {"userInfo", QVariantMap{{"type", "normal"}}}});
-    EXPECT_EQ(platform.alerts().title(), QStringLiteral("الحل الصحيح"));
-    EXPECT_EQ(platform.alerts().message(), QStringLiteral("الحل الصحيح هو: شمس"));
-    EXPECT_EQ(app.applicationIconBadgeNumber(), 0);
-    app.applicationDidReceiveLocalNotification({{"userInfo", QVariantMap{{"type", "unknown"}}}});
-    app.applicationDidReceiveLocalNotification({});
     EXPECT_EQ(platform.alerts().count(), 1);
 }
 
