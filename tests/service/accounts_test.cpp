@@ -52,6 +52,9 @@ TEST_P(AccountsTest, EveryRouteButSignUpAndLogInNeedsAValidToken) {
                                                           {"POST", "/v1/friend-requests"},
                                                           {"POST", "/v1/leaderboard/scores"},
                                                           {"GET", "/v1/leaderboard"},
+                                                          {"GET", "/v1/achievements"},
+                                                          {"POST", "/v1/achievements"},
+                                                          {"DELETE", "/v1/achievements"},
                                                           {"DELETE", "/v1/sessions/current"}}) {
         for (const std::string& token :
              {std::string(), std::string(64, 'a'), ali.token + "0", std::string("x")}) {

@@ -122,20 +122,6 @@ TEST_P(MatchesApiTest, InvitationsGoToFriendsAndFormerOpponentsOnly) {
     EXPECT_EQ(again.json.at("match").at("participants").as_array()[1].at("playerID"), amal.id.c_str());
 }
 
-TEST_P(MatchesApiTest, AutomaticMatchingNeverSeatsAPlayerAgainstHimself) {
-    const json::object first = find(amal, json::object{}, 201);
-    EXPECT_EQ(first.at("status"), 3);
-    EXPECT_TRUE(first.at("participants").as_array()[1].at("playerID").is_null());
-    svc->advance(1000);
-    const json::object second = find(amal, json::object{}, 201);
-    EXPECT_NE(idOf(second), idOf(first));
-    // Badr takes the oldest waiting seat.
-    const json::object joined = find(badr, json::object{}, 200);
-    EXPECT_EQ(idOf(joined), idOf(first));
-    EXPECT_EQ(joined.at("status"), 1);
-    EXPECT_EQ(joined.at("participants").as_array()[1].at("playerID"), badr.id.c_str());
-}
-
 TEST_P(MatchesApiTest, ARunOutTurnFallsThroughOnceAndAcrossARestart) {
     svc->befriend(amal, badr);
     const std::string id = idOf(invite(amal, badr));
