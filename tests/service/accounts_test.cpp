@@ -8,16 +8,11 @@ namespace json = boost::json;
 
 namespace {
 
-class AccountsTest : public ::testing::TestWithParam<std::string> {
+class AccountsTest : public ServiceTest {
 protected:
-    void SetUp() override {
-        TARVOLIN_REQUIRE_BACKEND(GetParam());
-        svc = std::make_unique<TestService>(GetParam());
-    }
     Reply login(const std::string& name, const std::string& password) {
         return svc->http().post("/v1/sessions", json::object{{"displayName", name}, {"password", password}});
     }
-    std::unique_ptr<TestService> svc;
 };
 
 } // namespace
@@ -57,6 +52,9 @@ TEST_P(AccountsTest, EveryRouteButSignUpAndLogInNeedsAValidToken) {
                                                           {"POST", "/v1/friend-requests"},
                                                           {"POST", "/v1/leaderboard/scores"},
                                                           {"GET", "/v1/leaderboard"},
+                                                          {"GET", "/v1/achievements"},
+                                                          {"POST", "/v1/achievements"},
+                                                          {"DELETE", "/v1/achievements"},
                                                           {"DELETE", "/v1/sessions/current"}}) {
         for (const std::string& token :
              {std::string(), std::string(64, 'a'), ali.token + "0", std::string("x")}) {

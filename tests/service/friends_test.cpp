@@ -7,11 +7,9 @@ namespace json = boost::json;
 
 namespace {
 
-class FriendsTest : public ::testing::TestWithParam<std::string> {
+class FriendsTest : public ServiceTest {
 protected:
-    void SetUp() override {
-        TARVOLIN_REQUIRE_BACKEND(GetParam());
-        svc = std::make_unique<TestService>(GetParam());
+    void start() override {
         ali = svc->signUp("Ali");
         bader = svc->signUp("Bader");
         chadi = svc->signUp("Chadi");
@@ -33,7 +31,6 @@ protected:
         return out;
     }
 
-    std::unique_ptr<TestService> svc;
     Account ali, bader, chadi;
 };
 

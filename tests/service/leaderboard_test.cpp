@@ -7,13 +7,8 @@ namespace json = boost::json;
 
 namespace {
 
-class LeaderboardTest : public ::testing::TestWithParam<std::string> {
+class LeaderboardTest : public ServiceTest {
 protected:
-    void SetUp() override {
-        TARVOLIN_REQUIRE_BACKEND(GetParam());
-        svc = std::make_unique<TestService>(GetParam());
-    }
-
     Reply load(const Account& a, const std::string& query) {
         return svc->http().get("/v1/leaderboard?" + query, a.token);
     }
@@ -27,8 +22,6 @@ protected:
         return out;
     }
     using Rows = std::vector<std::pair<std::string, std::int64_t>>;
-
-    std::unique_ptr<TestService> svc;
 };
 
 } // namespace

@@ -20,11 +20,9 @@ json::object sendData(const std::string& match, const std::string& base64) {
     return json::object{{"type", "live_send"}, {"match", match}, {"data", base64}};
 }
 
-class LiveTest : public ::testing::TestWithParam<std::string> {
+class LiveTest : public ServiceTest {
 protected:
-    void SetUp() override {
-        TARVOLIN_REQUIRE_BACKEND(GetParam());
-        svc = std::make_unique<TestService>(GetParam());
+    void start() override {
         ali = svc->signUp("Ali");
         bader = svc->signUp("Bader");
     }
@@ -65,7 +63,6 @@ protected:
         EXPECT_EQ(baderThere->at("expectedPlayerCount"), 0);
     }
 
-    std::unique_ptr<TestService> svc;
     Account ali;
     Account bader;
 };

@@ -158,11 +158,3 @@ TEST(MatchRules, RemovingAndPlayingAgainAfterTheEnd) {
     lonely = moved(endMatchInTurn(lonely, "dana", {Outcome::Quit, Outcome::Won}, "", 1));
     EXPECT_EQ(refusal(rematch(lonely, "dana", "w2", 2)), Refusal::NoOpponent);
 }
-
-TEST(MatchRules, InvitationsGoToFriendsAndFormerOpponents) {
-    EXPECT_TRUE(mayInvite(true, false));
-    EXPECT_TRUE(mayInvite(false, true));
-    EXPECT_FALSE(mayInvite(false, false));
-    EXPECT_EQ(kInvitationRefusedCode, 8);
-    EXPECT_STREQ(refusalCode(Refusal::DataTooLarge), "data_too_large");
-}

@@ -12,11 +12,9 @@ std::string b64(const std::string& s) {
     return tarvolin::store::match_rows::encodeData(s);
 }
 
-class MatchesApiTest : public ::testing::TestWithParam<std::string> {
+class MatchesApiTest : public ServiceTest {
 protected:
-    void SetUp() override {
-        TARVOLIN_REQUIRE_BACKEND(GetParam());
-        svc = std::make_unique<TestService>(GetParam());
+    void start() override {
         amal = svc->signUp("amal");
         badr = svc->signUp("badr");
         cyrine = svc->signUp("cyrine");
@@ -58,7 +56,6 @@ protected:
     }
     static std::string idOf(const json::object& m) { return std::string(m.at("matchID").as_string()); }
 
-    std::unique_ptr<TestService> svc;
     Account amal, badr, cyrine;
 };
 
@@ -123,20 +120,6 @@ TEST_P(MatchesApiTest, InvitationsGoToFriendsAndFormerOpponentsOnly) {
     Reply again = svc->http().post("/v1/matches/" + id + "/rematch", json::object{}, cyrine.token);
     EXPECT_EQ(again.status, 201u);
     EXPECT_EQ(again.json.at("match").at("participants").as_array()[1].at("playerID"), amal.id.c_str());
-}
-
-TEST_P(MatchesApiTest, AutomaticMatchingNeverSeatsAPlayerAgainstHimself) {
-    const json::object first = find(amal, json::object{}, 201);
-    EXPECT_EQ(first.at("status"), 3);
-    EXPECT_TRUE(first.at("participants").as_array()[1].at("playerID").is_null());
-    svc->advance(1000);
-    const json::object second = find(amal, json::object{}, 201);
-    EXPECT_NE(idOf(second), idOf(first));
-    // Badr takes the oldest waiting seat.
-    const json::object joined = find(badr, json::object{}, 200);
-    EXPECT_EQ(idOf(joined), idOf(first));
-    EXPECT_EQ(joined.at("status"), 1);
-    EXPECT_EQ(joined.at("participants").as_array()[1].at("playerID"), badr.id.c_str());
 }
 
 TEST_P(MatchesApiTest, ARunOutTurnFallsThroughOnceAndAcrossARestart) {

@@ -160,6 +160,19 @@ private:
     unsigned short port_ = 0;
 };
 
+// A case run on each backend against a service of its own; start() runs once the service is up.
+class ServiceTest : public ::testing::TestWithParam<std::string> {
+protected:
+    void SetUp() override {
+        TARVOLIN_REQUIRE_BACKEND(GetParam());
+        svc = std::make_unique<TestService>(GetParam());
+        start();
+    }
+    virtual void start() {}
+
+    std::unique_ptr<TestService> svc;
+};
+
 // The value of a line of /metrics ("name{labels}"); -1 when there is no such line.
 double metricValue(HttpClient& http, const std::string& series);
 

@@ -30,11 +30,6 @@ TEST(DisplayName, RefusesLengthsControlsBlanksAndBrokenUtf8) {
     EXPECT_TRUE(displayNameProblem("ab\xD8"));         // cut short
 }
 
-TEST(DisplayName, NameKeyFoldsAsciiCaseOnly) {
-    EXPECT_EQ(nameKey("Ali"), nameKey("aLI"));
-    EXPECT_EQ(nameKey("علي"), "علي");
-}
-
 TEST(Passwords, LengthInBytesAndUtf8) {
     EXPECT_TRUE(passwordProblem("short"));
     EXPECT_FALSE(passwordProblem("eight ch"));

@@ -1,10 +1,14 @@
 // A turn-based match service for tests: it answers every call at once, with the match or the error set,
-// and keeps what it was asked.
+// and keeps what it was asked; and the matches and the logged-in player that the tests of battles and
+// exchanges start from.
 #pragma once
 
 #include "multiplayer/GCMatchData.h"
 #include "multiplayer/GCTurnBasedMatchHelper.h"
+#include "multiplayer/GameCenterManager.h"
+#include "platform/gamekit/GKLocalPlayer.h"
 
+#include <QDateTime>
 #include <QList>
 #include <QMap>
 
@@ -78,3 +82,33 @@ private:
         }
     }
 };
+
+// The local player and the one he plays with.
+inline const QString kMe = QStringLiteral("Tme");
+inline const QString kOther = QStringLiteral("Tother");
+
+// A match of two active seats, the sender's first; `current` holds the turn (-1: nobody).
+inline GKTurnBasedMatch twoSeats(const QString& sender, const QString& receiver, int current,
+                                 const QByteArray& data = {}, int status = GKTurnBasedMatchStatusOpen,
+                                 const QString& id = QStringLiteral("m1"), const QDateTime& created = {}) {
+    GKTurnBasedMatch m;
+    m.matchID = id;
+    m.status = status;
+    m.creationDate = created;
+    m.participants = {GKTurnBasedParticipant{sender, GKTurnBasedParticipantStatusActive, 0, {}},
+                      GKTurnBasedParticipant{receiver, GKTurnBasedParticipantStatusActive, 0, {}}};
+    m.currentParticipantIndex = current;
+    m.matchData = data;
+    return m;
+}
+
+// Logs kMe in, as every page of the battles and exchanges expects, and puts a fake in place of the match
+// service; the helper owns it.
+inline FakeMatches* installFakeMatches() {
+    GameCenterManager::sharedInstance();
+    GKLocalPlayer::localPlayer().setAuthenticatedPlayer(GKPlayer{kMe, QStringLiteral("أنا"), false, {}});
+    auto fake = std::make_unique<FakeMatches>();
+    FakeMatches* service = fake.get();
+    GCTurnBasedMatchHelper::sharedInstance().setMatchService(std::move(fake));
+    return service;
+}

@@ -1,10 +1,12 @@
 #include "TestPlatform.h"
 
+#include "core/LevelsInfoReader.h"
 #include "platform/Dispatch.h"
 #include "platform/SharedInstances.h"
 #include "platform/adkit/ATTrackingManager.h"
 #include "platform/storekit/SKPaymentQueue.h"
 #include "platform/storekit/SKStoreProductViewController.h"
+#include "screens/Screens.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -150,6 +152,9 @@ TestPlatform::~TestPlatform() {
     SharedInstances::resetAll();
     Platform::uninstall();
     flushDeletes();
+    if (m_levelFolder) {
+        LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels"));
+    }
 }
 
 void TestPlatform::install() {
@@ -189,6 +194,7 @@ void TestPlatform::install() {
     // Nothing listens on the discard port: a test that does not start a service gets a refused connection.
     services.gameService = std::make_unique<GameService>(QUrl(m_serviceUrl));
     Platform::install(std::move(services));
+    registerScreens(Platform::shared().navigator());
     // The device's tracking question was answered before: tests of other things see no prompt.
     if (!Platform::shared().userDefaults().hasKey(ATTrackingManager::kStatusKey)) {
         Platform::shared().userDefaults().setIntegerForKey(
@@ -196,7 +202,12 @@ void TestPlatform::install() {
     }
 }
 
-void TestPlatform::writePackFile(int packs, const QString& solution, const QString& otherLetters) const {
+void TestPlatform::useLevelFolder() {
+    LevelsInfoReader::setResourceRoot(folder());
+    m_levelFolder = true;
+}
+
+void TestPlatform::writePackFile(int packs, const QString& solution, const QString& otherLetters) {
     QString text;
     for (int p = 0; p < packs; ++p) {
         text += QStringLiteral("[pack=%1]\n").arg(p + 1);
@@ -213,6 +224,7 @@ void TestPlatform::writePackFile(int packs, const QString& solution, const QStri
     if (!f.open(QIODevice::WriteOnly) || f.write(text.toUtf8()) < 0) {
         qFatal("The test pack file could not be written");
     }
+    useLevelFolder();
 }
 
 void TestPlatform::useProfile(const QString& name) {

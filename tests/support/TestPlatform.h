@@ -165,8 +165,8 @@ public:
     std::vector<RecordingPlayer*> players;
 };
 
-// Installs a fresh platform with test doubles and a settings file in a temporary folder; drops every shared
-// instance when it goes.
+// Installs a fresh platform with test doubles, the game's screens and a settings file in a temporary folder;
+// drops every shared instance when it goes.
 class TestPlatform {
 public:
     explicit TestPlatform(Device::Class device = Device::Phone);
@@ -195,9 +195,18 @@ public:
     UserDefaults& defaults() { return Platform::shared().userDefaults(); }
     // Every message on screen, oldest first, as "title|text"; each is dismissed.
     QStringList takeMessages();
-    // Writes a pack file "ok.wav" of `packs` packs of 25 levels into the folder; "%1" in the solution stands
-    // for the pack's index, and level i of pack p shows the pictures "p<p>l<i>".
-    void writePackFile(int packs, const QString& solution, const QString& otherLetters) const;
+    // Writes a pack file "ok.wav" of `packs` packs of 25 levels into the folder and points the level reader
+    // at it; "%1" in the solution stands for the pack's index, and level i of pack p shows the pictures
+    // "p<p>l<i>".
+    void writePackFile(int packs, const QString& solution, const QString& otherLetters);
+    // The level reader reads its files from the folder until the platform goes.
+    void useLevelFolder();
+    // The next shuffle of the play screen's tray leaves every tile at its own place.
+    void keepTrayOrder() {
+        for (int i = 0; i < 12; ++i) {
+            random().queue({0});
+        }
+    }
     QString settingsPath() const { return m_dir.filePath(m_profile + "settings.ini"); }
     QString folder() const { return m_dir.path(); }
 
@@ -216,4 +225,5 @@ private:
     RecordingUrlOpener* m_urls = nullptr;
     ScriptedFileChooser* m_files = nullptr;
     bool m_realWeb = false;
+    bool m_levelFolder = false;
 };

@@ -2,6 +2,7 @@
 // map is framed and the pin stands, what the map shows there, and the rows and facts of the card.
 #include "core/InfoCardView.h"
 #include "Application.h"
+#include "QuickItems.h"
 #include "TestPlatform.h"
 
 #include <QQmlComponent>
@@ -72,16 +73,7 @@ struct Shown {
     QImage image;
 
     // Every item under the card, depth first.
-    QList<QQuickItem*> items() const {
-        QList<QQuickItem*> all;
-        QList<QQuickItem*> pending{root.get()};
-        while (!pending.isEmpty()) {
-            QQuickItem* item = pending.takeFirst();
-            all.append(item);
-            pending = item->childItems() + pending;
-        }
-        return all;
-    }
+    QList<QQuickItem*> items() const { return QuickItems::allItems(root.get()); }
     QQuickItem* find(const QString& name) const {
         const QList<QQuickItem*> all = items();
         const auto it =

@@ -47,7 +47,6 @@ inline void click(QQuickWindow* window, QQuickItem* item) {
 
 // Launches the game on the installed platform and shows its window; null when the window did not come up.
 inline QQuickWindow* launchGameWindow(AppDelegate& app, std::unique_ptr<QQmlApplicationEngine>& engine) {
-    registerScreens(Platform::shared().navigator());
     app.applicationDidFinishLaunchingWithOptions({});
     engine = createGameEngine();
     if (!engine || engine->rootObjects().isEmpty()) {

@@ -1,5 +1,5 @@
-// The tasks: their table and order, every rule at its threshold and one below, the two stored flags,
-// collecting the gold; and the brain powers' calculator.
+// The tasks: every rule at its threshold and one below, the two stored flags, collecting the gold; and the
+// brain powers' calculator.
 #include "TestPlatform.h"
 #include "core/LevelManager.h"
 #include "multiplayer/GameCenterManager.h"
@@ -48,29 +48,6 @@ protected:
 
     TestPlatform platform;
 };
-
-TEST_F(Tasks, FortyOneOpenTasksCheapestFirstInTheTablesOrder) {
-    auto& manager = AchievementManager::sharedInstance();
-    ASSERT_EQ(manager.getTotalAchievementsCount(), 41);
-    EXPECT_EQ(manager.getAchievedCount(), 0);
-    EXPECT_FALSE(manager.isThereUnRewardedAchievement());
-    QStringList firstFive, lastTwo;
-    qint64 previous = 0;
-    for (const Achievement& a : manager.achievementList()) {
-        EXPECT_GE(a.rewardCount, previous);
-        previous = a.rewardCount;
-        EXPECT_EQ(a.id, a.calcString);
-        EXPECT_FALSE(a.isAchieved || a.isRewarded);
-        if (firstFive.size() < 5) {
-            firstFive << a.id;
-        }
-    }
-    EXPECT_EQ(firstFive, (QStringList{"days:1", "rank:2", "gc:5000", "shareLevel:1", "levels:25"}));
-    EXPECT_EQ(manager.achievementList().first().desc, "افتح اللعبة للمرة الأولى");
-    EXPECT_EQ(manager.achievementList().last().id, "gc:1");
-    EXPECT_EQ(manager.achievementList().last().rewardCount, 1000);
-    EXPECT_EQ(find("rank:3").desc, "قم بإنهاء المجموعة 4");
-}
 
 TEST_F(Tasks, DaysLevelsRanksAndSharesAtTheirThresholds) {
     auto& sessions = SessionManager::sharedInstance();
@@ -187,16 +164,6 @@ TEST_F(Tasks, TheGrammarOfCalcStrings) {
     EXPECT_FALSE(manager.isCalcStringMet("brain:1"));
     EXPECT_TRUE(manager.checkBrainPowerReachedPercentage(0, 0.1));
     EXPECT_FALSE(manager.checkBrainPowerReachedPercentage(6, 0.0));
-}
-
-TEST(BrainPowers, MaximaGrowEveryFiveRoundsForTrainedPowersOnly) {
-    TestPlatform platform;
-    using P = BrainPowersManager::PointsArray;
-    EXPECT_EQ(BrainPowersManager::getMaxPointsArrayForGameInRound(0, 4), (P{0, 2, 6, 4, 0}));
-    EXPECT_EQ(BrainPowersManager::getMaxPointsArrayForGameInRound(0, 5), (P{0, 3, 7, 5, 0}));
-    EXPECT_EQ(BrainPowersManager::getSumMaxPointsForGameInRound(0, 5), 15);
-    EXPECT_EQ(BrainPowersManager::getBasePointsArrayForGame(19), (P{0, 0, 2, 2, 6}));
-    EXPECT_EQ(BrainPowersManager::sharedInstance().getMaxBrainPoints(), 32720);
 }
 
 TEST(BrainPowers, RewardsRiseWithSpeedInPlaceAndFallWithTrials) {

@@ -4,34 +4,18 @@
 #include "TestPlatform.h"
 #include "multiplayer/GCMatchData.h"
 #include "multiplayer/GCTurnBasedMatchHelper.h"
-#include "multiplayer/GameCenterManager.h"
 #include "multiplayer/GameCenterSwipeViewControllers.h"
 #include "platform/Emitter.h"
-#include "platform/gamekit/GKLocalPlayer.h"
 #include "progress/CreditsManager.h"
 #include "progress/RankManager.h"
 #include "progress/ScorePointsManager.h"
 #include "progress/UserStatsManager.h"
-#include "screens/Screens.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <gtest/gtest.h>
 
 namespace {
-
-const QString kMe = QStringLiteral("Tme");
-const QString kOther = QStringLiteral("Tother");
-
-GKTurnBasedMatch twoSeats(const QString& sender, const QString& receiver, int current = 1) {
-    GKTurnBasedMatch m;
-    m.matchID = QStringLiteral("m1");
-    m.status = GKTurnBasedMatchStatusOpen;
-    m.participants = {GKTurnBasedParticipant{sender, GKTurnBasedParticipantStatusActive, 0, {}},
-                      GKTurnBasedParticipant{receiver, GKTurnBasedParticipantStatusActive, 0, {}}};
-    m.currentParticipantIndex = current;
-    return m;
-}
 
 QByteArray battleData(qint64 senderResult, const std::optional<QString>& reply = std::nullopt) {
     GCMatchData d;
@@ -59,13 +43,7 @@ QByteArray exchangeData(std::optional<qint64> gold) {
 class BattleHelper : public ::testing::Test {
 protected:
     void SetUp() override {
-        registerScreens(Platform::shared().navigator());
-        // Logged in, as every page of the Game Center pages expects.
-        GameCenterManager::sharedInstance();
-        GKLocalPlayer::localPlayer().setAuthenticatedPlayer(GKPlayer{kMe, QStringLiteral("أنا"), false, {}});
-        auto fake = std::make_unique<FakeMatches>();
-        service = fake.get();
-        helper().setMatchService(std::move(fake));
+        service = installFakeMatches();
         QObject::connect(&Platform::shared().emitter(), &MyEmitter::started,
                          [this](const QString& kind, double) { rains.append(kind); });
     }
@@ -165,8 +143,8 @@ TEST_F(BattleHelper, TheReceiverSettlesTheOutcomeByTheHigherResult) {
         qint64 s, r;
         int sender, receiver;
     };
-    for (const Case& c : {Case{1, 0, 2, 3}, Case{0, 1, 3, 2}, Case{1, 1, 4, 4}, Case{0, 0, 4, 4}}) {
-        GKTurnBasedMatch m = twoSeats(kOther, kMe);
+    for (const Case& c : {Case{1, 0, 2, 3}, Case{0, 1, 3, 2}, Case{1, 1, 4, 4}}) {
+        GKTurnBasedMatch m = twoSeats(kOther, kMe, 1);
         m.matchData = battleData(c.s);
         std::optional<GKError> error{GKError{}};
         helper().finishBattleWithMessageAndReceiverResultOnCompletion(m, QStringLiteral("أحسنت"), c.r,
@@ -219,7 +197,7 @@ TEST_F(BattleHelper, EachOutcomeMovesItsPointsAndCountersAndShowsItsMessage) {
 
 TEST_F(BattleHelper, TurnEventsOfBattles) {
     // The receiver is challenged: an alert with the sender's name and message, leading to the battles page.
-    GKTurnBasedMatch challenge = twoSeats(kOther, kMe);
+    GKTurnBasedMatch challenge = twoSeats(kOther, kMe, 1);
     challenge.matchData = battleData(1);
     helper().playerReceivedTurnEventForMatchDidBecomeActive(challenge, true);
     EXPECT_EQ(alertTitle(), QStringLiteral("سلمى يتحداك في معركة!"));
@@ -294,7 +272,7 @@ TEST_F(BattleHelper, TheSendersSideOfAnEndedBattle) {
 TEST_F(BattleHelper, TurnEventsOfExchanges) {
     auto& credits = CreditsManager::sharedInstance();
     // A request arrives: the alert names the asker and leads to the exchanges page.
-    GKTurnBasedMatch request = twoSeats(kOther, kMe);
+    GKTurnBasedMatch request = twoSeats(kOther, kMe, 1);
     request.matchData = exchangeData(std::nullopt);
     helper().playerReceivedTurnEventForMatchDidBecomeActive(request, true);
     EXPECT_EQ(alertTitle(), QStringLiteral("سلمى يطلب منك بعض الذهبات"));

@@ -1,5 +1,6 @@
 // The play screen's battle mode on the test clock: the 40 ticks, a solve just in time and just too late,
 // leaving, and the result that reaches the screen that opened the level.
+#include "Taps.h"
 #include "TestPlatform.h"
 #include "core/BattleDelegate.h"
 #include "core/GameViewController.h"
@@ -8,9 +9,7 @@
 #include "progress/CreditsManager.h"
 #include "progress/ScorePointsManager.h"
 #include "screens/MainViewController.h"
-#include "screens/Screens.h"
 
-#include <QCoreApplication>
 #include <gtest/gtest.h>
 
 namespace {
@@ -23,18 +22,13 @@ struct Results : BattleDelegate {
 class BattlePlay : public ::testing::Test {
 protected:
     void SetUp() override {
-        registerScreens(Platform::shared().navigator());
-        LevelsInfoReader::setResourceRoot(platform.folder());
         platform.writePackFile(3, QStringLiteral("سمكة%1"), QStringLiteral("ابتثجحخد"));
         LevelsInfoReader::sharedInstance().loadAllPacksLevelsWithEnc("ok", false);
         Platform::shared().navigator().setRootViewController(new MainViewController());
     }
-    void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
 
     GameViewController* start(qint64 level, qint64 type) {
-        for (int i = 0; i < 12; ++i) {
-            platform.random().queue({0});
-        }
+        platform.keepTrayOrder();
         GameViewController* vc = BattleLevels::startBattleGame(level, type, &results);
         EXPECT_EQ(platform.alerts().message(), QStringLiteral("عليك الاجابة على السؤال ضمن 40 ثانية وبعدها "
                                                               "سينتقل الدور للاعب الاخر"));
@@ -42,16 +36,7 @@ protected:
         return vc;
     }
     void solve(GameViewController* vc) {
-        QList<LetterLabel*> used;
-        for (const QChar c : vc->game->levelInfo()->solution) {
-            for (LetterLabel* t : std::as_const(vc->lettersLabels)) {
-                if (t->text() == QString(c) && !used.contains(t)) {
-                    used.append(t);
-                    vc->tapTile(static_cast<int>(vc->lettersLabels.indexOf(t)));
-                    break;
-                }
-            }
-        }
+        tapLetters(vc, vc->game->levelInfo()->solution);
         platform.animator().completeAll();
     }
     bool playing(GameViewController* vc) {

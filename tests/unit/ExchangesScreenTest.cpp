@@ -3,29 +3,16 @@
 #include "FakeMatches.h"
 #include "TestPlatform.h"
 #include "multiplayer/ExchangesViewController.h"
-#include "multiplayer/GameCenterManager.h"
-#include "platform/gamekit/GKLocalPlayer.h"
 #include "progress/CreditsManager.h"
 #include "progress/UserStatsManager.h"
 #include "screens/MainViewController.h"
-#include "screens/Screens.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-const QString kMe = QStringLiteral("Tme");
-const QString kOther = QStringLiteral("Tother");
-
 GKTurnBasedMatch exchange(const QString& id, int status, const QString& asker, const QString& giver,
                           const QDateTime& created, std::optional<qint64> gold) {
-    GKTurnBasedMatch m;
-    m.matchID = id;
-    m.status = status;
-    m.creationDate = created;
-    m.participants = {GKTurnBasedParticipant{asker, GKTurnBasedParticipantStatusActive, 0, {}},
-                      GKTurnBasedParticipant{giver, GKTurnBasedParticipantStatusActive, 0, {}}};
-    m.currentParticipantIndex = gold ? 0 : 1;
     GCMatchData d;
     d.setString("type", "exchange");
     d.setString("message", QStringLiteral("أعطني ذهبا"));
@@ -33,20 +20,14 @@ GKTurnBasedMatch exchange(const QString& id, int status, const QString& asker, c
         d.setString("reply", *gold > 0 ? QStringLiteral("تفضل") : QString());
         d.setNumber("gold", *gold);
     }
-    m.matchData = d.archivedData();
-    return m;
+    return twoSeats(asker, giver, gold ? 0 : 1, d.archivedData(), status, id, created);
 }
 
 class ExchangesScreen : public ::testing::Test {
 protected:
     void SetUp() override {
-        registerScreens(Platform::shared().navigator());
         Platform::shared().navigator().setRootViewController(new MainViewController());
-        GameCenterManager::sharedInstance();
-        GKLocalPlayer::localPlayer().setAuthenticatedPlayer(GKPlayer{kMe, QStringLiteral("أنا"), false, {}});
-        auto fake = std::make_unique<FakeMatches>();
-        service = fake.get();
-        GCTurnBasedMatchHelper::sharedInstance().setMatchService(std::move(fake));
+        service = installFakeMatches();
         now = platform.scheduler().now();
         CreditsManager::sharedInstance().setCreditsTo(100);
     }

@@ -7,7 +7,6 @@
 #include "platform/gamekit/GKLocalPlayer.h"
 #include "screens/MainViewController.h"
 #include "screens/PresentationUtil.h"
-#include "screens/Screens.h"
 
 #include <QCoreApplication>
 #include <gtest/gtest.h>
@@ -17,7 +16,6 @@ namespace {
 class LeaderboardBrowser : public ::testing::Test {
 protected:
     void SetUp() override {
-        registerScreens(Platform::shared().navigator());
         auto& gc = GameCenterManager::sharedInstance();
         // A board of `total` players, one point apart; three of them are friends.
         gc.scoresSource = [this](const GKLeaderboard& request, GameCenterManager::ScoresHandler done) {

@@ -82,10 +82,6 @@ TEST(LiveMatches, TheListShowsTheNewestFirstWithTodaysPoints) {
     EXPECT_EQ(list.winsText(), "0");
 }
 
-} // namespace
-
-namespace {
-
 class Heard : public GCRealTimeMatchDelegate {
 public:
     void realTimeMatchFoundUsingStandardMatchMaker(std::shared_ptr<GKMatch>) override {}

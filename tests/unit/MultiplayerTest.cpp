@@ -17,7 +17,6 @@
 #include "progress/UserStatsManager.h"
 #include "screens/MainViewController.h"
 #include "screens/RoundSelectorViewController.h"
-#include "screens/Screens.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -34,7 +33,6 @@ GKError error(const QString& code) {
 
 class Session : public ::testing::Test {
 protected:
-    void SetUp() override { registerScreens(Platform::shared().navigator()); }
     // Starts a login and returns what the handler saw, call by call.
     QStringList& login() {
         GameCenterManager::sharedInstance().authenticateLocalUserWithCompletionHandler(
@@ -102,30 +100,9 @@ TEST_F(Session, AlreadyAuthenticatedStaysAuthenticatingAndCallsNothing) {
     EXPECT_FALSE(gc.userAuthenticated);
 }
 
-TEST_F(Session, RequestsForRangesAndForFriends) {
-    auto& gc = GameCenterManager::sharedInstance();
-    auto global = gc.prepareLeaderboardRequestWithRangeAndPlayerList({101, 25}, nullptr);
-    ASSERT_TRUE(global);
-    EXPECT_EQ(global->playerScope, GKLeaderboard::Global);
-    EXPECT_EQ(global->range.location, 101);
-    EXPECT_EQ(global->timeScope, GKLeaderboard::AllTime);
-    EXPECT_EQ(global->identifier, "com.molvane.tarvolin.leaderboard");
-    auto friends = gc.prepareLeaderboardRequestWithRangeAndPlayerList({1, 0}, nullptr);
-    EXPECT_EQ(friends->playerScope, GKLeaderboard::FriendsOnly);
-    const QList<GKPlayer> two{{"T1", "a", false, {}}, {"T2", "b", false, {}}};
-    auto listed = gc.prepareLeaderboardRequestWithRangeAndPlayerList({1, 2}, &two);
-    EXPECT_EQ(listed->players.size(), 2);
-}
-
-TEST_F(Session, RefusalsReadInArabic) {
-    EXPECT_EQ(LoginViewController::messageForError(error("name_taken")),
-              QStringLiteral("هذا الاسم مستخدم من لاعب آخر، اختر اسما غيره"));
-    EXPECT_EQ(LoginViewController::messageForError(error("invalid_credentials")),
-              QStringLiteral("الاسم أو كلمة المرور غير صحيحة"));
+TEST_F(Session, ARefusedLoginSaysWhenToTryAgainInWholeMinutes) {
     EXPECT_EQ(LoginViewController::messageForError(GKError{"too_many_attempts", "", 429, 601}),
               QStringLiteral("محاولات خاطئة كثيرة، حاول مرة أخرى بعد 11 دقيقة"));
-    EXPECT_EQ(LoginViewController::messageForError(error("network")),
-              QStringLiteral("لا يوجد اتصال بخادم اللعبة، تأكد من الاتصال وحاول مرة أخرى"));
     EXPECT_EQ(LoginViewController::messageForError(error("something_new")),
               QStringLiteral("حدث خطأ غير متوقع، حاول مرة أخرى"));
 }
@@ -183,12 +160,7 @@ TEST_F(Session, PlaceAndTheTwoDayArrow) {
 
 class AfterLevel : public ::testing::Test {
 protected:
-    void SetUp() override {
-        registerScreens(Platform::shared().navigator());
-        LevelsInfoReader::setResourceRoot(platform.folder());
-        platform.writePackFile(3, QStringLiteral("قلم"), QStringLiteral("ابتثجحخدذ"));
-    }
-    void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
+    void SetUp() override { platform.writePackFile(3, QStringLiteral("قلم"), QStringLiteral("ابتثجحخدذ")); }
 
     // Main screen, rounds, a round's levels and a level, then the level solved.
     LevelSuccessViewController* solveAt(qint64 level, bool previous = false) {
@@ -217,18 +189,12 @@ TEST_F(AfterLevel, WithoutALoginTheButtonsOpenAtOnce) {
     ASSERT_NE(popup, nullptr);
     EXPECT_EQ(popup->rankIsChangedLabel(), QStringLiteral("انت غير متصل بالجيم سنتر."));
     EXPECT_TRUE(popup->buttonsEnabled());
-    EXPECT_EQ(popup->solutionText(), QStringLiteral("قلم"));
-    popup->nextLevelAction();
-    EXPECT_EQ(play->game->gameLevel, 4);
-    EXPECT_TRUE(play->timer);
 }
 
 TEST_F(AfterLevel, AServiceThatNeverAnswersHoldsTheButtonsThreeSeconds) {
     QTcpServer silent; // accepts and never answers
     ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
     platform.setServiceUrl(QStringLiteral("http://127.0.0.1:%1").arg(silent.serverPort()));
-    registerScreens(Platform::shared().navigator());
-    LevelsInfoReader::setResourceRoot(platform.folder());
     GKLocalPlayer::localPlayer().setAuthenticatedPlayer(GKPlayer{"T1", "علي", false, {}});
     auto* popup = solveAt(0);
     ASSERT_NE(popup, nullptr);
@@ -330,10 +296,6 @@ TEST(RoundState, TravelAndPassesAreKept) {
     EXPECT_FALSE(again.isRoundFlipImagePassed());
 }
 
-} // namespace
-
-namespace {
-
 TEST(Achievements, CachedByIdentifierAndACompleteOneIsNotSentAgain) {
     TestPlatform platform;
     auto& gc = GameCenterManager::sharedInstance();
@@ -349,10 +311,6 @@ TEST(Achievements, CachedByIdentifierAndACompleteOneIsNotSentAgain) {
     gc.resetAchievements();
     EXPECT_TRUE(gc.achievementsDictionary.isEmpty());
 }
-
-} // namespace
-
-namespace {
 
 TEST(TurnBasedMatches, AReplyThatBreaksTheContractIsNoMatch) {
     const auto seat = [](const QJsonValue& id) {

@@ -7,7 +7,6 @@
 #include "progress/NotificationManager.h"
 #include "progress/SettingsManager.h"
 #include "progress/UserStatsManager.h"
-#include "screens/Screens.h"
 
 #include <QFile>
 #include <QTimeZone>
@@ -17,10 +16,7 @@ namespace {
 
 class LocalReminders : public ::testing::Test {
 protected:
-    void SetUp() override {
-        registerScreens(Platform::shared().navigator());
-        allow();
-    }
+    void SetUp() override { allow(); }
     void allow() { Platform::shared().localNotifications().setUserNotificationSettingsTypes(7); }
     QList<LocalNotification> ofType(const QString& type) {
         QList<LocalNotification> list;
@@ -180,7 +176,6 @@ TEST_F(LocalReminders, OneThatFellDueWhileClosedIsTheLaunchingOneAndPaysOnce) {
     NotificationManager::sharedInstance().scheduleDailyRepeatedNotificationWithTitleAtDate("train", "t",
                                                                                            now().addSecs(60));
     platform.restart();
-    registerScreens(Platform::shared().navigator());
     platform.scheduler().setNow(QDateTime(QDate(2026, 3, 14), QTime(12, 0)));
     const qint64 gold = CreditsManager::sharedInstance().currentCredits();
     const auto launching = NotificationDelivery::takeLaunchNotification();
@@ -199,7 +194,6 @@ TEST_F(LocalReminders, OneThatFellDueWhileClosedIsTheLaunchingOneAndPaysOnce) {
     // A solution that launched the game is shown, and is no training.
     NotificationManager::sharedInstance().scheduleNotificationWithDelay("الحل الصحيح هو: قمر", 1);
     platform.restart();
-    registerScreens(Platform::shared().navigator());
     platform.scheduler().setNow(QDateTime(QDate(2026, 3, 14), QTime(13, 0)));
     AppDelegate next;
     next.applicationDidFinishLaunchingWithOptions(

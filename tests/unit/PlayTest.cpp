@@ -1,6 +1,7 @@
 // The play screen's life: the hidden level timer and its offers, the payment of a solved level, and every
 // help action with its price, limits and words.
 #include "FakeAdServer.h"
+#include "Taps.h"
 #include "TestPlatform.h"
 #include "core/GameViewController.h"
 #include "core/LevelManager.h"
@@ -17,7 +18,6 @@
 #include "progress/ScorePointsManager.h"
 #include "progress/SessionManager.h"
 #include "progress/UserStatsManager.h"
-#include "screens/Screens.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -31,8 +31,6 @@ namespace {
 class Play : public ::testing::Test {
 protected:
     void SetUp() override {
-        registerScreens(Platform::shared().navigator());
-        LevelsInfoReader::setResourceRoot(platform.folder());
         platform.writePackFile(14, QStringLiteral("سمكة"), QStringLiteral("ابتثجحخد"));
         LevelsInfoReader::sharedInstance().loadAllPacksLevelsWithEnc("ok", false);
         window.resize(375, 667);
@@ -45,14 +43,11 @@ protected:
     }
     int loadsOf(const char* unit) const { return ads->requestsFor(InterstitialManager::adUnit(unit)); }
     static bool videoOnScreen() { return GADAdPresenter::shared().isVisible(); }
-    void TearDown() override { LevelsInfoReader::setResourceRoot(QStringLiteral(":/levels")); }
 
     GameViewController* open(qint64 level, qint64 round, bool previous = false) {
         auto game = Game::initWithGameLevelAndGameRound(level, round);
         game->setLevelInfo(LevelsInfoReader::sharedInstance().getLevelInfoPackId(level, round));
-        for (int i = 0; i < 12; ++i) {
-            platform.random().queue({0});
-        }
+        platform.keepTrayOrder();
         auto* vc = new GameViewController();
         vc->setGame(game);
         vc->isPreviousGame = previous;
@@ -62,17 +57,7 @@ protected:
         return vc;
     }
     void solve(GameViewController* vc) {
-        const QString solution = vc->game->levelInfo()->solution;
-        QList<LetterLabel*> used;
-        for (const QChar c : solution) {
-            for (LetterLabel* t : std::as_const(vc->lettersLabels)) {
-                if (t->text() == QString(c) && !used.contains(t)) {
-                    used.append(t);
-                    vc->tapTile(static_cast<int>(vc->lettersLabels.indexOf(t)));
-                    break;
-                }
-            }
-        }
+        tapLetters(vc, vc->game->levelInfo()->solution);
         platform.animator().completeAll();
     }
     LevelSuccessViewController* popup() {
