@@ -67,25 +67,6 @@ Item {
             }
         }
         Rectangle {
-            objectName: "promoView"
-            visible: controller.promoVisible
-            anchors.right: parent.right
-            anchors.rightMargin: 4 * (34 * screen.u + 8)
-            width: 34 * screen.u
-            height: width
-            radius: 8 * screen.u
-            color: "#ffffff"
-            opacity: controller.promoAlpha
-            Behavior on opacity { NumberAnimation { duration: 250 } }
-            Image {
-                anchors.fill: parent
-                anchors.margins: 2
-                source: controller.promoIcon
-                sourceSize.width: width * 2
-            }
-            MouseArea { anchors.fill: parent; onClicked: controller.openPromoView() }
-        }
-        Rectangle {
             id: aboutButton
             objectName: "aboutButton"
             anchors.right: settingsButton.left
@@ -124,15 +105,41 @@ Item {
         }
         }
 
-        Text {
-            anchors.horizontalCenter: parent.horizontalCenter
-            text: "طارفولين"
-            font.family: Theme.fontFamily
-            font.pixelSize: 42 * screen.u
-            font.bold: true
-            color: Theme.gold
-            style: Text.Raised
-            styleColor: "#7a4f00"
+        // The title, and beside it the maker's promoted game when it is shown, pulsing.
+        Item {
+            width: parent.width
+            height: titleText.implicitHeight
+            Text {
+                id: titleText
+                anchors.horizontalCenter: parent.horizontalCenter
+                text: "طارفولين"
+                font.family: Theme.fontFamily
+                font.pixelSize: 42 * screen.u
+                font.bold: true
+                color: Theme.gold
+                style: Text.Raised
+                styleColor: "#7a4f00"
+            }
+            Rectangle {
+                objectName: "promoView"
+                visible: controller.promoVisible
+                // The layout is mirrored: "right" is the end side, on the left, clear of the title.
+                anchors.right: parent.right
+                anchors.verticalCenter: parent.verticalCenter
+                width: 44 * screen.u
+                height: width
+                radius: 8 * screen.u
+                color: "#ffffff"
+                opacity: controller.promoAlpha
+                Behavior on opacity { NumberAnimation { duration: 250 } }
+                Image {
+                    anchors.fill: parent
+                    anchors.margins: 2
+                    source: controller.promoIcon
+                    sourceSize.width: width * 2
+                }
+                MouseArea { anchors.fill: parent; onClicked: controller.openPromoView() }
+            }
         }
         Text {
             anchors.horizontalCenter: parent.horizontalCenter
