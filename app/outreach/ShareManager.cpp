@@ -193,7 +193,9 @@ bool ShareManager::handOverImage(const QImage& image, const QString& probe, cons
     QDir().mkpath(QFileInfo(path).absolutePath());
     QSaveFile out(path);
     if (!out.open(QIODevice::WriteOnly) || !image.save(&out, "JPG", 100) || !out.commit()) {
+        // Nothing to hand over: the caller goes on as for a missing app.
         qWarning().noquote() << "The picture could not be written to" << path;
+        return false;
     }
     platform.shareSheet().presentOpenIn(path, uti, nullptr);
     return true;
@@ -218,12 +220,6 @@ bool ShareManager::shareImageOnInstagramOnViewController(const QImage& image, Vi
         instagram.postImageWithCaptionInView(image, kDisplayName, screen);
     } else {
         qInfo("Error Instagram is either not installed or image is incorrect size");
-        if (!installed) {
-            // Nothing leaves the game: the player hears why, as for the other apps.
-            Platform::shared().alerts().showWithTitleMessageCancelButtonTitleOtherButtonTitlesTapBlock(
-                QStringLiteral("Instagram not installed."), QStringLiteral("No Instagram installed."),
-                QStringLiteral("OK"), {}, nullptr);
-        }
     }
     return true;
 }

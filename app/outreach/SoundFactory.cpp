@@ -22,13 +22,11 @@ void SoundFactory::loadData() {
     // Every effect ships as uncompressed WAV, the one type the effect player plays without a codec; the stems
     // are the effects' names.
     const QString wav = QStringLiteral("wav");
-    m_shares.clear();
     auto make = [&](const char* stem, float factor = 1.0f) {
         auto p = createSoundPlayerWithFileOfType(QString::fromLatin1(stem), wav);
         if (factor != 1.0f) {
             p->setVolume(m_volume * factor);
         }
-        m_shares.emplace_back(p.get(), factor);
         return p;
     };
     soundPlayerMenuTap = make("tap5", 0.6f);
@@ -60,13 +58,6 @@ void SoundFactory::loadData() {
     wrongAnswer = make("wrong-answer");
     shuffle = make("shuffle");
     // The letter-tap, success and fail effects have no sound of their own: their plays stay silent.
-}
-
-void SoundFactory::applySoundVolume() {
-    m_volume = SettingsManager::sharedInstance().soundVolume();
-    for (const auto& [player, share] : m_shares) {
-        player->setVolume(m_volume * share);
-    }
 }
 
 void SoundFactory::playOn(AudioPlayer* player) {

@@ -13,7 +13,6 @@ public:
     static SoundFactory& sharedInstance();
     void loadData();
     // Takes the volume of the settings into every effect at once, each at its own share of it.
-    void applySoundVolume();
 
     std::unique_ptr<AudioPlayer> createSoundPlayerWithFileOfType(const QString& stem, const QString& type);
 
@@ -51,5 +50,4 @@ public:
 private:
     void playOn(AudioPlayer* player);
     float m_volume = 0.25f;
-    std::vector<std::pair<AudioPlayer*, float>> m_shares;
 };

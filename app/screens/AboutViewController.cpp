@@ -55,5 +55,6 @@ void AboutViewController::openCredits() {
 }
 
 void AboutViewController::close() {
+    SoundFactory::sharedInstance().playMenuTap();
     Platform::shared().navigator().dismissViewController();
 }

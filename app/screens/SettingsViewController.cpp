@@ -71,8 +71,8 @@ void SettingsViewController::toggleBackgroundMusic() {
 
 void SettingsViewController::soundVolumeChanged(double value) {
     m_slider = std::clamp(value, 0.0, 1.0);
+    // Stored for the next start: the effects keep the volume they were built with.
     SettingsManager::sharedInstance().changeSoundVolume(static_cast<float>(m_slider * 0.5));
-    SoundFactory::sharedInstance().applySoundVolume();
     emit changed();
 }
 

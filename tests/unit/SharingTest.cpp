@@ -348,10 +348,9 @@ TEST_F(Sharing, ThePanelsPictureGoesToTheAppsAtBothSizes) {
     EXPECT_EQ(QImage(whatsapp).size(), QSize(700, 700));
     sheet().cancel();
     platform.urls().installed.clear();
-    view.buttonTapped(94);
-    EXPECT_EQ(platform.alerts().title(), "Instagram not installed.");
+    view.buttonTapped(94); // without the app only the log hears of it, and nothing is handed over
+    EXPECT_FALSE(platform.alerts().isVisible());
     EXPECT_FALSE(sheet().isVisible());
-    platform.alerts().press(0);
 
     // Facebook's compose sheet shows the picture; X's gets the picture where its text goes, so it opens
     // empty for the player to write.
