@@ -16,11 +16,9 @@ std::string str(const json::value& v) {
     return std::string(v.as_string());
 }
 
-class AdsApiTest : public ::testing::TestWithParam<std::string> {
+class AdsApiTest : public ServiceTest {
 protected:
-    void SetUp() override {
-        TARVOLIN_REQUIRE_BACKEND(GetParam());
-        svc = std::make_unique<TestService>(GetParam());
+    void start() override {
         amal = svc->signUp("amal");
         badr = svc->signUp("badr");
     }
@@ -49,7 +47,6 @@ protected:
     }
     double counted(const std::string& series) { return metricValue(svc->http(), series); }
 
-    std::unique_ptr<TestService> svc;
     Account amal, badr;
 };
 

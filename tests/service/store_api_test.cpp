@@ -18,11 +18,9 @@ std::string str(const json::value& v) {
     return std::string(v.as_string());
 }
 
-class StoreApiTest : public ::testing::TestWithParam<std::string> {
+class StoreApiTest : public ServiceTest {
 protected:
-    void SetUp() override {
-        TARVOLIN_REQUIRE_BACKEND(GetParam());
-        svc = std::make_unique<TestService>(GetParam());
+    void start() override {
         amal = svc->signUp("amal");
         badr = svc->signUp("badr");
     }
@@ -59,7 +57,6 @@ protected:
         return metricValue(svc->http(), "tarvolin_store_transactions_total{event=\"" + event + "\"}");
     }
 
-    std::unique_ptr<TestService> svc;
     Account amal, badr;
 };
 
