@@ -2,6 +2,7 @@
 
 #include <QDebug>
 #include <QFile>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -76,4 +77,19 @@ QString Addresses::appStoreIdentifier() {
 }
 QString Addresses::makerStoreIdentifier() {
     return text(QStringLiteral("makerStoreIdentifier"));
+}
+
+QString Addresses::adUnit(const QString& name) {
+    const QString unit = table().value(QLatin1String("adUnits")).toObject().value(name).toString();
+    if (unit.isEmpty()) {
+        qWarning().noquote() << "No ad unit for" << name;
+    }
+    return unit;
+}
+QStringList Addresses::testDeviceIdentifiers() {
+    QStringList ids;
+    for (const QJsonValue& v : table().value(QLatin1String("testDeviceIdentifiers")).toArray()) {
+        ids.append(v.toString());
+    }
+    return ids;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <QUrl>
 
 // The operator's addresses: the game's store page, the maker's page of games and its social accounts, from
@@ -24,6 +25,11 @@ public:
     // The store's identifiers of the game and of the maker's page of games.
     static QString appStoreIdentifier();
     static QString makerStoreIdentifier();
+
+    // The operator's ad units ("adUnits": interstitial, rewarded, bannerPhone, bannerTablet) and the ad kit's
+    // test devices.
+    static QString adUnit(const QString& name);
+    static QStringList testDeviceIdentifiers();
 
 private:
     static QUrl value(const QString& key);

@@ -1,29 +1,14 @@
 #include "InterstitialManager.h"
 
+#include "Addresses.h"
 #include "GameIAPHelper.h"
 #include "platform/Platform.h"
 #include "platform/SharedInstances.h"
 #include "screens/Util.h"
 
 #include <QDebug>
-#include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 namespace {
-
-const QJsonObject& adsConfig() {
-    static const QJsonObject config = [] {
-        QFile file(QStringLiteral(":/outreach.json"));
-        if (!file.open(QIODevice::ReadOnly)) {
-            qWarning("The operator's ad units are missing from the game's resources.");
-            return QJsonObject();
-        }
-        return QJsonDocument::fromJson(file.readAll()).object();
-    }();
-    return config;
-}
 
 bool inAppsPurchased() {
     return GameIAPHelper::sharedInstance().areInAppsPurchased();
@@ -38,19 +23,11 @@ InterstitialManager& InterstitialManager::sharedInstance() {
 InterstitialManager::InterstitialManager() = default;
 
 QString InterstitialManager::adUnit(const QString& name) {
-    const QString unit = adsConfig().value(QLatin1String("adUnits")).toObject().value(name).toString();
-    if (unit.isEmpty()) {
-        qWarning().noquote() << "No ad unit for" << name;
-    }
-    return unit;
+    return Addresses::adUnit(name);
 }
 
 QStringList InterstitialManager::testDeviceIdentifiers() {
-    QStringList ids;
-    for (const QJsonValue& v : adsConfig().value(QLatin1String("testDeviceIdentifiers")).toArray()) {
-        ids.append(v.toString());
-    }
-    return ids;
+    return Addresses::testDeviceIdentifiers();
 }
 
 void InterstitialManager::initParams() {

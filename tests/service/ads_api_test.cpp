@@ -12,10 +12,6 @@ namespace json = boost::json;
 
 namespace {
 
-std::string str(const json::value& v) {
-    return std::string(v.as_string());
-}
-
 class AdsApiTest : public ServiceTest {
 protected:
     void start() override {

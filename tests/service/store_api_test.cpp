@@ -14,10 +14,6 @@ namespace {
 const std::string kPack = "com.molvane.tarvolin.pack";
 constexpr std::int64_t kFifteenMinutes = 15 * 60 * 1000;
 
-std::string str(const json::value& v) {
-    return std::string(v.as_string());
-}
-
 class StoreApiTest : public ServiceTest {
 protected:
     void start() override {

@@ -173,6 +173,11 @@ protected:
     std::unique_ptr<TestService> svc;
 };
 
+// A JSON string's value; an error (the test fails) when it is not one.
+inline std::string str(const boost::json::value& v) {
+    return std::string(v.as_string());
+}
+
 // The value of a line of /metrics ("name{labels}"); -1 when there is no such line.
 double metricValue(HttpClient& http, const std::string& series);
 
