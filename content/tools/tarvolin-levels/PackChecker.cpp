@@ -170,19 +170,22 @@ private:
     void loadPictures() {
         const QString dir =
             m_options.picturesDir.isEmpty() ? defaultPicturesDir(m_options.packFile) : m_options.picturesDir;
-        m_scenesFile = QDir(dir).filePath(QStringLiteral("scenes.txt"));
         m_symbols = std::make_unique<SymbolFolder>(QDir(dir).filePath(QStringLiteral("svg")));
-        QString text;
-        if (!QFileInfo(m_scenesFile).isFile()) {
-            m_report.error(m_options.packFile, 0,
-                           QStringLiteral("no pictures: %1 does not exist (--pictures names its folder)")
-                               .arg(m_scenesFile));
+        // The scenes are the *.txt files of scenes/, or the one file scenes.txt.
+        m_scenesFile = QDir(dir).filePath(QStringLiteral("scenes"));
+        if (!QFileInfo(m_scenesFile).isDir())
+            m_scenesFile = QDir(dir).filePath(QStringLiteral("scenes.txt"));
+        if (!QFileInfo::exists(m_scenesFile)) {
+            m_report.error(
+                m_options.packFile, 0,
+                QStringLiteral("no pictures: %1 has neither scenes/ nor scenes.txt (--pictures names "
+                               "the folder)")
+                    .arg(dir));
             return;
         }
-        if (!readUtf8(m_scenesFile, text, m_report))
+        if (!loadScenes(m_scenesFile, m_scenes, m_report))
             return;
         m_haveScenes = true;
-        m_scenes = parseScenes(text, m_scenesFile, m_report);
         for (const Scene& scene : m_scenes)
             m_scenesByName[scene.name].push_back(&scene);
     }
@@ -346,8 +349,8 @@ private:
         }
         if (!missing.isEmpty())
             m_report.error(file, imageLine,
-                           QStringLiteral("missing picture: %1 has no line for %2")
-                               .arg(QFileInfo(m_scenesFile).fileName(), missing.join(QStringLiteral(", "))));
+                           QStringLiteral("missing picture: no scene line for %1")
+                               .arg(missing.join(QStringLiteral(", "))));
     }
 
     void checkScenes() {
@@ -359,14 +362,14 @@ private:
                 if (!validity.contains(symbol.stem))
                     validity.insert(symbol.stem, m_symbols->validate(symbol.stem));
                 if (const QString problem = validity.value(symbol.stem); !problem.isEmpty())
-                    m_report.error(m_scenesFile, scene.line,
+                    m_report.error(scene.file, scene.line,
                                    QStringLiteral("missing picture: %1 uses %2.svg, and %3")
                                        .arg(scene.pictureName, symbol.stem, problem));
             }
             if (!m_images.contains(scene.name) && !reportedUnused.contains(scene.name)) {
                 reportedUnused.insert(scene.name);
                 m_report.warning(
-                    m_scenesFile, scene.line,
+                    scene.file, scene.line,
                     QStringLiteral("no level has image=%1: its pictures are not shipped").arg(scene.name));
             }
             const QString fingerprint = scene.fingerprint();
@@ -374,13 +377,13 @@ private:
                 const Scene& other = **same;
                 if (other.name == scene.name)
                     m_report.error(
-                        m_scenesFile, scene.line,
+                        scene.file, scene.line,
                         QStringLiteral("%1 is the same picture as %2 (line %3): a level needs four "
                                        "different pictures")
                             .arg(scene.pictureName, other.pictureName)
                             .arg(other.line));
                 else
-                    m_report.warning(m_scenesFile, scene.line,
+                    m_report.warning(scene.file, scene.line,
                                      QStringLiteral("%1 is the same picture as %2 (line %3) of another level")
                                          .arg(scene.pictureName, other.pictureName)
                                          .arg(other.line));

@@ -24,7 +24,7 @@ namespace tarvolin::levels {
 namespace {
 
 // Part of every picture's cache key: raise it when the drawing changes, so that old pictures are redrawn.
-constexpr int kRendererVersion = 1;
+constexpr int kRendererVersion = 2;
 const QString kCacheFile = QStringLiteral(".pictures-cache");
 
 bool readText(const QString& path, QString& text, Report& report) {
@@ -69,11 +69,9 @@ struct Job {
 BuildSummary buildPictures(const BuildOptions& options, Report& report) {
     BuildSummary summary;
     QString levelsText;
-    QString scenesText;
-    if (!readText(options.levelsFile, levelsText, report) ||
-        !readText(options.scenesFile, scenesText, report))
+    std::vector<Scene> scenes;
+    if (!readText(options.levelsFile, levelsText, report) || !loadScenes(options.scenesFile, scenes, report))
         return summary;
-    const std::vector<Scene> scenes = parseScenes(scenesText, options.scenesFile, report);
     if (!report.fitToShip())
         return summary;
     QHash<QString, const Scene*> sceneOf;
@@ -130,7 +128,7 @@ BuildSummary buildPictures(const BuildOptions& options, Report& report) {
                 if (!symbolHashes.contains(symbol.stem)) {
                     const QByteArray data = symbols.read(symbol.stem);
                     if (data.isEmpty())
-                        report.error(options.scenesFile, scene->line,
+                        report.error(scene->file, scene->line,
                                      QStringLiteral("missing picture: %1 uses %2, which cannot be read")
                                          .arg(pictureName, symbols.pathOf(symbol.stem)));
                     symbolHashes.insert(symbol.stem,
@@ -162,7 +160,7 @@ BuildSummary buildPictures(const BuildOptions& options, Report& report) {
             if (picture.isNull() || !writer.write(picture)) {
                 const std::lock_guard lock(reportMutex);
                 report.error(
-                    options.scenesFile, jobs[i].scene->line,
+                    jobs[i].scene->file, jobs[i].scene->line,
                     picture.isNull()
                         ? error
                         : QStringLiteral("cannot write %1: %2").arg(jobs[i].path, writer.errorString()));

@@ -1,7 +1,11 @@
 #include "SceneFile.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QRegularExpression>
+#include <QStringDecoder>
 
 #include <cmath>
 
@@ -14,12 +18,32 @@ const QRegularExpression& stemPattern() {
     return re;
 }
 
+const QRegularExpression& namePattern() {
+    static const QRegularExpression re(QStringLiteral("^[a-z0-9]+(-[a-z0-9]+)*$"));
+    return re;
+}
+
+bool isSymbolName(const QString& symbol) {
+    const qsizetype colon = symbol.indexOf(QLatin1Char(':'));
+    if (colon < 0)
+        return stemPattern().match(symbol).hasMatch();
+    const QString set = symbol.left(colon);
+    bool knownSet = false;
+    for (const char* s : kSymbolSets)
+        knownSet = knownSet || set == QLatin1String(s);
+    return knownSet && namePattern().match(symbol.mid(colon + 1)).hasMatch();
+}
+
 const QRegularExpression& colourPattern() {
     static const QRegularExpression re(QStringLiteral("^#[0-9a-fA-F]{6}$"));
     return re;
 }
 
 bool parseBackground(const QString& field, Scene& scene) {
+    if (isSetting(field)) {
+        scene.setting = field;
+        return true;
+    }
     const QStringList parts = field.split(QLatin1Char('/'));
     if (parts.size() > 2)
         return false;
@@ -32,7 +56,7 @@ bool parseBackground(const QString& field, Scene& scene) {
     return true;
 }
 
-// "[~]STEM[@x,y,s[,r]]"; an empty string when well formed, otherwise what is wrong.
+// "[~]SYMBOL[=#rrggbb][@x,y,s[,r]]"; an empty string when well formed, otherwise what is wrong.
 QString parseSymbol(const QString& field, SceneSymbol& symbol) {
     QString rest = field;
     if (rest.startsWith(QLatin1Char('~'))) {
@@ -40,10 +64,19 @@ QString parseSymbol(const QString& field, SceneSymbol& symbol) {
         rest.remove(0, 1);
     }
     const qsizetype at = rest.indexOf(QLatin1Char('@'));
-    symbol.stem = at < 0 ? rest : rest.left(at);
-    if (!stemPattern().match(symbol.stem).hasMatch())
-        return QStringLiteral("'%1' is not a symbol: a symbol is a Twemoji file stem such as 1f34e or "
-                              "1f468-200d-1f373")
+    QString name = at < 0 ? rest : rest.left(at);
+    if (const qsizetype equals = name.indexOf(QLatin1Char('=')); equals >= 0) {
+        const QString colour = name.mid(equals + 1);
+        if (!colourPattern().match(colour).hasMatch())
+            return QStringLiteral("'%1': a tint is =#rrggbb").arg(field);
+        symbol.tint = QColor(colour);
+        name = name.left(equals);
+    }
+    symbol.stem = name;
+    if (!isSymbolName(symbol.stem))
+        return QStringLiteral("'%1' is not a symbol: write SET:NAME (SET one of fluent, noto, openmoji, "
+                              "twemoji, gi; NAME in lowercase letters, digits and '-') or a Twemoji file "
+                              "stem such as 1f34e")
             .arg(field);
     if (at < 0)
         return {};
@@ -116,15 +149,24 @@ std::vector<Placement> Scene::layout() const {
 }
 
 QString Scene::fingerprint() const {
-    QString out = top.name() + QLatin1Char('/') + bottom.name();
+    QString out = setting.isEmpty() ? top.name() + QLatin1Char('/') + bottom.name() : setting;
     const std::vector<Placement> places = layout();
     for (size_t i = 0; i < symbols.size(); ++i) {
         const Placement& p = places[i];
         out += QLatin1Char(' ') + (symbols[i].mirrored ? QStringLiteral("~") : QString()) + symbols[i].stem +
-               QLatin1Char('@') + number(p.x) + QLatin1Char(',') + number(p.y) + QLatin1Char(',') +
-               number(p.size) + QLatin1Char(',') + number(std::fmod(p.rotation + 720.0, 360.0));
+               (symbols[i].tint ? QLatin1Char('=') + symbols[i].tint->name() : QString()) + QLatin1Char('@') +
+               number(p.x) + QLatin1Char(',') + number(p.y) + QLatin1Char(',') + number(p.size) +
+               QLatin1Char(',') + number(std::fmod(p.rotation + 720.0, 360.0));
     }
     return out;
+}
+
+bool isSetting(const QString& name) {
+    for (const char* s : kSettings) {
+        if (name == QLatin1String(s))
+            return true;
+    }
+    return false;
 }
 
 bool isValidPictureStem(const QString& name) {
@@ -144,6 +186,7 @@ std::vector<Scene> parseScenes(const QString& text, const QString& file, Report&
             continue;
         const QStringList fields = line.split(blanks, Qt::SkipEmptyParts);
         Scene scene;
+        scene.file = file;
         scene.line = lineNumber;
         scene.pictureName = fields[0];
         const qsizetype underscore = scene.pictureName.lastIndexOf(QLatin1Char('_'));
@@ -160,9 +203,13 @@ std::vector<Scene> parseScenes(const QString& text, const QString& file, Report&
             continue;
         }
         if (fields.size() < 2 || !parseBackground(fields[1], scene)) {
-            report.error(file, lineNumber,
-                         QStringLiteral("%1: the background must be #rrggbb or #rrggbb/#rrggbb")
-                             .arg(scene.pictureName));
+            QStringList settings;
+            for (const char* s : kSettings)
+                settings << QLatin1String(s);
+            report.error(
+                file, lineNumber,
+                QStringLiteral("%1: the background must be #rrggbb, #rrggbb/#rrggbb or a setting (%2)")
+                    .arg(scene.pictureName, settings.join(QStringLiteral(", "))));
             continue;
         }
         bool ok = true;
@@ -205,6 +252,50 @@ std::vector<Scene> parseScenes(const QString& text, const QString& file, Report&
         scenes.push_back(std::move(scene));
     }
     return scenes;
+}
+
+bool loadScenes(const QString& path, std::vector<Scene>& scenes, Report& report) {
+    QStringList files;
+    if (QFileInfo(path).isDir()) {
+        const QDir dir(path);
+        for (const QString& name : dir.entryList({QStringLiteral("*.txt")}, QDir::Files, QDir::Name))
+            files << dir.filePath(name);
+        if (files.isEmpty()) {
+            report.error(path, 0, QStringLiteral("no scene file (*.txt) in the folder"));
+            return false;
+        }
+    } else {
+        files << path;
+    }
+    QHash<QString, std::pair<QString, int>> defined; // picture -> file and line of its first definition
+    std::vector<Scene> all;
+    for (const QString& file : files) {
+        QFile in(file);
+        if (!in.open(QIODevice::ReadOnly)) {
+            report.error(file, 0, QStringLiteral("cannot read the file: %1").arg(in.errorString()));
+            return false;
+        }
+        QStringDecoder decoder(QStringDecoder::Utf8);
+        const QString text = decoder.decode(in.readAll());
+        if (decoder.hasError()) {
+            report.error(file, 0, QStringLiteral("the file is not valid UTF-8"));
+            return false;
+        }
+        for (Scene& scene : parseScenes(text, file, report))
+            all.push_back(std::move(scene));
+    }
+    for (Scene& scene : all) {
+        if (const auto seen = defined.constFind(scene.pictureName); seen != defined.cend()) {
+            report.error(scene.file, scene.line,
+                         QStringLiteral("%1 is already defined at %2:%3")
+                             .arg(scene.pictureName, QFileInfo(seen->first).fileName())
+                             .arg(seen->second));
+            continue;
+        }
+        defined.insert(scene.pictureName, {scene.file, scene.line});
+        scenes.push_back(std::move(scene));
+    }
+    return true;
 }
 
 } // namespace tarvolin::levels

@@ -1,5 +1,7 @@
 #include "SceneRenderer.h"
 
+#include "SettingPainter.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QLinearGradient>
@@ -15,7 +17,11 @@
 namespace tarvolin::levels {
 
 QString SymbolFolder::pathOf(const QString& stem) const {
-    return m_dir + QLatin1Char('/') + stem + QLatin1String(".svg");
+    const qsizetype colon = stem.indexOf(QLatin1Char(':'));
+    if (colon < 0)
+        return m_dir + QLatin1Char('/') + stem + QLatin1String(".svg");
+    return m_dir + QLatin1Char('/') + stem.left(colon) + QLatin1Char('/') + stem.mid(colon + 1) +
+           QLatin1String(".svg");
 }
 
 bool SymbolFolder::has(const QString& stem) const {
@@ -82,11 +88,16 @@ QImage shadowOf(const QImage& layer, int radius, double opacity) {
     return shadow;
 }
 
+// The colour a set's one-colour silhouettes take when the scene gives them none.
+const QColor kSilhouette(0x2f, 0x36, 0x40);
+
 void paintBackground(QPainter& painter, const Scene& scene, int size) {
-    QLinearGradient base(0, 0, 0, size);
-    base.setColorAt(0, scene.top);
-    base.setColorAt(1, scene.bottom);
-    painter.fillRect(0, 0, size, size, base);
+    if (!paintSetting(painter, scene.setting, size)) {
+        QLinearGradient base(0, 0, 0, size);
+        base.setColorAt(0, scene.top);
+        base.setColorAt(1, scene.bottom);
+        painter.fillRect(0, 0, size, size, base);
+    }
 
     // A soft light from above the centre, and a faint shade towards the corners.
     QRadialGradient light(size * 0.5, size * 0.36, size * 0.72);
@@ -142,6 +153,12 @@ QImage renderScene(const Scene& scene, const SymbolFolder& symbols, int size, QS
             layerPainter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
             layerPainter.setTransform(place * QTransform::fromTranslate(-area.x(), -area.y()));
             svg.render(&layerPainter, symbolRect);
+            const bool silhouette = symbol.stem.startsWith(QLatin1String("gi:"));
+            if (symbol.tint || silhouette) {
+                layerPainter.resetTransform();
+                layerPainter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+                layerPainter.fillRect(layer.rect(), symbol.tint.value_or(kSilhouette));
+            }
         }
         painter.drawImage(QPointF(area.topLeft()) + shadowOffset, shadowOf(layer, blur, 0.3));
         painter.drawImage(area.topLeft(), layer);
