@@ -4,6 +4,7 @@
 #include "PackScanner.h"
 #include "SceneFile.h"
 #include "SceneRenderer.h"
+#include "SceneRules.h"
 
 #include "core/LevelsInfoReader.h"
 
@@ -157,11 +158,21 @@ public:
                                QStringLiteral("the pack has %1 levels, and a round needs at least %2")
                                    .arg(pack.records.size())
                                    .arg(kMinLevelsPerPack));
-            for (size_t r = 0; r < pack.records.size(); ++r)
-                checkRecord(pack.records[r], p == 0 && r == 0);
+            std::vector<int> weights;
+            std::vector<int> lines;
+            for (size_t r = 0; r < pack.records.size(); ++r) {
+                const int weight = checkRecord(pack.records[r], p == 0 && r == 0);
+                if (weight > 0) {
+                    weights.push_back(weight);
+                    lines.push_back(pack.records[r].line);
+                }
+            }
+            for (const OrderProblem& problem : orderProblems(weights))
+                m_report.error(file, lines[static_cast<size_t>(problem.index)], problem.why);
             summary.levels += static_cast<int>(pack.records.size());
         }
         checkScenes();
+        checkVariety();
         checkExceptions();
         return summary;
     }
@@ -207,12 +218,13 @@ private:
             m_exceptions = readExceptions(exceptions, m_report);
     }
 
-    void checkRecord(const Record& record, bool firstLevelOfGame) {
+    // Checks one level; its weight (answerWeight), or 0 when the game cannot read it.
+    int checkRecord(const Record& record, bool firstLevelOfGame) {
         const QString& file = m_options.packFile;
         const LevelInfoPtr level = LevelsInfoReader::levelWithString(record.text);
         if (!level) {
             m_report.error(file, record.line, describeInvalidRecord(record));
-            return;
+            return 0;
         }
         std::map<QString, FieldLines> fields;
         for (size_t i = 1; i < record.lines.size(); ++i) {
@@ -244,6 +256,7 @@ private:
         checkTray(*level,
                   fields.count(QStringLiteral("other_letters=")) ? lineOf("other_letters=") : record.line);
         checkImage(*level, record.line, lineOf("image="), fields.count(QStringLiteral("image=")) > 0);
+        return answerWeight(level->fullSolution);
     }
 
     void checkAnswer(const LevelInfo& level, int line, bool firstLevelOfGame) {
@@ -253,13 +266,17 @@ private:
             m_report.error(file, line,
                            QStringLiteral("the answer '%1' holds %2, which is no letter of the game")
                                .arg(level.fullSolution, foreign));
-        if (const auto seen = m_answers.constFind(level.solution); seen != m_answers.cend())
-            m_report.error(file, line,
-                           QStringLiteral("the answer '%1' is already the answer of the level at line %2")
-                               .arg(level.fullSolution)
-                               .arg(*seen));
+        const QString folded = foldedAnswer(level.fullSolution);
+        if (const auto seen = m_answers.constFind(folded); seen != m_answers.cend())
+            m_report.error(
+                file, line,
+                QStringLiteral("the answer '%1' is already the answer of the level at line %2 ('%3'), "
+                               "with hamza, ة/ه and ى/ي folded")
+                    .arg(level.fullSolution)
+                    .arg(seen->first)
+                    .arg(seen->second));
         else
-            m_answers.insert(level.solution, line);
+            m_answers.insert(folded, {line, level.fullSolution});
         if (firstLevelOfGame && level.solution.size() < 2)
             m_report.error(
                 file, line,
@@ -337,6 +354,7 @@ private:
             return;
         }
         m_images.insert(name, recordLine);
+        m_imageOrder << name;
         if (!m_haveScenes)
             return;
         QStringList missing;
@@ -393,6 +411,48 @@ private:
         }
     }
 
+    // Four ways to the answer, not one thing four times; and no level that is another's pictures again.
+    void checkVariety() {
+        if (!m_haveScenes)
+            return;
+        const SymbolKeys keys = SymbolKeys::load(m_symbols->dir() + QStringLiteral("/symbols.tsv"));
+        std::vector<LevelSymbols> levels;
+        for (const QString& name : std::as_const(m_imageOrder)) {
+            const std::vector<const Scene*> scenes = m_scenesByName.value(name);
+            if (scenes.empty())
+                continue;
+            for (const RepeatedMainSymbol& repeat : repeatedMainSymbols(scenes, keys)) {
+                QStringList names;
+                for (const Scene* scene : repeat.scenes)
+                    names << scene->pictureName;
+                const Scene& third = *repeat.scenes[kMaxSharedMainSymbol];
+                m_report.error(
+                    third.file, third.line,
+                    QStringLiteral("%1 have the same main symbol, %2: the level's scenes are "
+                                   "near-identical; at most %3 of its pictures may show it largest")
+                        .arg(names.join(QStringLiteral(", ")), repeat.key)
+                        .arg(kMaxSharedMainSymbol));
+            }
+            levels.push_back(symbolsOfLevel(name, scenes, keys));
+        }
+        for (const SimilarLevels& pair : similarLevels(levels)) {
+            const LevelSymbols& a = levels[static_cast<size_t>(pair.a)];
+            const LevelSymbols& b = levels[static_cast<size_t>(pair.b)];
+            const qsizetype fewer = std::min(a.keys.size(), b.keys.size());
+            m_report.error(
+                b.first->file, b.first->line,
+                QStringLiteral("the pictures of %1 share %2 symbols with those of %3 (%4:%5), more "
+                               "than half of the %6 of the level with fewer: %7; two levels need "
+                               "pictures of their own")
+                    .arg(b.name)
+                    .arg(pair.shared.size())
+                    .arg(a.name, QFileInfo(a.first->file).fileName())
+                    .arg(a.first->line)
+                    .arg(fewer)
+                    .arg(pair.shared.join(QStringLiteral(", "))));
+        }
+    }
+
     void checkExceptions() {
         for (const ExceptionEntry& entry : m_exceptions.entries) {
             if (!entry.used)
@@ -416,8 +476,9 @@ private:
     QHash<QString, std::vector<const Scene*>> m_scenesByName;
     std::unique_ptr<SpellChecker> m_spelling;
     ExceptionList m_exceptions;
-    QHash<QString, int> m_answers; // answer -> line of its level
-    QHash<QString, int> m_images;  // image= -> line of its level
+    QHash<QString, std::pair<int, QString>> m_answers; // folded answer -> line of its level, answer
+    QStringList m_imageOrder;                          // the levels' image= in file order
+    QHash<QString, int> m_images;                      // image= -> line of its level
 };
 
 } // namespace
