@@ -95,11 +95,11 @@ TEST_F(PackCheck, RecordsTheGameCannotReadAreErrors) {
     setLine(levelLine(1), QStringLiteral("level=شمس"));
 
     // Blanks do not count: twelve letters in two words fit, thirteen do not.
-    setLine(levelLine(8), QStringLiteral("level=برتقالة حاسوب"));
-    expectFindings(check(), {{decoyLine(8), W, "longer than the tray by 5"}});
-    setLine(levelLine(8), QStringLiteral("level=برتقالة حاسوبا"));
+    setLine(levelLine(24), QStringLiteral("level=برتقالة حاسوب"));
+    expectFindings(check(), {{decoyLine(24), W, "longer than the tray by 5"}});
+    setLine(levelLine(24), QStringLiteral("level=برتقالة حاسوبا"));
     expectFindings(check(),
-                   {{levelLine(8), E, "has 13 letters"}, {firstSceneLine(8), W, "no level has image=p08"}});
+                   {{levelLine(24), E, "has 13 letters"}, {firstSceneLine(24), W, "no level has image=p24"}});
 }
 
 TEST_F(PackCheck, SeparatorsInsideAValueSplitWhereTheGameSplits) {
@@ -175,6 +175,12 @@ TEST_F(PackCheck, TextOutsideThePacksAndUnknownLinesAreReported) {
 TEST_F(PackCheck, AnswersAreUniqueAndWrittenInTheGamesAlphabet) {
     setLine(levelLine(2), QStringLiteral("level=شمس"));
     expectFindings(check(), {{levelLine(2), E, "'شمس' is already the answer of the level at line 3"}});
+    // Spellings that differ only in hamza, ة/ه or ى/ي are the same answer.
+    setLine(levelLine(8), QStringLiteral("level=اسد"));
+    expectFindings(check(),
+                   {{levelLine(2), E, "'شمس' is already the answer"},
+                    {levelLine(8), E, "'اسد' is already the answer of the level at line 21 ('أسد')"}});
+    setLine(levelLine(8), QStringLiteral("level=قرد"));
 
     // Four characters each, so one decoy more than the tray shows.
     setLine(levelLine(2), QStringLiteral("level=قمـر")); // a tatweel
@@ -203,15 +209,15 @@ TEST_F(PackCheck, TheFirstLevelKeepsALetterAfterItsGift) {
 }
 
 TEST_F(PackCheck, UnknownWordsAreWarningsThatReviewedExceptionsSilence) {
-    setLine(levelLine(5), QStringLiteral("level=مدرصة"));
-    expectFindings(check(), {{levelLine(5), W, "'مدرصة' is unknown to the Arabic hunspell dictionary"}});
+    setLine(levelLine(10), QStringLiteral("level=مدرصة"));
+    expectFindings(check(), {{levelLine(10), W, "'مدرصة' is unknown to the Arabic hunspell dictionary"}});
     EXPECT_TRUE(check().fitToShip());
 
     // Word by word: only the unknown word of an answer of two words is named.
     setLine(levelLine(25), QStringLiteral("level=كرة القدمم"));
     const Expected oneDecoyTooMany{decoyLine(25), W, "longer than the tray by 1"};
     expectFindings(
-        check(), {{levelLine(5), W, "'مدرصة'"}, {levelLine(25), W, "'القدمم' is unknown"}, oneDecoyTooMany});
+        check(), {{levelLine(10), W, "'مدرصة'"}, {levelLine(25), W, "'القدمم' is unknown"}, oneDecoyTooMany});
 
     const QString exceptions = m_dir.filePath(QStringLiteral("hunspell-exceptions.txt"));
     ASSERT_TRUE(writeAll(exceptions, QStringLiteral("# reviewed words\n"
@@ -235,10 +241,10 @@ TEST_F(PackCheck, UnknownWordsAreWarningsThatReviewedExceptionsSilence) {
 
 TEST_F(PackCheck, EveryLevelHasFourDifferentPicturesThatCanBeDrawn) {
     setLine(imageLine(1), QStringLiteral("image=p99"));
-    expectFindings(check(), {{imageLine(1), E, "has no line for p99_1, p99_2, p99_3, p99_4"},
+    expectFindings(check(), {{imageLine(1), E, "no scene line for p99_1, p99_2, p99_3, p99_4"},
                              {firstSceneLine(1), W, "no level has image=p01"}});
     setLine(imageLine(2), QStringLiteral("image=p99"));
-    expectFindings(check(), {{imageLine(1), E, "has no line for p99_1"},
+    expectFindings(check(), {{imageLine(1), E, "no scene line for p99_1"},
                              {imageLine(2), E, "image=p99 already shows the level at line 3"},
                              {firstSceneLine(1), W, "no level has image=p01"},
                              {firstSceneLine(2), W, "no level has image=p02"}});
@@ -260,16 +266,43 @@ TEST_F(PackCheck, ScenesAreCheckedWithTheirLines) {
         if (scenes.last().isEmpty())
             scenes.removeLast();
         scenes.append(QStringLiteral("q01_1 #336699 a1@0.2,0.2,0.2"));
-        scenes.append(QStringLiteral("q01_2 #2864c0 a1"));
+        scenes.append(QStringLiteral("q01_2 #2864c0 f01a"));
     });
     const int end = readAll(dataFile(QStringLiteral("pictures/scenes.txt"))).count(QLatin1Char('\n')) + 1;
-    expectFindings(check(), {{imageLine(2), E, "has no line for p02_3"},
+    expectFindings(check(), {{imageLine(2), E, "no scene line for p02_3"},
                              {firstSceneLine(3), E, "p03_1 uses e5.svg"},
-                             {imageLine(4), E, "has no line for p04_2"},
+                             {imageLine(4), E, "no scene line for p04_2"},
                              {firstSceneLine(4) + 1, E, "p04_1 is already defined at line 15"},
                              {firstSceneLine(5) + 1, E, "p05_2 is the same picture as p05_1 (line 19)"},
                              {end, W, "no level has image=q01"},
                              {end + 1, W, "q01_2 is the same picture as p01_1 (line 3) of another level"}});
+}
+
+TEST_F(PackCheck, PicturesShowFourWaysAndNoLevelRepeatsAnother) {
+    usePictureCopy([](QStringList& scenes) {
+        // p02's fourth picture shows f02a largest, as its first two do.
+        scenes[firstSceneLine(2) + 3 - 1] = QStringLiteral("p02_4 #30dcc0 f02a@0.5,0.5,0.6 f02c@0.2,0.2,0.2");
+        // p04 is drawn from p03's symbols.
+        for (int k = 0; k < 4; ++k)
+            scenes[firstSceneLine(4) + k - 1] = QString(scenes[firstSceneLine(3) + k - 1])
+                                                    .replace(QLatin1String("p03_"), QLatin1String("p04_"))
+                                                    .replace(QLatin1String("#38"), QLatin1String("#40"));
+    });
+    expectFindings(
+        check(),
+        {{firstSceneLine(2) + 3, E, "p02_1, p02_2, p02_4 have the same main symbol, f02a"},
+         {firstSceneLine(4), E, "the pictures of p04 share 3 symbols with those of p03 (scenes.txt:11)"}});
+}
+
+TEST_F(PackCheck, TheRoundOpensWithItsEasiestLevelAndEndsHarder) {
+    // The two-word answer of the last level moves to the front.
+    setLine(levelLine(1), QStringLiteral("level=كرة القدم"));
+    setLine(decoyLine(1), QStringLiteral("other_letters=ابتث"));
+    setLine(levelLine(25), QStringLiteral("level=شمس"));
+    setLine(decoyLine(25), QStringLiteral("other_letters=ابتثجحخدذ"));
+    expectFindings(check(),
+                   {{levelLine(1), E, "the round's first level weighs 10 and its last 3"},
+                    {levelLine(1), E, "level 1 of the round weighs 10, above the round's median of 4"}});
 }
 
 TEST_F(PackCheck, UnreadableFilesAreErrors) {

@@ -57,6 +57,40 @@ TEST(SceneDrawing, DrawsTheBackgroundAndTheSymbolsWhereTheSceneSays) {
     EXPECT_NEAR(qGray(picture.pixel(50, 12)), qGray(picture.pixel(150, 12)), 3);
 }
 
+TEST(SceneDrawing, SettingsDrawAPlaceAndTintsColourASymbolsShape) {
+    QString error;
+    // The sea: a light sky above a deeper blue sea.
+    const QImage sea =
+        renderScene(sceneOf(QStringLiteral("a_1 sea a1@0.5,0.5,0.1")), fixtureSymbols(), 200, &error);
+    ASSERT_FALSE(sea.isNull()) << error.toStdString();
+    EXPECT_GT(qGray(sea.pixel(100, 40)), qGray(sea.pixel(100, 180)) + 40);
+    EXPECT_GT(qBlue(sea.pixel(100, 180)), qRed(sea.pixel(100, 180)) + 60);
+    // Every setting draws something of its own, and no two alike.
+    QSet<QByteArray> drawn;
+    for (const char* setting : kSettings) {
+        const QImage picture =
+            renderScene(sceneOf(QStringLiteral("a_1 %1 a1@0.1,0.1,0.05").arg(QLatin1String(setting))),
+                        fixtureSymbols(), 64, &error);
+        ASSERT_FALSE(picture.isNull()) << setting;
+        drawn.insert(QByteArray(reinterpret_cast<const char*>(picture.constBits()), picture.sizeInBytes()));
+    }
+    EXPECT_EQ(drawn.size(), static_cast<qsizetype>(std::size(kSettings)));
+
+    // The white square of the game-icons set is drawn as a dark silhouette, or in the tint given.
+    const QImage plain = renderScene(sceneOf(QStringLiteral("a_1 #ffffff gi:block@0.5,0.5,0.5")),
+                                     fixtureSymbols(), 100, &error);
+    ASSERT_FALSE(plain.isNull()) << error.toStdString();
+    EXPECT_LT(qGray(plain.pixel(50, 50)), 80);
+    const QImage tinted = renderScene(
+        sceneOf(QStringLiteral("a_1 #ffffff gi:block=#00c000@0.5,0.5,0.5 a1=#0000ff@0.1,0.1,0.1")),
+        fixtureSymbols(), 100, &error);
+    ASSERT_FALSE(tinted.isNull()) << error.toStdString();
+    EXPECT_GT(qGreen(tinted.pixel(50, 50)), 150);
+    EXPECT_LT(qRed(tinted.pixel(50, 50)), 60);
+    EXPECT_GT(qBlue(tinted.pixel(10, 10)), 150) << "a tinted colour symbol takes the tint too";
+    EXPECT_FALSE(isRed(tinted.pixel(10, 10)));
+}
+
 TEST(SceneDrawing, MirrorsAndSizesSymbols) {
     // d4 is an L: full along the left, cut away at the top right.
     QString error;

@@ -3,6 +3,8 @@
 #include "SceneFile.h"
 #include "ContentFixtures.h"
 
+#include <QTemporaryDir>
+
 #include <cmath>
 
 namespace tarvolin::levels::test {
@@ -157,6 +159,73 @@ TEST(SceneIdentity, SamePictureWrittenTwoWaysIsTheSame) {
     EXPECT_EQ(scenes[0].fingerprint(), scenes[1].fingerprint());
     for (size_t i = 2; i < scenes.size(); ++i)
         EXPECT_NE(scenes[0].fingerprint(), scenes[i].fingerprint()) << scenes[i].pictureName.toStdString();
+}
+
+TEST(SceneGrammar, ReadsSetSymbolsTintsAndSettings) {
+    Report report;
+    const std::vector<Scene> scenes =
+        parse(QStringLiteral("tent_1 desert noto:camel ~gi:tent=#8A5A2B@0.7,0.7,0.3 fluent:sun-with-face\n"
+                             "tent_2 #ffffff gi:tent\n"
+                             "tent_3 #ffffff gi:tent=#8a5a2b\n"
+                             "tent_4 sea gi:tent\n"),
+              report);
+    expectFindings(report, {});
+    ASSERT_EQ(scenes.size(), 4u);
+    EXPECT_EQ(scenes[0].setting, QStringLiteral("desert"));
+    ASSERT_EQ(scenes[0].symbols.size(), 3u);
+    EXPECT_EQ(scenes[0].symbols[0].stem, QStringLiteral("noto:camel"));
+    EXPECT_EQ(scenes[0].symbols[1].stem, QStringLiteral("gi:tent"));
+    EXPECT_TRUE(scenes[0].symbols[1].mirrored);
+    EXPECT_EQ(scenes[0].symbols[1].tint, QColor(0x8a, 0x5a, 0x2b));
+    EXPECT_EQ(*scenes[0].symbols[1].placement, (Placement{0.7, 0.7, 0.3, 0}));
+    EXPECT_FALSE(scenes[0].symbols[2].tint.has_value());
+    // A tint and a setting are part of what a picture draws.
+    EXPECT_NE(scenes[1].fingerprint(), scenes[2].fingerprint());
+    EXPECT_NE(scenes[1].fingerprint(), scenes[3].fingerprint());
+}
+
+TEST(SceneGrammar, RejectsUnknownSetsSettingsAndTints) {
+    Report report;
+    const std::vector<Scene> scenes = parse(QStringLiteral("a_1 desert emoji:camel\n"
+                                                           "a_1 desert noto:Camel\n"
+                                                           "a_1 desert noto:\n"
+                                                           "a_1 jungle noto:camel\n"
+                                                           "a_1 desert noto:camel=#fff\n"
+                                                           "a_1 desert noto:camel=red@0.5,0.5,0.3\n"),
+                                            report);
+    EXPECT_TRUE(scenes.empty());
+    expectFindings(report, {{1, E, "'emoji:camel' is not a symbol"},
+                            {2, E, "'noto:Camel' is not a symbol"},
+                            {3, E, "'noto:' is not a symbol"},
+                            {4, E, "or a setting (sky, sea,"},
+                            {5, E, "a tint is =#rrggbb"},
+                            {6, E, "a tint is =#rrggbb"}});
+}
+
+TEST(SceneGrammar, AFolderOfSceneFilesIsReadAsOneInNameOrder) {
+    QTemporaryDir dir;
+    ASSERT_TRUE(writeAll(dir.filePath(QStringLiteral("02.txt")), QStringLiteral("b_1 sea noto:fish\n"
+                                                                                "a_2 sea noto:boat\n")));
+    ASSERT_TRUE(writeAll(dir.filePath(QStringLiteral("01.txt")), QStringLiteral("# round 1\n"
+                                                                                "a_1 sky noto:sun\n"
+                                                                                "a_2 sky noto:cloud\n")));
+    ASSERT_TRUE(writeAll(dir.filePath(QStringLiteral("notes.md")), QStringLiteral("not a scene\n")));
+    Report report;
+    std::vector<Scene> scenes;
+    ASSERT_TRUE(loadScenes(dir.path(), scenes, report));
+    ASSERT_EQ(scenes.size(), 3u);
+    EXPECT_EQ(scenes[0].pictureName, QStringLiteral("a_1"));
+    EXPECT_EQ(scenes[2].pictureName, QStringLiteral("b_1"));
+    EXPECT_EQ(scenes[2].file, dir.filePath(QStringLiteral("02.txt")));
+    ASSERT_EQ(report.all().size(), 1u);
+    EXPECT_EQ(report.all()[0].file, dir.filePath(QStringLiteral("02.txt")));
+    EXPECT_EQ(report.all()[0].line, 2);
+    EXPECT_TRUE(report.all()[0].message.contains(QLatin1String("a_2 is already defined at 01.txt:3")));
+
+    QTemporaryDir empty;
+    Report none;
+    EXPECT_FALSE(loadScenes(empty.path(), scenes, none));
+    expectFindings(none, {{0, E, "no scene file"}});
 }
 
 } // namespace

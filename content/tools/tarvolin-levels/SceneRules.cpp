@@ -1,5 +1,7 @@
 #include "SceneRules.h"
 
+#include "Alphabet.h"
+
 #include <QFile>
 #include <QSet>
 
@@ -110,7 +112,7 @@ int answerWeight(const QString& fullSolution) {
     const QStringList words = fullSolution.split(QLatin1Char(' '), Qt::SkipEmptyParts);
     int letters = 0;
     for (const QString& word : words)
-        letters += static_cast<int>(word.size());
+        letters += static_cast<int>(std::count_if(word.cbegin(), word.cend(), isGameLetter));
     return letters + 2 * std::max(0, static_cast<int>(words.size()) - 1);
 }
 
