@@ -42,7 +42,8 @@ Exit status: 0 when the file is fit to ship (warnings alone allow that), 1 when 
 2 when the command is used wrongly.
 
 Options:
-  --pictures DIR     folder of scenes.txt and svg/ (default: ../pictures beside FILE's folder)
+  --pictures DIR     folder of scenes/ (or scenes.txt) and svg/ (default: ../pictures beside FILE's
+                     folder)
   --exceptions FILE  reviewed words unknown to the dictionary, one a line: WORD  # why
                      (default: hunspell-exceptions.txt beside FILE, if present)
   --dictionary PATH  hunspell dictionary, .dic/.aff or their stem (default: /usr/share/hunspell/ar)
@@ -51,15 +52,15 @@ Options:
 )";
 
 const char* const kBuildHelp =
-    R"(Usage: tarvolin-levels build --levels FILE --scenes FILE --svg DIR --out DIR [OPTIONS]
+    R"(Usage: tarvolin-levels build --levels FILE --scenes FILE|DIR --svg DIR --out DIR [OPTIONS]
 
 Draws NAME_1.jpg to NAME_4.jpg for every level of the pack file, NAME being its image=, from the lines
-of the scenes file and the symbols' SVG files. Pictures whose scene and symbols did not change since the
+of the scene files and the symbols' SVG files. Pictures whose scene and symbols did not change since the
 last build into the same folder are kept; pictures no level needs any more are removed.
 
 Options:
   --levels FILE  the pack file
-  --scenes FILE  the scenes file (content/pictures/scenes.txt)
+  --scenes PATH  a scene file, or a folder of them (content/pictures/scenes)
   --svg DIR      the folder of the symbols' SVG files
   --out DIR      where the pictures go
   --size N       width and height of a picture in pixels (default: 360)
