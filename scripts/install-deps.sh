@@ -18,7 +18,7 @@ packages=(
   libboost1.81-dev libsqlite3-dev libpqxx-dev libpq-dev libsodium-dev
   postgresql
   # content tools
-  hunspell-ar libhunspell-dev
+  hunspell-ar libhunspell-dev librsvg2-dev
   # tests and benchmarks
   libgtest-dev libgmock-dev googletest libbenchmark-dev xvfb xauth dbus-daemon
 )

@@ -91,6 +91,20 @@ TEST(SceneDrawing, SettingsDrawAPlaceAndTintsColourASymbolsShape) {
     EXPECT_FALSE(isRed(tinted.pixel(10, 10)));
 }
 
+TEST(SceneDrawing, ClipPathsAndReferencesOfTheArtworkSetsAreHonoured) {
+    // A blue square clipped to a disc through <use href>: drawn without the clip it would fill the symbol's
+    // whole square, and without the reference the disc would come out black.
+    QString error;
+    const QImage picture = renderScene(sceneOf(QStringLiteral("a_1 #ffffff noto:clipped@0.5,0.5,1")),
+                                       fixtureSymbols(), 128, &error);
+    ASSERT_FALSE(picture.isNull()) << error.toStdString();
+    const QRgb centre = picture.pixel(64, 64);
+    EXPECT_GT(qBlue(centre), 180);
+    EXPECT_LT(qRed(centre), 80);
+    EXPECT_GT(qGray(picture.pixel(8, 8)), 200) << "the corner lies outside the disc";
+    EXPECT_GT(qGray(picture.pixel(64, 6)), 200);
+}
+
 TEST(SceneDrawing, MirrorsAndSizesSymbols) {
     // d4 is an L: full along the left, cut away at the top right.
     QString error;

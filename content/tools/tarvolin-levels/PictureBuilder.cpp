@@ -24,7 +24,7 @@ namespace tarvolin::levels {
 namespace {
 
 // Part of every picture's cache key: raise it when the drawing changes, so that old pictures are redrawn.
-constexpr int kRendererVersion = 2;
+constexpr int kRendererVersion = 3;
 const QString kCacheFile = QStringLiteral(".pictures-cache");
 
 bool readText(const QString& path, QString& text, Report& report) {

@@ -1,20 +1,56 @@
 #include "SceneRenderer.h"
 
 #include "SettingPainter.h"
+#include "SvgRaster.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QLinearGradient>
 #include <QPainter>
 #include <QRadialGradient>
-#include <QSvgRenderer>
 #include <QTransform>
 
 #include <algorithm>
 #include <cmath>
+#include <mutex>
 #include <vector>
 
 namespace tarvolin::levels {
+
+struct SymbolFolder::Cache {
+    std::mutex mutex;
+    QHash<QString, QImage> images;
+    QHash<QString, QString> errors;
+};
+
+SymbolFolder::SymbolFolder(QString dir) : m_dir(std::move(dir)), m_cache(std::make_shared<Cache>()) {}
+
+QImage SymbolFolder::raster(const QString& stem, QString* error) const {
+    {
+        const std::lock_guard lock(m_cache->mutex);
+        if (const auto found = m_cache->images.constFind(stem); found != m_cache->images.cend())
+            return *found;
+        if (const auto failed = m_cache->errors.constFind(stem); failed != m_cache->errors.cend()) {
+            if (error)
+                *error = *failed;
+            return {};
+        }
+    }
+    // Drawn outside the lock, so that threads draw different symbols at once; a symbol two threads want
+    // at the same moment is drawn twice, and the same image kept.
+    QString why;
+    const QImage image = rasterizeSvg(read(stem), kSymbolRasterSide, &why);
+    const std::lock_guard lock(m_cache->mutex);
+    if (image.isNull()) {
+        m_cache->errors.insert(stem, why);
+        if (error)
+            *error = why;
+    } else {
+        m_cache->images.insert(stem, image);
+    }
+    return image;
+}
 
 QString SymbolFolder::pathOf(const QString& stem) const {
     const qsizetype colon = stem.indexOf(QLatin1Char(':'));
@@ -38,9 +74,9 @@ QByteArray SymbolFolder::read(const QString& stem) const {
 QString SymbolFolder::validate(const QString& stem) const {
     if (!has(stem))
         return QStringLiteral("%1 does not exist").arg(pathOf(stem));
-    QSvgRenderer renderer(read(stem));
-    if (!renderer.isValid() || renderer.viewBoxF().isEmpty())
-        return QStringLiteral("%1 is not a drawable SVG").arg(pathOf(stem));
+    QString why;
+    if (rasterizeSvg(read(stem), 16, &why).isNull())
+        return QStringLiteral("%1 is not a drawable SVG: %2").arg(pathOf(stem), why);
     return {};
 }
 
@@ -123,14 +159,14 @@ QImage renderScene(const Scene& scene, const SymbolFolder& symbols, int size, QS
     const QPointF shadowOffset(size * 0.006, size * 0.014);
     for (size_t i = 0; i < scene.symbols.size(); ++i) {
         const SceneSymbol& symbol = scene.symbols[i];
-        QSvgRenderer svg(symbols.read(symbol.stem));
-        if (!svg.isValid()) {
+        QString why;
+        const QImage master = symbols.raster(symbol.stem, &why);
+        if (master.isNull()) {
             if (error)
-                *error =
-                    QStringLiteral("%1: cannot draw %2").arg(scene.pictureName, symbols.pathOf(symbol.stem));
+                *error = QStringLiteral("%1: cannot draw %2: %3")
+                             .arg(scene.pictureName, symbols.pathOf(symbol.stem), why);
             return {};
         }
-        svg.setAspectRatioMode(Qt::KeepAspectRatio);
         const Placement& p = places[i];
         const double side = p.size * size;
 
@@ -152,7 +188,10 @@ QImage renderScene(const Scene& scene, const SymbolFolder& symbols, int size, QS
             QPainter layerPainter(&layer);
             layerPainter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
             layerPainter.setTransform(place * QTransform::fromTranslate(-area.x(), -area.y()));
-            svg.render(&layerPainter, symbolRect);
+            // Scaled down smoothly first, so that a small symbol keeps its detail without jagged edges.
+            const int pixels = std::max(1, static_cast<int>(std::ceil(side)));
+            layerPainter.drawImage(
+                symbolRect, master.scaled(pixels, pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
             const bool silhouette = symbol.stem.startsWith(QLatin1String("gi:"));
             if (symbol.tint || silhouette) {
                 layerPainter.resetTransform();

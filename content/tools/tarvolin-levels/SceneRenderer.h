@@ -6,12 +6,14 @@
 #include <QImage>
 #include <QString>
 
+#include <memory>
+
 namespace tarvolin::levels {
 
-// The folder of symbol artwork: STEM.svg for every symbol a scene names.
+// The folder of symbol artwork: SET/NAME.svg or STEM.svg for every symbol a scene names.
 class SymbolFolder {
 public:
-    explicit SymbolFolder(QString dir) : m_dir(std::move(dir)) {}
+    explicit SymbolFolder(QString dir);
 
     QString dir() const { return m_dir; }
     QString pathOf(const QString& stem) const;
@@ -20,10 +22,19 @@ public:
     QByteArray read(const QString& stem) const;
     // An empty string when the file is an SVG that can be drawn, otherwise why not.
     QString validate(const QString& stem) const;
+    // The symbol drawn once into a square of kSymbolRasterSide pixels, and kept: the pictures that use it
+    // scale this drawing instead of drawing the SVG again. Safe to call from several threads. A null image,
+    // and why in `error`, when the symbol cannot be drawn.
+    QImage raster(const QString& stem, QString* error) const;
 
 private:
+    struct Cache;
     QString m_dir;
+    std::shared_ptr<Cache> m_cache;
 };
+
+// Large enough for a symbol at 1.5 times the side of a 360-pixel picture.
+inline constexpr int kSymbolRasterSide = 560;
 
 inline constexpr int kDefaultPictureSize = 360;
 inline constexpr int kJpegQuality = 85;
