@@ -294,6 +294,16 @@ TEST_F(PackCheck, PicturesShowFourWaysAndNoLevelRepeatsAnother) {
          {firstSceneLine(4), E, "the pictures of p04 share 3 symbols with those of p03 (scenes.txt:11)"}});
 }
 
+TEST_F(PackCheck, APictureShowingAnUnsuitableSymbolIsAnError) {
+    usePictureCopy([](QStringList&) {});
+    ASSERT_TRUE(writeAll(m_options.picturesDir + QStringLiteral("/unsuitable-symbols.txt"),
+                         QStringLiteral("f03c  # not for this game\n")));
+    expectFindings(check(), {{firstSceneLine(3) + 1, E,
+                              "p03_2 shows f03c (f03c), which no picture may show: not for this game"},
+                             {firstSceneLine(3) + 2, E, "p03_3 shows f03c"},
+                             {firstSceneLine(3) + 3, E, "p03_4 shows f03c"}});
+}
+
 TEST_F(PackCheck, TheRoundOpensWithItsEasiestLevelAndEndsHarder) {
     // The two-word answer of the last level moves to the front.
     setLine(levelLine(1), QStringLiteral("level=كرة القدم"));

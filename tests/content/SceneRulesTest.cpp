@@ -100,6 +100,33 @@ TEST(SceneRules, SymbolKeysComeFromTheIndexOrTheSymbolsOwnName) {
               QStringLiteral("1f42a"));
 }
 
+TEST(SceneRules, UnsuitableSymbolsMatchWholeWordsOfWhatASymbolShows) {
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("unsuitable-symbols.txt"));
+    ASSERT_TRUE(writeAll(path, QStringLiteral("# what no picture shows\n"
+                                              "pig            # pork\n"
+                                              "boar\n"
+                                              "gi:church      # a religious building\n"
+                                              "couple-with-heart # not for all ages\n")));
+    const UnsuitableSymbols list = UnsuitableSymbols::load(path);
+    EXPECT_EQ(list.reasonFor(QStringLiteral("pig")), QStringLiteral("pork"));
+    EXPECT_EQ(list.reasonFor(QStringLiteral("pig-face")), QStringLiteral("pork"));
+    EXPECT_EQ(list.reasonFor(QStringLiteral("gi:pig-head")), QStringLiteral("pork"));
+    EXPECT_EQ(list.reasonFor(QStringLiteral("couple-with-heart-woman-man")),
+              QStringLiteral("not for all ages"));
+    EXPECT_EQ(list.reasonFor(QStringLiteral("gi:church")), QStringLiteral("a religious building"));
+    EXPECT_FALSE(list.reasonFor(QStringLiteral("wild-boar")).isNull())
+        << "an entry without a reason still counts";
+    // Words, not letters: a keyboard holds "boar", a piggy bank "pig", and the words must stand in a row.
+    EXPECT_TRUE(list.reasonFor(QStringLiteral("keyboard")).isNull());
+    EXPECT_TRUE(list.reasonFor(QStringLiteral("gi:piggy-bank")).isNull());
+    EXPECT_TRUE(list.reasonFor(QStringLiteral("couple-with-red-heart")).isNull());
+    EXPECT_TRUE(list.reasonFor(QStringLiteral("church")).isNull());
+    EXPECT_TRUE(UnsuitableSymbols::load(dir.filePath(QStringLiteral("none.txt")))
+                    .reasonFor(QStringLiteral("pig"))
+                    .isNull());
+}
+
 TEST(SceneRules, ARoundOpensWithItsEasiestLevels) {
     EXPECT_EQ(answerWeight(QStringLiteral("شمس")), 3);
     EXPECT_EQ(answerWeight(QStringLiteral("كرة القدم")), 10);

@@ -416,6 +416,18 @@ private:
         if (!m_haveScenes)
             return;
         const SymbolKeys keys = SymbolKeys::load(m_symbols->dir() + QStringLiteral("/symbols.tsv"));
+        const QString unsuitableFile =
+            QFileInfo(m_symbols->dir()).dir().filePath(QStringLiteral("unsuitable-symbols.txt"));
+        const UnsuitableSymbols unsuitable = UnsuitableSymbols::load(unsuitableFile);
+        for (const Scene& scene : m_scenes) {
+            for (const SceneSymbol& symbol : scene.symbols) {
+                const QString key = keys.keyOf(symbol.stem);
+                if (const QString why = unsuitable.reasonFor(key); !why.isNull())
+                    m_report.error(scene.file, scene.line,
+                                   QStringLiteral("%1 shows %2 (%3), which no picture may show: %4")
+                                       .arg(scene.pictureName, symbol.stem, key, why));
+            }
+        }
         std::vector<LevelSymbols> levels;
         for (const QString& name : std::as_const(m_imageOrder)) {
             const std::vector<const Scene*> scenes = m_scenesByName.value(name);

@@ -3,6 +3,7 @@
 #include "Alphabet.h"
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QSet>
 
 #include <algorithm>
@@ -33,6 +34,51 @@ QString SymbolKeys::keyOf(const QString& symbol) const {
     if (colon < 0)
         return QString(symbol).remove(QStringLiteral("-fe0f"));
     return symbol.startsWith(QLatin1String("gi:")) ? symbol : symbol.mid(colon + 1);
+}
+
+UnsuitableSymbols UnsuitableSymbols::load(const QString& path) {
+    UnsuitableSymbols list;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return list;
+    for (const QByteArray& raw : file.readAll().split('\n')) {
+        const QString line = QString::fromUtf8(raw).trimmed();
+        if (line.isEmpty() || line.startsWith(QLatin1Char('#')))
+            continue;
+        const qsizetype hash = line.indexOf(QLatin1Char('#'));
+        const QString pattern = (hash < 0 ? line : line.left(hash)).trimmed();
+        const QString reason =
+            hash < 0 ? QStringLiteral("listed as unsuitable") : line.mid(hash + 1).trimmed();
+        if (!pattern.isEmpty())
+            list.add(pattern, reason);
+    }
+    return list;
+}
+
+namespace {
+
+QStringList wordsOf(const QString& key) {
+    static const QRegularExpression separators(QStringLiteral("[-:]"));
+    return key.split(separators, Qt::SkipEmptyParts);
+}
+
+} // namespace
+
+void UnsuitableSymbols::add(const QString& entry, const QString& reason) {
+    const QStringList words = wordsOf(entry);
+    if (!words.isEmpty())
+        m_entries.emplace_back(words, reason);
+}
+
+QString UnsuitableSymbols::reasonFor(const QString& key) const {
+    const QStringList words = wordsOf(key);
+    for (const auto& [entry, reason] : m_entries) {
+        for (qsizetype start = 0; start + entry.size() <= words.size(); ++start) {
+            if (std::equal(entry.cbegin(), entry.cend(), words.cbegin() + start))
+                return reason;
+        }
+    }
+    return {};
 }
 
 int mainSymbolIndex(const Scene& scene) {

@@ -23,6 +23,21 @@ private:
     QHash<QString, QString> m_keys;
 };
 
+// What no picture may show, whatever set draws it: "ENTRY  # reason" lines. An entry is one or more words
+// of a symbol's key ("pig", "couple-with-heart", "gi:church"); it matches every key that holds those words
+// in a row, words being separated by '-' or ':'.
+class UnsuitableSymbols {
+public:
+    // A missing file is an empty list.
+    static UnsuitableSymbols load(const QString& path);
+    void add(const QString& entry, const QString& reason);
+    // The reason the key is unsuitable; a null string when it is not.
+    QString reasonFor(const QString& key) const;
+
+private:
+    std::vector<std::pair<QStringList, QString>> m_entries; // the entry's words, the reason
+};
+
 // The picture's main symbol: the one drawn largest, the first written of those that tie. -1 without any.
 int mainSymbolIndex(const Scene& scene);
 
