@@ -105,6 +105,21 @@ TEST(SceneDrawing, ClipPathsAndReferencesOfTheArtworkSetsAreHonoured) {
     EXPECT_GT(qGray(picture.pixel(64, 6)), 200);
 }
 
+TEST(SceneDrawing, ASymbolIsDrawnOnceAsLargeAsItsLargestUse) {
+    SymbolFolder symbols(dataFile(QStringLiteral("pictures/svg")));
+    QString error;
+    EXPECT_EQ(symbols.raster(QStringLiteral("a1"), &error).width(), kSymbolRasterSide) << "no use announced";
+    symbols.needSide(QStringLiteral("b2"), 90);
+    symbols.needSide(QStringLiteral("b2"), 130);
+    symbols.needSide(QStringLiteral("b2"), 40);
+    const QImage b2 = symbols.raster(QStringLiteral("b2"), &error);
+    EXPECT_EQ(b2.size(), QSize(130, 130));
+    // Kept: a second picture gets the same drawing.
+    EXPECT_EQ(symbols.raster(QStringLiteral("b2"), &error).cacheKey(), b2.cacheKey());
+    EXPECT_TRUE(symbols.raster(QStringLiteral("e5"), &error).isNull());
+    EXPECT_FALSE(error.isEmpty());
+}
+
 TEST(SceneDrawing, MirrorsAndSizesSymbols) {
     // d4 is an L: full along the left, cut away at the top right.
     QString error;

@@ -16,6 +16,7 @@
 #include <QSet>
 
 #include <atomic>
+#include <cmath>
 #include <mutex>
 #include <thread>
 
@@ -101,7 +102,7 @@ BuildSummary buildPictures(const BuildOptions& options, Report& report) {
         return summary;
     }
     QDir out(options.outDir);
-    const SymbolFolder symbols(options.svgDir);
+    SymbolFolder symbols(options.svgDir);
     const QHash<QString, QString> oldCache = readCache(out.filePath(kCacheFile));
     QHash<QString, QString> cache;
     QHash<QString, QByteArray> symbolHashes;
@@ -146,6 +147,14 @@ BuildSummary buildPictures(const BuildOptions& options, Report& report) {
     }
     if (!report.fitToShip())
         return summary;
+
+    // Each symbol is drawn once, as large as its largest use in the pictures to draw, and then scaled.
+    for (const Job& job : jobs) {
+        const std::vector<Placement> places = job.scene->layout();
+        for (size_t i = 0; i < job.scene->symbols.size(); ++i)
+            symbols.needSide(job.scene->symbols[i].stem,
+                             static_cast<int>(std::ceil(places[i].size * options.size)));
+    }
 
     // Draw on every core: each job reads its own symbol files and owns its image.
     std::atomic<size_t> next{0};

@@ -20,6 +20,7 @@ namespace tarvolin::levels {
 
 struct SymbolFolder::Cache {
     std::mutex mutex;
+    QHash<QString, int> sides;
     QHash<QString, QImage> images;
     QHash<QString, QString> errors;
 };
@@ -39,8 +40,13 @@ QImage SymbolFolder::raster(const QString& stem, QString* error) const {
     }
     // Drawn outside the lock, so that threads draw different symbols at once; a symbol two threads want
     // at the same moment is drawn twice, and the same image kept.
+    int side = kSymbolRasterSide;
+    {
+        const std::lock_guard lock(m_cache->mutex);
+        side = m_cache->sides.value(stem, kSymbolRasterSide);
+    }
     QString why;
-    const QImage image = rasterizeSvg(read(stem), kSymbolRasterSide, &why);
+    const QImage image = rasterizeSvg(read(stem), side, &why);
     const std::lock_guard lock(m_cache->mutex);
     if (image.isNull()) {
         m_cache->errors.insert(stem, why);
@@ -50,6 +56,12 @@ QImage SymbolFolder::raster(const QString& stem, QString* error) const {
         m_cache->images.insert(stem, image);
     }
     return image;
+}
+
+void SymbolFolder::needSide(const QString& stem, int pixels) {
+    const std::lock_guard lock(m_cache->mutex);
+    int& side = m_cache->sides[stem];
+    side = std::max(side, std::clamp(pixels, 1, kSymbolRasterSide * 4));
 }
 
 QString SymbolFolder::pathOf(const QString& stem) const {

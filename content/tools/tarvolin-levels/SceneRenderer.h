@@ -22,10 +22,14 @@ public:
     QByteArray read(const QString& stem) const;
     // An empty string when the file is an SVG that can be drawn, otherwise why not.
     QString validate(const QString& stem) const;
-    // The symbol drawn once into a square of kSymbolRasterSide pixels, and kept: the pictures that use it
-    // scale this drawing instead of drawing the SVG again. Safe to call from several threads. A null image,
-    // and why in `error`, when the symbol cannot be drawn.
+    // The symbol drawn once into a square, and kept: the pictures that use it scale this drawing instead of
+    // drawing the SVG again. The square is as large as the largest use announced with needSide, or
+    // kSymbolRasterSide without one. Safe to call from several threads. A null image, and why in `error`,
+    // when the symbol cannot be drawn.
     QImage raster(const QString& stem, QString* error) const;
+    // A picture will draw the symbol `pixels` wide: its drawing is made at least that large. Call before
+    // the first raster() of the symbol.
+    void needSide(const QString& stem, int pixels);
 
 private:
     struct Cache;
@@ -33,7 +37,8 @@ private:
     std::shared_ptr<Cache> m_cache;
 };
 
-// Large enough for a symbol at 1.5 times the side of a 360-pixel picture.
+// Large enough for a symbol at 1.5 times the side of a 360-pixel picture; the side of a symbol whose uses
+// were not announced.
 inline constexpr int kSymbolRasterSide = 560;
 
 inline constexpr int kDefaultPictureSize = 360;
