@@ -11,15 +11,28 @@
 
 namespace tarvolin::levels {
 
-SymbolKeys SymbolKeys::load(const QString& path) {
-    SymbolKeys keys;
+namespace {
+
+// The lines of a list file that say something: trimmed, without blank lines and '#' comment lines. None
+// when the file cannot be read.
+QStringList listLines(const QString& path) {
+    QStringList lines;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return keys;
+        return lines;
     for (const QByteArray& raw : file.readAll().split('\n')) {
         const QString line = QString::fromUtf8(raw).trimmed();
-        if (line.isEmpty() || line.startsWith(QLatin1Char('#')))
-            continue;
+        if (!line.isEmpty() && !line.startsWith(QLatin1Char('#')))
+            lines << line;
+    }
+    return lines;
+}
+
+} // namespace
+
+SymbolKeys SymbolKeys::load(const QString& path) {
+    SymbolKeys keys;
+    for (const QString& line : listLines(path)) {
         const QStringList parts = line.split(QLatin1Char('\t'));
         if (parts.size() == 2 && !parts[0].isEmpty() && !parts[1].isEmpty())
             keys.insert(parts[0], parts[1]);
@@ -38,13 +51,7 @@ QString SymbolKeys::keyOf(const QString& symbol) const {
 
 UnsuitableSymbols UnsuitableSymbols::load(const QString& path) {
     UnsuitableSymbols list;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return list;
-    for (const QByteArray& raw : file.readAll().split('\n')) {
-        const QString line = QString::fromUtf8(raw).trimmed();
-        if (line.isEmpty() || line.startsWith(QLatin1Char('#')))
-            continue;
+    for (const QString& line : listLines(path)) {
         const qsizetype hash = line.indexOf(QLatin1Char('#'));
         const QString pattern = (hash < 0 ? line : line.left(hash)).trimmed();
         const QString reason =
