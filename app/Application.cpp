@@ -50,6 +50,7 @@ const QMap<QString, QString>& presentedScreens() {
         {"help", "HelpViewController"},
         {"profile", "UserProfileViewController"},
         {"about", "AboutViewController"},
+        {"credits", "CreditsViewController"},
         {"matchmaker", "GKTurnBasedMatchmakerViewController"},
         {"livematch", "GKMatchmakerViewController"},
         {"livebattles", "RealTimeBattleListViewController"},

@@ -9,9 +9,12 @@
 #include "progress/SessionManager.h"
 #include "progress/TipsManager.h"
 #include "screens/AboutViewController.h"
+#include "screens/CreditsViewController.h"
 #include "screens/HelpViewController.h"
 #include "screens/MainViewController.h"
 #include "screens/TipsViewController.h"
+
+#include <QRegularExpression>
 
 #include <gtest/gtest.h>
 
@@ -135,6 +138,15 @@ TEST(About, EachActionLeadsWhereItSays) {
     nav.dismissViewController();
     about->openCredits();
     EXPECT_EQ(nav.presentedViewController()->identifier(), "CreditsViewController");
+    // Each paragraph of the credits runs in its own language's direction, every address a link.
+    const QString credits = qobject_cast<CreditsViewController*>(nav.presentedViewController())->html();
+    EXPECT_TRUE(credits.contains(QStringLiteral("<p dir=\"rtl\" align=\"right\">رسوم الصور</p>")));
+    EXPECT_TRUE(credits.contains(QStringLiteral("<p dir=\"ltr\" align=\"left\">Picture artwork</p>")));
+    EXPECT_TRUE(credits.contains(QRegularExpression(QStringLiteral("<p dir=\"rtl\"[^>]*>- Noto Emoji"))));
+    EXPECT_TRUE(credits.contains(QStringLiteral("<a "
+                                                "href=\"https://creativecommons.org/licenses/by-sa/4.0/"
+                                                "\">https://creativecommons.org/licenses/by-sa/4.0/</a>")));
+    EXPECT_FALSE(credits.contains(QStringLiteral("4.0/)\"")));
     nav.dismissViewController();
 
     about->rateGame();

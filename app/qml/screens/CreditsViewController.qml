@@ -41,7 +41,8 @@ Item {
                 id: body
                 objectName: "creditsText"
                 width: flick.width
-                text: controller.text
+                text: controller.html
+                textFormat: Text.RichText
                 wrapMode: Text.Wrap
                 font.family: Theme.fontFamily
                 font.pixelSize: 13
