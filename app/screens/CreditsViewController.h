@@ -5,7 +5,6 @@
 // The attributions that the licences of the game's pictures and font ask for.
 class CreditsViewController : public ViewController {
     Q_OBJECT
-    Q_PROPERTY(QString text READ text CONSTANT)
     Q_PROPERTY(QString html READ html CONSTANT)
 public:
     explicit CreditsViewController(QObject* parent = nullptr);

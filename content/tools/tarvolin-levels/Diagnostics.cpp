@@ -1,5 +1,8 @@
 #include "Diagnostics.h"
 
+#include <QFile>
+#include <QStringDecoder>
+
 #include <algorithm>
 
 namespace tarvolin::levels {
@@ -38,6 +41,21 @@ std::vector<Diagnostic> Report::sorted() const {
         return a.severity == Severity::Error && b.severity == Severity::Warning;
     });
     return out;
+}
+
+bool readUtf8(const QString& path, QString& text, Report& report) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        report.error(path, 0, QStringLiteral("cannot read the file: %1").arg(file.errorString()));
+        return false;
+    }
+    QStringDecoder decoder(QStringDecoder::Utf8);
+    text = decoder.decode(file.readAll());
+    if (decoder.hasError()) {
+        report.error(path, 0, QStringLiteral("the file is not valid UTF-8"));
+        return false;
+    }
+    return true;
 }
 
 } // namespace tarvolin::levels

@@ -35,4 +35,8 @@ private:
     std::vector<Diagnostic> m_diagnostics;
 };
 
+// Reads a text file that must be UTF-8. False, with the reason reported under the file's name, when it
+// cannot be read or is not valid UTF-8.
+bool readUtf8(const QString& path, QString& text, Report& report);
+
 } // namespace tarvolin::levels

@@ -13,28 +13,12 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QSet>
-#include <QStringDecoder>
 
 #include <map>
 
 namespace tarvolin::levels {
 
 namespace {
-
-bool readUtf8(const QString& path, QString& text, Report& report) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        report.error(path, 0, QStringLiteral("cannot read the file: %1").arg(file.errorString()));
-        return false;
-    }
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    text = decoder.decode(file.readAll());
-    if (decoder.hasError()) {
-        report.error(path, 0, QStringLiteral("the file is not valid UTF-8"));
-        return false;
-    }
-    return true;
-}
 
 QString firstForeignCharacter(const QString& letters, bool blanksAllowed) {
     for (QChar c : letters) {
@@ -183,10 +167,10 @@ private:
             m_options.picturesDir.isEmpty() ? defaultPicturesDir(m_options.packFile) : m_options.picturesDir;
         m_symbols = std::make_unique<SymbolFolder>(QDir(dir).filePath(QStringLiteral("svg")));
         // The scenes are the *.txt files of scenes/, or the one file scenes.txt.
-        m_scenesFile = QDir(dir).filePath(QStringLiteral("scenes"));
-        if (!QFileInfo(m_scenesFile).isDir())
-            m_scenesFile = QDir(dir).filePath(QStringLiteral("scenes.txt"));
-        if (!QFileInfo::exists(m_scenesFile)) {
+        QString scenes = QDir(dir).filePath(QStringLiteral("scenes"));
+        if (!QFileInfo(scenes).isDir())
+            scenes = QDir(dir).filePath(QStringLiteral("scenes.txt"));
+        if (!QFileInfo::exists(scenes)) {
             m_report.error(
                 m_options.packFile, 0,
                 QStringLiteral("no pictures: %1 has neither scenes/ nor scenes.txt (--pictures names "
@@ -194,7 +178,7 @@ private:
                     .arg(dir));
             return;
         }
-        if (!loadScenes(m_scenesFile, m_scenes, m_report))
+        if (!loadScenes(scenes, m_scenes, m_report))
             return;
         m_haveScenes = true;
         for (const Scene& scene : m_scenes)
@@ -481,7 +465,6 @@ private:
 
     const CheckOptions& m_options;
     Report& m_report;
-    QString m_scenesFile;
     bool m_haveScenes = false;
     std::unique_ptr<SymbolFolder> m_symbols;
     std::vector<Scene> m_scenes;

@@ -1,11 +1,9 @@
 #include "SceneFile.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QHash>
 #include <QRegularExpression>
-#include <QStringDecoder>
 
 #include <cmath>
 
@@ -270,17 +268,9 @@ bool loadScenes(const QString& path, std::vector<Scene>& scenes, Report& report)
     QHash<QString, std::pair<QString, int>> defined; // picture -> file and line of its first definition
     std::vector<Scene> all;
     for (const QString& file : files) {
-        QFile in(file);
-        if (!in.open(QIODevice::ReadOnly)) {
-            report.error(file, 0, QStringLiteral("cannot read the file: %1").arg(in.errorString()));
+        QString text;
+        if (!readUtf8(file, text, report))
             return false;
-        }
-        QStringDecoder decoder(QStringDecoder::Utf8);
-        const QString text = decoder.decode(in.readAll());
-        if (decoder.hasError()) {
-            report.error(file, 0, QStringLiteral("the file is not valid UTF-8"));
-            return false;
-        }
         for (Scene& scene : parseScenes(text, file, report))
             all.push_back(std::move(scene));
     }

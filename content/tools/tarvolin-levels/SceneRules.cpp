@@ -28,6 +28,12 @@ QStringList listLines(const QString& path) {
     return lines;
 }
 
+// The words of a symbol's key, or of an entry of the unsuitable list: "gi:pig-head" is gi, pig, head.
+QStringList wordsOf(const QString& key) {
+    static const QRegularExpression separators(QStringLiteral("[-:]"));
+    return key.split(separators, Qt::SkipEmptyParts);
+}
+
 } // namespace
 
 SymbolKeys SymbolKeys::load(const QString& path) {
@@ -61,15 +67,6 @@ UnsuitableSymbols UnsuitableSymbols::load(const QString& path) {
     }
     return list;
 }
-
-namespace {
-
-QStringList wordsOf(const QString& key) {
-    static const QRegularExpression separators(QStringLiteral("[-:]"));
-    return key.split(separators, Qt::SkipEmptyParts);
-}
-
-} // namespace
 
 void UnsuitableSymbols::add(const QString& entry, const QString& reason) {
     const QStringList words = wordsOf(entry);
