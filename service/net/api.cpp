@@ -136,6 +136,15 @@ void Api::add(std::string method, std::string pattern, Handler h, bool needsToke
     routes_.push_back(Route{std::move(method), std::move(pattern), std::move(parts), h, needsToken});
 }
 
+std::vector<std::pair<std::string, std::string>> Api::routes() const {
+    std::vector<std::pair<std::string, std::string>> out;
+    out.reserve(routes_.size());
+    for (const Route& r : routes_) {
+        out.emplace_back(r.method, r.pattern);
+    }
+    return out;
+}
+
 void Api::setEventListener(EventListener* l) {
     std::lock_guard lock(listenerMutex_);
     listener_ = l;
