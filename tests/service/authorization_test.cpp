@@ -297,6 +297,12 @@ protected:
         Reply r = call("GET", target, std::string(), w.owner.token);
         return std::to_string(r.status) + " " + r.body;
     }
+    // The events waiting for a player, as a new socket of his receives them.
+    std::string pendingEvents(const std::string& token) {
+        WsClient ws(svc->port(), token);
+        const std::vector<json::value> events = ws.drain();
+        return json::serialize(json::array(events.begin(), events.end()));
+    }
     Reply socketHandshake(const std::string& target, const std::string& authorization) {
         return wsHandshake(svc->port(), target, authorization);
     }
@@ -618,6 +624,42 @@ std::vector<Row> AuthorizationMatrix::rows() {
         }
         return socketHandshake("/v1/events", bearer(token(w, c)));
     };
+    out.back().check = [this](World& w, const Target&, Caller c, const Reply&) {
+        if (c != LoggedOut) {
+            return;
+        }
+        // A socket that was open when its token was logged out is closed before any further event.
+        const std::string session =
+            str(must(200, "POST", "/v1/sessions",
+                     json::object{{"displayName", w.owner.name}, {"password", kPassword}}, {})
+                    .at("token"));
+        WsClient ws(svc->port(), session);
+        ws.drain();
+        must(204, "DELETE", "/v1/sessions/current", nullptr, session);
+        const std::string later = friendRequest(w.other, w.owner);
+        while (std::optional<json::value> m = ws.next()) {
+            EXPECT_EQ(json::serialize(*m).find(later), std::string::npos)
+                << "an ended token still hears events";
+        }
+    };
+    // Acknowledging: each player acknowledges only his own events.
+    Row& ack = add("ack", "/v1/events", "", Via::Socket,
+                   [this](World& w) { return to("/v1/events", {}, friendRequest(w.party, w.owner)); },
+                   {ok(101), kNone, refused(101, "invalid_ack"), kUnauthorized, kUnauthorized});
+    ack.state = [this](World& w, const Target&) { return pendingEvents(w.owner.token); };
+    ack.perform = [this](World& w, Target&, Caller c) {
+        if (c == LoggedOut || c == NoToken) {
+            return socketHandshake("/v1/events", bearer(token(w, c)));
+        }
+        WsClient ws(svc->port(), token(w, c));
+        ws.drain();
+        ws.ack(1);
+        return socketReply(ws.drain());
+    };
+    ack.check = [this](World& w, const Target& t, Caller c, const Reply&) {
+        const bool waiting = pendingEvents(w.owner.token).find(t.id) != std::string::npos;
+        EXPECT_EQ(waiting, c != Owner) << kCallerNames[c];
+    };
     add("GET", "/v1/events", "access_token", Via::Socket, at("/v1/events?access_token="), socket).perform =
         [this](World& w, Target&, Caller c) {
             const std::string t = token(w, c);
@@ -871,7 +913,8 @@ TEST_P(AuthorizationMatrix, EveryRouteAnswersEveryKindOfCallerAsDocumented) {
         }
     }
 
-    std::cout << "[ matrix   ] " << GetParam() << ": " << rowRoutes.size() << " routes in " << table.size()
+    std::cout << "[ matrix   ] " << GetParam() << ": " << rowRoutes.size() << " routes (" << apiRoutes.size()
+              << " of the API; the metrics, the event socket and its messages) in " << table.size()
               << " rows x " << kCallers << " kinds of caller, " << cells << " cells checked" << std::endl;
     RecordProperty("routes", static_cast<int>(rowRoutes.size()));
     RecordProperty("cells", static_cast<int>(cells));
