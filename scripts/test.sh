@@ -28,3 +28,6 @@ fi
 echo "== tests"
 export QT_QPA_PLATFORM=offscreen
 ctest --test-dir "$build" --output-on-failure -j "$jobs"
+
+# The size of the authorisation matrix (routes, kinds of caller, cells), from the log of the run above.
+grep -h '^\[ matrix' "$build/Testing/Temporary/LastTest.log" 2>/dev/null || true

@@ -136,6 +136,15 @@ void Api::add(std::string method, std::string pattern, Handler h, bool needsToke
     routes_.push_back(Route{std::move(method), std::move(pattern), std::move(parts), h, needsToken});
 }
 
+std::vector<std::pair<std::string, std::string>> Api::routes() const {
+    std::vector<std::pair<std::string, std::string>> out;
+    out.reserve(routes_.size());
+    for (const Route& r : routes_) {
+        out.emplace_back(r.method, r.pattern);
+    }
+    return out;
+}
+
 void Api::setEventListener(EventListener* l) {
     std::lock_guard lock(listenerMutex_);
     listener_ = l;
@@ -276,17 +285,18 @@ Response Api::handle(const Request& req) {
         if (found->pattern.starts_with("/v1/") && !requests_.allow(req.remote, clock_())) {
             throw ApiError(429, "rate_limited", "too many requests from this address", 1000);
         }
-        for (const auto& a : ctx.args) {
-            if (!isIdentifier(a)) {
-                throw ApiError(404, "not_found", "no such identifier");
-            }
-        }
+        // The token first: a caller without one learns nothing of the path, not even that it names nothing.
         if (found->needsToken) {
             auto player = authenticate(req.authorization);
             if (!player) {
                 throw ApiError(401, "unauthorized", "a valid bearer token is required");
             }
             ctx.playerId = *player;
+        }
+        for (const auto& a : ctx.args) {
+            if (!isIdentifier(a)) {
+                throw ApiError(404, "not_found", "no such identifier");
+            }
         }
         res = (this->*(found->handler))(ctx);
     } catch (const ApiError& e) {

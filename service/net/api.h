@@ -86,6 +86,8 @@ public:
     void setEventListener(EventListener* l);
 
     Response handle(const Request& req);
+    // Every route this API answers, as its method and pattern ("/v1/matches/{id}"), in the order tried.
+    std::vector<std::pair<std::string, std::string>> routes() const;
 
     // The player of a bearer token ("Bearer …" or the bare token), when it is valid.
     std::optional<std::string> authenticate(std::string_view credentials);

@@ -227,7 +227,7 @@ void WsClient::close() {
     io_.run_for(std::chrono::seconds(2));
 }
 
-unsigned wsHandshakeStatus(unsigned short port, const std::string& target, const std::string& authorization) {
+Reply wsHandshake(unsigned short port, const std::string& target, const std::string& authorization) {
     asio::io_context io;
     beast::websocket::stream<beast::tcp_stream> ws(io);
     beast::get_lowest_layer(ws).connect(tcp::endpoint(asio::ip::make_address("127.0.0.1"), port));
@@ -240,7 +240,15 @@ unsigned wsHandshakeStatus(unsigned short port, const std::string& target, const
     beast::websocket::response_type res;
     beast::error_code ec;
     ws.handshake(res, "127.0.0.1", target, ec);
-    return res.result_int();
+    Reply out;
+    out.status = res.result_int();
+    out.body = res.body();
+    json::error_code jec;
+    out.json = json::parse(out.body, jec);
+    if (jec) {
+        out.json = nullptr;
+    }
+    return out;
 }
 
 TestService::TestService(const std::string& backend, net::ApiConfig config)

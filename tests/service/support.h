@@ -109,8 +109,13 @@ private:
     bool open_ = false;
 };
 
+// The answer to a WebSocket handshake: 101 when it was accepted, else the refusal with its body.
+Reply wsHandshake(unsigned short port, const std::string& target, const std::string& authorization);
 // HTTP status of a refused WebSocket handshake, or 101 when it was accepted.
-unsigned wsHandshakeStatus(unsigned short port, const std::string& target, const std::string& authorization);
+inline unsigned wsHandshakeStatus(unsigned short port, const std::string& target,
+                                  const std::string& authorization) {
+    return wsHandshake(port, target, authorization).status;
+}
 
 struct Account {
     std::string id;
