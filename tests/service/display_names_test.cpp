@@ -114,10 +114,11 @@ TEST_P(DisplayNamesTest, OldNamesThatComeToShareAKeyKeepWorking) {
           {"FOO", "big secret", "Tlegacy04"}}) {
         Reply r = login(name, password);
         ASSERT_EQ(r.status, 200u) << name << ": " << r.body;
-        EXPECT_EQ(r.obj().at("player").at("playerID"), id);
+        EXPECT_EQ(str(r.obj().at("player").at("playerID")), id);
     }
     EXPECT_EQ(login("bader", "wide secret!").status, 401u);
-    EXPECT_EQ(login(kFullWidthBader, "wide secret").obj().at("player").at("displayName"), kFullWidthBader);
+    EXPECT_EQ(str(login(kFullWidthBader, "wide secret").obj().at("player").at("displayName")),
+              kFullWidthBader);
 
     // No new name takes a key that is held, and the keys stay as they are from one start to the next.
     EXPECT_EQ(signUp("bader").errorCode(), "name_taken");
