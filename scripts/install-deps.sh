@@ -15,7 +15,7 @@ packages=(
   qml6-module-qttest qml6-module-qtqml-models qt6-charts-dev qml6-module-qtcharts
   libgl-dev libvulkan-dev libxkbcommon-dev
   # the service
-  libboost1.81-dev libsqlite3-dev libpqxx-dev libpq-dev libsodium-dev
+  libboost1.81-dev libsqlite3-dev libpqxx-dev libpq-dev libsodium-dev libicu-dev
   postgresql
   # content tools
   hunspell-ar libhunspell-dev librsvg2-dev

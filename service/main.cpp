@@ -36,6 +36,20 @@ const Option kOptions[] = {
     {"--rate-limit", "TARVOLIN_RATE_LIMIT", "50",
      "requests per second per client address under /v1 (0: no limit)"},
     {"--rate-burst", "TARVOLIN_RATE_BURST", "100", "requests a client address may send at once"},
+    {"--signups-per-hour", "TARVOLIN_SIGNUPS_PER_HOUR", "10",
+     "accounts one client address may create in an hour (0: no limit)"},
+    {"--connections-per-address", "TARVOLIN_CONNECTIONS_PER_ADDRESS", "64",
+     "connections one client address may hold open at once (0: no limit)"},
+    {"--ws-handshakes-per-minute", "TARVOLIN_WS_HANDSHAKES_PER_MINUTE", "30",
+     "WebSocket handshakes per minute per client address after the burst (0: no limit)"},
+    {"--ws-handshake-burst", "TARVOLIN_WS_HANDSHAKE_BURST", "10",
+     "WebSocket handshakes a client address may make at once"},
+    {"--header-timeout", "TARVOLIN_HEADER_TIMEOUT", "10",
+     "seconds a request's headers may take from its first byte"},
+    {"--idle-timeout", "TARVOLIN_IDLE_TIMEOUT", "60",
+     "seconds a keep-alive connection may wait for its next request (and a body may take)"},
+    {"--ws-timeout", "TARVOLIN_WS_TIMEOUT", "120",
+     "seconds of silence after which a WebSocket is closed (pinged at half of it)"},
     {"--settings", "TARVOLIN_SETTINGS", "",
      "file of key=value lines served at /views/wallsettings.php (default: a built-in record)"},
     {"--shutdown-grace", "TARVOLIN_SHUTDOWN_GRACE", "10", "seconds to finish requests after SIGTERM"},
@@ -120,6 +134,15 @@ int main(int argc, char** argv) {
         serverConfig.shutdownGrace = std::chrono::seconds(number(values, "--shutdown-grace", 0, 3600));
         apiConfig.requestsPerSecond = static_cast<double>(number(values, "--rate-limit", 0, 1'000'000));
         apiConfig.requestBurst = static_cast<double>(number(values, "--rate-burst", 1, 1'000'000));
+        apiConfig.signupsPerHour = static_cast<int>(number(values, "--signups-per-hour", 0, 1'000'000));
+        serverConfig.connectionsPerAddress =
+            static_cast<int>(number(values, "--connections-per-address", 0, 1'000'000));
+        serverConfig.handshakesPerMinute =
+            static_cast<int>(number(values, "--ws-handshakes-per-minute", 0, 1'000'000));
+        serverConfig.handshakeBurst = static_cast<int>(number(values, "--ws-handshake-burst", 1, 1'000'000));
+        serverConfig.headerTimeout = std::chrono::seconds(number(values, "--header-timeout", 1, 3600));
+        serverConfig.idleTimeout = std::chrono::seconds(number(values, "--idle-timeout", 1, 86400));
+        serverConfig.websocketTimeout = std::chrono::seconds(number(values, "--ws-timeout", 2, 86400));
         if (!values["--settings"].empty()) {
             std::ifstream in(values["--settings"]);
             if (!in) {
@@ -146,6 +169,10 @@ int main(int argc, char** argv) {
         auto store = store::makeSqlStore(store::openDatabase(values["--database"]));
         int version = store->migrate();
         net::Api api(*store, apiConfig);
+        if (std::size_t rekeyed = api.rekeyNames()) {
+            log.log(net::LogLevel::Info, "name keys recomputed",
+                    {{"players", static_cast<std::int64_t>(rekeyed)}});
+        }
         api.watchOtherInstances();
         api.loadLeaderboard();
         net::Server server(api, serverConfig, log);

@@ -1,6 +1,7 @@
 #include "logic/limits.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace tarvolin::logic {
 
@@ -47,9 +48,9 @@ void FailureLimiter::clear(const std::string& key) {
     failures_.erase(key);
 }
 
-bool RequestLimiter::allow(const std::string& key, std::int64_t nowMs) {
+std::int64_t RequestLimiter::take(const std::string& key, std::int64_t nowMs) {
     if (rate_ <= 0) {
-        return true;
+        return 0;
     }
     std::lock_guard lock(mutex_);
     if (nowMs - lastSweep_ > 60'000) {
@@ -63,11 +64,14 @@ bool RequestLimiter::allow(const std::string& key, std::int64_t nowMs) {
     double elapsed = static_cast<double>(std::max<std::int64_t>(0, nowMs - b.at)) / 1000.0;
     b.tokens = std::min(burst_, b.tokens + elapsed * rate_);
     b.at = nowMs;
-    if (b.tokens < 1.0) {
-        return false;
+    // Tokens add up in small steps: a token short by rounding alone counts as whole.
+    constexpr double kSlack = 1e-9;
+    if (b.tokens < 1.0 - kSlack) {
+        const double ms = (1.0 - b.tokens) / rate_ * 1000.0;
+        return std::max<std::int64_t>(1, static_cast<std::int64_t>(std::ceil(ms - 1e-6)));
     }
-    b.tokens -= 1.0;
-    return true;
+    b.tokens = std::max(0.0, b.tokens - 1.0);
+    return 0;
 }
 
 } // namespace tarvolin::logic

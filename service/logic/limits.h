@@ -34,7 +34,10 @@ public:
     // perSecond of 0 turns the limit off.
     RequestLimiter(double perSecond, double burst) : rate_(perSecond), burst_(burst) {}
 
-    bool allow(const std::string& key, std::int64_t nowMs);
+    bool allow(const std::string& key, std::int64_t nowMs) { return take(key, nowMs) == 0; }
+    // Takes one request of the key: 0 when it is allowed, otherwise the milliseconds until it would be
+    // (nothing is taken then).
+    std::int64_t take(const std::string& key, std::int64_t nowMs);
 
 private:
     struct Bucket {

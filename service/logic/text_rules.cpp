@@ -5,6 +5,10 @@
 #include <cstdint>
 #include <stdexcept>
 
+#include <unicode/normalizer2.h>
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
+
 namespace tarvolin::logic {
 namespace {
 
@@ -36,6 +40,63 @@ bool isControl(char32_t c) {
 }
 bool isBlank(char32_t c) {
     return c == ' ' || c == 0xA0 || c == 0x3000 || (c >= 0x2000 && c <= 0x200B);
+}
+
+constexpr char32_t kTatweel = 0x0640;
+
+bool isVariationSelector(char32_t c) {
+    return (c >= 0xFE00 && c <= 0xFE0F) || (c >= 0xE0100 && c <= 0xE01EF) || (c >= 0x180B && c <= 0x180D) ||
+           c == 0x180F;
+}
+
+// Why a character may not stand in a name at this place (after `before`, 0 at the start), or nullptr.
+const char* invisibleProblem(char32_t c, char32_t before) {
+    if (isControl(c)) {
+        return "the display name holds a control character";
+    }
+    if (isVariationSelector(c)) {
+        // A variation selector changes how the character before it is drawn; alone it is invisible.
+        if (before == 0 || isVariationSelector(before) || u_isUWhiteSpace(static_cast<UChar32>(before))) {
+            return "the display name holds a variation selector that follows no character";
+        }
+        return nullptr;
+    }
+    const auto u = static_cast<UChar32>(c);
+    if (u_charType(u) == U_FORMAT_CHAR || u_hasBinaryProperty(u, UCHAR_DEFAULT_IGNORABLE_CODE_POINT) ||
+        c == 0x2800) {
+        return "the display name holds an invisible or direction-changing character";
+    }
+    const auto type = u_charType(u);
+    if (type == U_UNASSIGNED || type == U_PRIVATE_USE_CHAR || type == U_SURROGATE) {
+        return "the display name holds an unassigned or private-use character";
+    }
+    return nullptr;
+}
+
+const icu::Normalizer2& normalizer(bool caseFold) {
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::Normalizer2* n = caseFold ? icu::Normalizer2::getNFKCCasefoldInstance(status)
+                                         : icu::Normalizer2::getNFKCInstance(status);
+    if (U_FAILURE(status) || n == nullptr) {
+        throw std::runtime_error(std::string("ICU normalisation data is missing: ") + u_errorName(status));
+    }
+    return *n;
+}
+
+icu::UnicodeString normalized(std::string_view s, bool caseFold) {
+    UErrorCode status = U_ZERO_ERROR;
+    icu::UnicodeString out = normalizer(caseFold).normalize(
+        icu::UnicodeString::fromUTF8(icu::StringPiece(s.data(), static_cast<int32_t>(s.size()))), status);
+    if (U_FAILURE(status)) {
+        throw std::runtime_error(std::string("cannot normalise a name: ") + u_errorName(status));
+    }
+    return out;
+}
+
+std::string toUtf8(const icu::UnicodeString& s) {
+    std::string out;
+    s.toUTF8String(out);
+    return out;
 }
 
 std::string trim(std::string_view s) {
@@ -87,40 +148,66 @@ std::optional<std::size_t> utf8Length(std::string_view s) {
 }
 
 std::optional<std::string> displayNameProblem(std::string_view name) {
-    auto len = utf8Length(name);
-    if (!len) {
-        return "the display name is not valid UTF-8";
-    }
-    if (*len < 2 || *len > 32) {
+    if (name.size() > 1024) {
         return "the display name must have 2 to 32 characters";
     }
-    std::size_t i = 0;
-    std::optional<char32_t> first;
-    char32_t last = 0;
-    while (i < name.size()) {
-        char32_t c = *next(name, i);
-        if (isControl(c)) {
-            return "the display name holds a control character";
-        }
-        if (!first) {
-            first = c;
-        }
-        last = c;
+    if (!utf8Length(name)) {
+        return "the display name is not valid UTF-8";
     }
-    if (isBlank(*first) || isBlank(last)) {
-        return "the display name begins or ends with a blank";
+    // The characters as sent, then as they are kept: normalising can neither hide nor bring in a problem.
+    for (const std::string& form : {std::string(name), displayNameForm(name)}) {
+        std::size_t i = 0;
+        std::size_t count = 0;
+        char32_t first = 0;
+        char32_t last = 0;
+        while (i < form.size()) {
+            char32_t c = *next(form, i);
+            if (const char* why = invisibleProblem(c, last)) {
+                return why;
+            }
+            first = count++ == 0 ? c : first;
+            last = c;
+        }
+        if (count < 2 || count > 32) {
+            return "the display name must have 2 to 32 characters";
+        }
+        if (isBlank(first) || isBlank(last) || u_isUWhiteSpace(static_cast<UChar32>(first)) ||
+            u_isUWhiteSpace(static_cast<UChar32>(last))) {
+            return "the display name begins or ends with a blank";
+        }
+    }
+    if (*utf8Length(nameKey(name)) < 2) {
+        return "the display name must have 2 to 32 characters besides tatweel";
     }
     return std::nullopt;
 }
 
+std::string displayNameForm(std::string_view name) {
+    return toUtf8(normalized(name, false));
+}
+
 std::string nameKey(std::string_view name) {
-    std::string key(name);
-    for (char& c : key) {
-        if (c >= 'A' && c <= 'Z') {
-            c = static_cast<char>(c - 'A' + 'a');
+    // NFKC with case folding also drops the default-ignorable characters (joiners, selectors, marks of
+    // direction); tatweel only stretches a joining and goes too; blanks count as one space between words.
+    const icu::UnicodeString folded = normalized(name, true);
+    icu::UnicodeString key;
+    bool blank = false;
+    for (int32_t i = 0; i < folded.length(); i = folded.moveIndex32(i, 1)) {
+        const UChar32 c = folded.char32At(i);
+        if (c == static_cast<UChar32>(kTatweel)) {
+            continue;
         }
+        if (u_isUWhiteSpace(c)) {
+            blank = !key.isEmpty();
+            continue;
+        }
+        if (blank) {
+            key.append(static_cast<UChar>(' '));
+            blank = false;
+        }
+        key.append(c);
     }
-    return key;
+    return toUtf8(key);
 }
 
 std::optional<std::string> passwordProblem(std::string_view password) {

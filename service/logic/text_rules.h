@@ -13,10 +13,16 @@ namespace tarvolin::logic {
 // Number of code points when s is valid UTF-8, otherwise nullopt.
 std::optional<std::size_t> utf8Length(std::string_view s);
 
-// A name of 2 to 32 characters, without control characters and without blanks at either end.
-// Returns a message when the name is refused.
+// A name of 2 to 32 characters, sent and once normalised, without blanks at either end and without
+// control, invisible or direction-changing characters (format characters, default-ignorables such as the
+// joiners and Hangul fillers, a variation selector that follows no character), unassigned or private-use
+// ones. Returns a message when the name is refused.
 std::optional<std::string> displayNameProblem(std::string_view name);
-// The key under which a name is unique: ASCII letters folded to lower case.
+// The form a name is kept and shown in: NFKC (full-width letters, ligatures and Arabic presentation forms
+// become the plain characters). name must be valid UTF-8.
+std::string displayNameForm(std::string_view name);
+// The key under which a name is unique and found: NFKC case-folded, without default-ignorable characters
+// and tatweel, each run of blanks one space, none at the ends. Names that look alike share it.
 std::string nameKey(std::string_view name);
 // 8 to 128 bytes of UTF-8.
 std::optional<std::string> passwordProblem(std::string_view password);

@@ -80,7 +80,8 @@ Api::Api(store::Store& store, ApiConfig config, ClockMs clock)
     : store_(store), config_(std::move(config)), clock_(std::move(clock)),
       accountFailures_(config_.failuresPerAccount, config_.failureWindowMs),
       addressFailures_(config_.failuresPerAddress, config_.failureWindowMs),
-      requests_(config_.requestsPerSecond, config_.requestBurst) {
+      requests_(config_.requestsPerSecond, config_.requestBurst),
+      signups_(config_.signupsPerHour / 3600.0, config_.signupsPerHour) {
     if (sodium_init() < 0) {
         throw std::runtime_error("libsodium cannot be initialised");
     }
@@ -317,6 +318,10 @@ Response Api::handle(const Request& req) {
     return res;
 }
 
+std::size_t Api::rekeyNames() {
+    return store_.rekeyNames([](const std::string& name) { return logic::nameKey(name); });
+}
+
 Response Api::root(Ctx&) {
     Response r;
     r.contentType = "text/plain; charset=utf-8";
@@ -368,8 +373,14 @@ Response Api::createAccount(Ctx& c) {
     if (auto why = logic::displayNameProblem(name)) {
         throw ApiError(400, "invalid_display_name", *why);
     }
+    name = logic::displayNameForm(name);
     if (auto why = logic::passwordProblem(password)) {
         throw ApiError(400, "invalid_password", *why);
+    }
+    // Counted before the costly hash: every well-formed attempt of the address, taken names too.
+    if (std::int64_t wait = signups_.take(c.req.remote, clock_())) {
+        limits_.bit(LimitMetrics::Limit::Signups);
+        throw ApiError(429, "rate_limited", "too many sign-ups from this address; try again later", wait);
     }
     store::Credentials cred{store::PlayerRecord{"T" + randomHex(8), name, clock_()}, logic::nameKey(name),
                             hashPassword(password)};
@@ -393,10 +404,22 @@ Response Api::login(Ctx& c) {
     if (wait > 0) {
         throw ApiError(429, "too_many_attempts", "too many failed logins; try again later", wait);
     }
-    auto cred = store_.credentialsByNameKey(accountKey);
-    const std::string& hash = cred ? cred->passwordHash : dummyHash_;
-    bool ok = crypto_pwhash_str_verify(hash.c_str(), password.data(), password.size()) == 0;
-    if (!cred || !ok) {
+    // Usually one player has the key; names kept from before the present rules may share it, and the
+    // password tells which of them logs in.
+    auto namesakes = store_.credentialsSharingKey(accountKey);
+    std::optional<store::Credentials> cred;
+    for (auto& n : namesakes) {
+        if (crypto_pwhash_str_verify(n.passwordHash.c_str(), password.data(), password.size()) == 0) {
+            cred = std::move(n);
+            break;
+        }
+    }
+    if (namesakes.empty()) {
+        // The same cost as a known name, so that the time does not tell which names exist.
+        [[maybe_unused]] const bool never =
+            crypto_pwhash_str_verify(dummyHash_.c_str(), password.data(), password.size()) == 0;
+    }
+    if (!cred) {
         accountFailures_.recordFailure(accountKey, now);
         addressFailures_.recordFailure(c.req.remote, now);
         throw ApiError(401, "invalid_credentials", "the display name or the password is wrong");
@@ -429,6 +452,7 @@ Response Api::rename(Ctx& c) {
     if (auto why = logic::displayNameProblem(name)) {
         throw ApiError(400, "invalid_display_name", *why);
     }
+    name = logic::displayNameForm(name);
     if (!store_.renamePlayer(c.playerId, name, logic::nameKey(name))) {
         throw ApiError(409, "name_taken", "another player has this display name");
     }

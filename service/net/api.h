@@ -64,6 +64,8 @@ struct ApiConfig {
     std::int64_t failureWindowMs = 15 * 60 * 1000;
     double requestsPerSecond = 50; // per address; 0 turns the limit off
     double requestBurst = 100;
+    // Accounts one address may create in an hour (all at once, then one every 3600/n seconds); 0: no limit.
+    int signupsPerHour = 10;
     logic::SettingsItems settings;
 };
 
@@ -77,6 +79,9 @@ class Api {
 public:
     Api(store::Store& store, ApiConfig config, ClockMs clock = systemClockMs);
 
+    // Gives every stored name the key of the present rules (at start, before serving); returns how many
+    // keys changed.
+    std::size_t rekeyNames();
     // Builds the rank index from storage.
     void loadLeaderboard();
     // Follows the changes of other instances on the same database: their scores enter the rank index and
@@ -99,6 +104,7 @@ public:
     std::int64_t leaderboardSize() const;
     std::int64_t now() const { return clock_(); }
     const CommerceMetrics& commerceMetrics() const { return commerce_; }
+    LimitMetrics& limitMetrics() { return limits_; }
     // Moves every turn that has run out by now to its next player; returns how many moved.
     std::size_t expireDueTurns();
     // Live matches, over the event WebSocket. Connects the player to a found match; the opponent hears of it
@@ -214,6 +220,7 @@ private:
     logic::FailureLimiter accountFailures_;
     logic::FailureLimiter addressFailures_;
     logic::RequestLimiter requests_;
+    logic::RequestLimiter signups_;
     logic::RequestLimiter matchCreations_{kMatchesPerSecond, kMatchBurst};
     logic::RequestLimiter liveCreations_{kMatchesPerSecond, kMatchBurst};
     std::string dummyHash_; // verified against when a name is unknown, so both cases cost the same
@@ -224,6 +231,7 @@ private:
     std::int64_t lastReachedAt_ = 0;
 
     CommerceMetrics commerce_;
+    LimitMetrics limits_;
 
     std::unique_ptr<store::Watch> watch_; // last, so that it ends first
 };

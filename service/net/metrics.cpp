@@ -98,4 +98,32 @@ std::string CommerceMetrics::render() const {
     return out.str();
 }
 
+const char* LimitMetrics::name(Limit l) {
+    switch (l) {
+    case Limit::Signups:
+        return "signups";
+    case Limit::Handshakes:
+        return "handshakes";
+    case Limit::Connections:
+        return "connections";
+    case Limit::HeaderTimeout:
+        return "header_timeout";
+    case Limit::WebSocketTimeout:
+        return "websocket_timeout";
+    }
+    return "unknown";
+}
+
+std::string LimitMetrics::render() const {
+    std::ostringstream out;
+    out << "# HELP tarvolin_limited_total Requests refused and connections closed by the abuse limits, by "
+           "limit.\n"
+        << "# TYPE tarvolin_limited_total counter\n";
+    for (std::size_t i = 0; i < kLimits; ++i) {
+        out << "tarvolin_limited_total{limit=\"" << name(static_cast<Limit>(i)) << "\"} " << counts_[i].load()
+            << "\n";
+    }
+    return out.str();
+}
+
 } // namespace tarvolin::net

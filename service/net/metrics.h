@@ -63,4 +63,25 @@ private:
     std::array<std::atomic<std::uint64_t>, 4> refused_{};
 };
 
+// Abuse limits that bit: refusals and connections cut off, by limit. The API and the server count into one.
+class LimitMetrics {
+public:
+    enum class Limit {
+        Signups,         // sign-ups refused for their address
+        Handshakes,      // WebSocket handshakes refused for their address
+        Connections,     // connections closed at once: their address had too many open
+        HeaderTimeout,   // requests whose headers did not arrive in time
+        WebSocketTimeout // WebSockets closed because they stopped answering
+    };
+    static constexpr std::size_t kLimits = 5;
+    static const char* name(Limit l);
+
+    void bit(Limit l) { ++counts_.at(static_cast<std::size_t>(l)); }
+    std::uint64_t count(Limit l) const { return counts_.at(static_cast<std::size_t>(l)).load(); }
+    std::string render() const;
+
+private:
+    std::array<std::atomic<std::uint64_t>, kLimits> counts_{};
+};
+
 } // namespace tarvolin::net

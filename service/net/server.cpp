@@ -52,6 +52,20 @@ http::response<http::string_body> toHttp(const Response& r, bool head, unsigned 
     return res;
 }
 
+// The client's address as the limits count it: an IPv4 client on an IPv6 socket counts as its IPv4 address.
+std::string addressOf(const tcp::socket& socket) {
+    beast::error_code ec;
+    auto ep = socket.remote_endpoint(ec);
+    if (ec) {
+        return "unknown";
+    }
+    auto a = ep.address();
+    if (a.is_v6() && a.to_v6().is_v4_mapped()) {
+        return asio::ip::make_address_v4(asio::ip::v4_mapped, a.to_v6()).to_string();
+    }
+    return a.to_string();
+}
+
 Response jsonError(unsigned status, const std::string& code, const std::string& message) {
     Response r;
     r.status = status;
@@ -80,8 +94,9 @@ std::pair<std::uint64_t, std::uint64_t> raiseOpenFileLimit() {
 // client acknowledges.
 class WsSession : public std::enable_shared_from_this<WsSession>, public Stoppable, public LiveEndpoint {
 public:
-    WsSession(tcp::socket&& socket, Server& server, std::string playerId, std::string tokenKey)
-        : ws_(std::move(socket)), server_(server), playerId_(std::move(playerId)),
+    WsSession(tcp::socket&& socket, Server& server, std::unique_ptr<ConnectionSlot> slot,
+              std::string playerId, std::string tokenKey)
+        : ws_(std::move(socket)), server_(server), slot_(std::move(slot)), playerId_(std::move(playerId)),
           tokenKey_(std::move(tokenKey)) {}
 
     ~WsSession() override {
@@ -94,7 +109,12 @@ public:
 
     void run(http::request<http::string_body> req) {
         server_.track(this, weak_from_this());
-        ws_.set_option(websocket::stream_base::timeout::suggested(beast::role_type::server));
+        // Pinged after half the timeout without a word from the client, closed after the whole.
+        websocket::stream_base::timeout timeouts{};
+        timeouts.handshake_timeout = std::chrono::seconds(30);
+        timeouts.idle_timeout = server_.config().websocketTimeout;
+        timeouts.keep_alive_pings = true;
+        ws_.set_option(timeouts);
         ws_.set_option(websocket::stream_base::decorator(
             [](websocket::response_type& res) { res.set(http::field::server, "tarvolin-service"); }));
         // Room for the largest piece of live data in base64 and its JSON.
@@ -184,6 +204,11 @@ private:
         if (ec) {
             // Closed, timed out or failed: the player leaves his live matches, and the session ends with its
             // last handler.
+            if (ec == beast::error::timeout) {
+                server_.api().limitMetrics().bit(LimitMetrics::Limit::WebSocketTimeout);
+                server_.log().log(LogLevel::Info, "websocket timed out",
+                                  {{"player", playerId_}, {"remote", slot_ ? slot_->address() : ""}});
+            }
             leaveLiveMatches();
             return;
         }
@@ -352,6 +377,7 @@ private:
 
     websocket::stream<beast::tcp_stream> ws_;
     Server& server_;
+    std::unique_ptr<ConnectionSlot> slot_;
     std::string playerId_;
     std::string tokenKey_;
     beast::flat_buffer buffer_;
@@ -365,11 +391,8 @@ private:
 // One HTTP connection: reads requests one after the other and answers each.
 class HttpSession : public std::enable_shared_from_this<HttpSession>, public Stoppable {
 public:
-    HttpSession(tcp::socket&& socket, Server& server) : stream_(std::move(socket)), server_(server) {
-        beast::error_code ec;
-        auto ep = stream_.socket().remote_endpoint(ec);
-        remote_ = ec ? "unknown" : ep.address().to_string();
-    }
+    HttpSession(tcp::socket&& socket, Server& server, std::unique_ptr<ConnectionSlot> slot)
+        : stream_(std::move(socket)), server_(server), slot_(std::move(slot)), remote_(slot_->address()) {}
 
     ~HttpSession() override { server_.untrack(this); }
 
@@ -396,6 +419,37 @@ private:
         parser_.emplace();
         parser_->body_limit(server_.config().maxBodyBytes);
         parser_->header_limit(16 * 1024);
+        if (buffer_.size() > 0) {
+            return readHeader();
+        }
+        // Idle between requests: the next one may take its time to begin.
+        stream_.expires_after(server_.config().idleTimeout);
+        stream_.async_read_some(buffer_.prepare(4096),
+                                [self = shared_from_this()](beast::error_code ec, std::size_t n) {
+                                    self->buffer_.commit(n);
+                                    if (ec || self->stopping_) {
+                                        return self->close();
+                                    }
+                                    self->readHeader();
+                                });
+    }
+
+    // The request has begun: its headers have headerTimeout in all, however slowly the bytes come.
+    void readHeader() {
+        stream_.expires_after(server_.config().headerTimeout);
+        http::async_read_header(stream_, buffer_, *parser_,
+                                beast::bind_front_handler(&HttpSession::onHeader, shared_from_this()));
+    }
+
+    void onHeader(beast::error_code ec, std::size_t n) {
+        if (ec == beast::error::timeout) {
+            server_.api().limitMetrics().bit(LimitMetrics::Limit::HeaderTimeout);
+            server_.log().log(LogLevel::Debug, "request headers timed out", {{"remote", remote_}});
+            return close();
+        }
+        if (ec || parser_->is_done()) {
+            return onRead(ec, n);
+        }
         stream_.expires_after(server_.config().idleTimeout);
         http::async_read(stream_, buffer_, *parser_,
                          beast::bind_front_handler(&HttpSession::onRead, shared_from_this()));
@@ -454,7 +508,8 @@ private:
                                                 "score.\n# TYPE tarvolin_leaderboard_players gauge\n"
                                                 "tarvolin_leaderboard_players " +
                                                 std::to_string(server_.api().leaderboardSize()) + "\n" +
-                                                server_.api().commerceMetrics().render());
+                                                server_.api().commerceMetrics().render() +
+                                                server_.api().limitMetrics().render());
             res.route = "/metrics";
         } else {
             r.query = std::move(*query);
@@ -487,6 +542,10 @@ private:
             refusal = jsonError(404, "not_found", "WebSockets are served at /v1/events");
         } else if (server_.stopping()) {
             refusal = jsonError(503, "shutting_down", "the service is shutting down");
+        } else if (std::int64_t wait = server_.handshakeWait(remote_)) {
+            server_.api().limitMetrics().bit(LimitMetrics::Limit::Handshakes);
+            refusal = jsonError(429, "rate_limited", "too many WebSocket handshakes from this address");
+            refusal.headers.emplace_back("Retry-After", std::to_string((wait + 999) / 1000));
         } else {
             credentials = std::string(req[http::field::authorization]);
             if (credentials.empty() && q != std::string_view::npos) {
@@ -522,7 +581,8 @@ private:
             return reply(refusal, false, req.version(), false);
         }
         stream_.expires_never();
-        std::make_shared<WsSession>(stream_.release_socket(), server_, *player, Api::tokenKey(credentials))
+        std::make_shared<WsSession>(stream_.release_socket(), server_, std::move(slot_), *player,
+                                    Api::tokenKey(credentials))
             ->run(std::move(req));
     }
 
@@ -530,6 +590,7 @@ private:
         auto res = std::make_shared<http::response<http::string_body>>(
             toHttp(r, head, version, keepAlive && !stopping_ && !server_.stopping()));
         bool close = !res->keep_alive();
+        stream_.expires_after(server_.config().idleTimeout);
         http::async_write(stream_, *res,
                           [self = shared_from_this(), res, close](beast::error_code ec, std::size_t) {
                               self->busy_ = false;
@@ -548,6 +609,7 @@ private:
 
     beast::tcp_stream stream_;
     Server& server_;
+    std::unique_ptr<ConnectionSlot> slot_; // moves to the WebSocket on an upgrade
     beast::flat_buffer buffer_;
     std::optional<http::request_parser<http::string_body>> parser_;
     std::string remote_;
@@ -556,8 +618,10 @@ private:
 };
 
 Server::Server(Api& api, ServerConfig config, Logger& log)
-    : api_(api), config_(std::move(config)), log_(log), acceptor_(asio::make_strand(io_)),
-      acceptRetry_(acceptor_.get_executor()), sweepTimer_(asio::make_strand(io_)) {
+    : api_(api), config_(std::move(config)), log_(log),
+      handshakes_(config_.handshakesPerMinute / 60.0, std::max(1, config_.handshakeBurst)),
+      acceptor_(asio::make_strand(io_)), acceptRetry_(acceptor_.get_executor()),
+      sweepTimer_(asio::make_strand(io_)) {
     api_.setEventListener(this);
 }
 
@@ -593,7 +657,12 @@ void Server::accept() {
             return;
         }
         if (!ec) {
-            std::make_shared<HttpSession>(std::move(socket), *this)->run();
+            std::string address = addressOf(socket);
+            if (auto slot = admit(address)) {
+                std::make_shared<HttpSession>(std::move(socket), *this, std::move(slot))->run();
+            } else {
+                refuse(socket, address);
+            }
             accept();
             return;
         }
@@ -614,6 +683,68 @@ void Server::accept() {
             }
         });
     });
+}
+
+ConnectionSlot::~ConnectionSlot() {
+    server_->release(address_);
+}
+
+std::unique_ptr<ConnectionSlot> Server::admit(const std::string& address) {
+    std::lock_guard lock(addressMutex_);
+    int& n = perAddress_[address];
+    if (config_.connectionsPerAddress > 0 && n >= config_.connectionsPerAddress) {
+        return nullptr;
+    }
+    ++n;
+    return std::make_unique<ConnectionSlot>(*this, address);
+}
+
+void Server::release(const std::string& address) {
+    std::lock_guard lock(addressMutex_);
+    auto it = perAddress_.find(address);
+    if (it != perAddress_.end() && --it->second <= 0) {
+        perAddress_.erase(it);
+    }
+}
+
+int Server::openConnections(const std::string& address) {
+    std::lock_guard lock(addressMutex_);
+    auto it = perAddress_.find(address);
+    return it == perAddress_.end() ? 0 : it->second;
+}
+
+std::int64_t Server::handshakeWait(const std::string& address) {
+    return handshakes_.take(address, api_.now());
+}
+
+// On the acceptor's strand: the connection of an address over its limit gets a short answer, written without
+// waiting (a new socket's send buffer is empty), and is closed.
+void Server::refuse(tcp::socket& socket, const std::string& address) {
+    api_.limitMetrics().bit(LimitMetrics::Limit::Connections);
+    beast::error_code ec;
+    static const std::string kBody =
+        R"({"error":{"code":"too_many_connections","message":"this address has too many open connections"}})";
+    static const std::string kReply =
+        "HTTP/1.1 503 Service Unavailable\r\nServer: tarvolin-service\r\n"
+        "Content-Type: application/json\r\nRetry-After: 1\r\nConnection: close\r\n"
+        "Content-Length: " +
+        std::to_string(kBody.size()) + "\r\n\r\n" + kBody;
+    socket.non_blocking(true, ec);
+    if (!ec) {
+        socket.write_some(asio::buffer(kReply), ec);
+    }
+    socket.shutdown(tcp::socket::shutdown_both, ec);
+    socket.close(ec);
+    const auto now = std::chrono::steady_clock::now();
+    ++refusals_;
+    if (now - lastRefusalWarning_ >= std::chrono::seconds(1)) {
+        log_.log(LogLevel::Warn, "too many connections from an address",
+                 {{"remote", address},
+                  {"limit", config_.connectionsPerAddress},
+                  {"refused", static_cast<std::int64_t>(refusals_)}});
+        lastRefusalWarning_ = now;
+        refusals_ = 0;
+    }
 }
 
 void Server::sweepTurns() {

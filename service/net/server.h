@@ -33,7 +33,19 @@ struct ServerConfig {
     int threads = 2;
     // Room for 64 KiB of match data in base64 and its JSON.
     std::size_t maxBodyBytes = 128 * 1024;
+    // A keep-alive connection may wait this long for its next request; a request's body and a response's
+    // write have as long again.
     std::chrono::seconds idleTimeout{60};
+    // From the first byte of a request, its headers must be complete within this time, however the bytes
+    // trickle in.
+    std::chrono::seconds headerTimeout{10};
+    // An event WebSocket silent for half of this is pinged, and closed when nothing has come by the end.
+    std::chrono::seconds websocketTimeout{120};
+    // Connections one address may hold open at once; 0: no limit.
+    int connectionsPerAddress = 64;
+    // WebSocket handshakes of one address: a burst, then a pace per minute (0: no limit).
+    int handshakesPerMinute = 30;
+    int handshakeBurst = 10;
     std::chrono::seconds shutdownGrace{10};
     // How often turns that have run out are moved on; 0 leaves it to the caller (tests).
     std::chrono::milliseconds turnSweep{1000};
@@ -47,6 +59,21 @@ public:
 };
 
 class WsSession;
+class Server;
+
+// One open connection counted for its address, released when the slot ends (the session that holds it does).
+class ConnectionSlot {
+public:
+    ConnectionSlot(Server& server, std::string address) : server_(&server), address_(std::move(address)) {}
+    ConnectionSlot(const ConnectionSlot&) = delete;
+    ConnectionSlot& operator=(const ConnectionSlot&) = delete;
+    ~ConnectionSlot();
+    const std::string& address() const { return address_; }
+
+private:
+    Server* server_;
+    std::string address_;
+};
 
 class Server : public EventListener {
 public:
@@ -78,8 +105,17 @@ public:
     void untrack(Stoppable* s);
     void subscribe(const std::string& playerId, WsSession* s, std::weak_ptr<WsSession> w);
     void unsubscribe(const std::string& playerId, WsSession* s);
+    // Counts a new connection of the address; nothing when the address holds its most already.
+    std::unique_ptr<ConnectionSlot> admit(const std::string& address);
+    // Connections open now for an address.
+    int openConnections(const std::string& address);
+    // Takes a WebSocket handshake of the address: 0 when allowed, else the milliseconds to wait.
+    std::int64_t handshakeWait(const std::string& address);
 
 private:
+    friend class ConnectionSlot;
+    void release(const std::string& address);
+    void refuse(boost::asio::ip::tcp::socket& socket, const std::string& address);
     void accept();
     void sweepTurns();
 
@@ -94,6 +130,12 @@ private:
     std::atomic<bool> stopping_{false};
     LiveRelay relay_;
     logic::RequestLimiter liveMessages_{logic::live::kMessagesPerSecond, logic::live::kMessageBurst};
+    logic::RequestLimiter handshakes_;
+    // Open connections by address; declared before io_ like the metrics, for the sessions that outlive it.
+    std::mutex addressMutex_;
+    std::unordered_map<std::string, int> perAddress_;
+    std::chrono::steady_clock::time_point lastRefusalWarning_{};
+    std::uint64_t refusals_ = 0;
 
     boost::asio::io_context io_;
     boost::asio::ip::tcp::acceptor acceptor_;

@@ -11,6 +11,19 @@
 namespace tarvolin::store {
 namespace {
 
+// A LIKE pattern (ESCAPE '!') for the values that start with prefix as it stands.
+std::string likePrefix(std::string_view prefix) {
+    std::string pattern;
+    for (char ch : prefix) {
+        if (ch == '%' || ch == '_' || ch == '!') {
+            pattern += '!';
+        }
+        pattern += ch;
+    }
+    pattern += '%';
+    return pattern;
+}
+
 PlayerRecord playerFrom(const Row& r, std::size_t at = 0) {
     return PlayerRecord{r.text(at), r.text(at + 1), r.integer(at + 2)};
 }
@@ -125,6 +138,71 @@ public:
         return out;
     }
 
+    std::vector<Credentials> credentialsSharingKey(const std::string& nameKey) override {
+        std::vector<Credentials> out;
+        conn_->read([&](Tx& tx) {
+            // Shared keys are the key, the mark and an identifier; LIKE finds them, and the exact test below
+            // keeps only those.
+            const std::string shared = nameKey + Store::kSharedKeyMark;
+            for (const Row& r :
+                 tx.exec("SELECT id, display_name, created_at, name_key, password_hash FROM players "
+                         "WHERE name_key = $1 OR name_key LIKE $2 ESCAPE '!' ORDER BY created_at, id",
+                         {nameKey, likePrefix(shared)})) {
+                Credentials c{playerFrom(r), r.text(3), r.text(4)};
+                if (c.nameKey == nameKey) {
+                    out.insert(out.begin(), std::move(c));
+                } else if (c.nameKey.starts_with(shared)) {
+                    out.push_back(std::move(c));
+                }
+            }
+        });
+        return out;
+    }
+
+    std::size_t rekeyNames(const std::function<std::string(const std::string&)>& keyOf) override {
+        std::size_t changed = 0;
+        conn_->transact([&](Tx& tx) {
+            struct Name {
+                std::string id;
+                std::string key;
+                std::int64_t createdAt;
+                std::string wanted;
+            };
+            std::vector<Name> names;
+            for (const Row& r : tx.exec("SELECT id, display_name, name_key, created_at FROM players")) {
+                names.push_back(Name{r.text(0), r.text(2), r.integer(3), keyOf(r.text(1))});
+            }
+            // Who holds each key: the player who has it already, else the oldest.
+            std::unordered_map<std::string, const Name*> holder;
+            for (const Name& n : names) {
+                auto [it, inserted] = holder.try_emplace(n.wanted, &n);
+                const Name* h = it->second;
+                if (!inserted && h->key != h->wanted &&
+                    (n.key == n.wanted || n.createdAt < h->createdAt ||
+                     (n.createdAt == h->createdAt && n.id < h->id))) {
+                    it->second = &n;
+                }
+            }
+            std::vector<std::pair<std::string, std::string>> moves;
+            for (const Name& n : names) {
+                std::string key =
+                    holder.at(n.wanted) == &n ? n.wanted : n.wanted + Store::kSharedKeyMark + n.id;
+                if (key != n.key) {
+                    moves.emplace_back(n.id, std::move(key));
+                }
+            }
+            // Out of the way first, so that no key is held twice between two updates.
+            for (const auto& [id, key] : moves) {
+                tx.exec("UPDATE players SET name_key = $2 WHERE id = $1", {id, std::string(1, '\x1e') + id});
+            }
+            for (const auto& [id, key] : moves) {
+                tx.exec("UPDATE players SET name_key = $2 WHERE id = $1", {id, key});
+            }
+            changed = moves.size();
+        });
+        return changed;
+    }
+
     bool renamePlayer(const std::string& id, const std::string& displayName,
                       const std::string& nameKey) override {
         try {
@@ -139,15 +217,7 @@ public:
     }
 
     std::vector<PlayerRecord> playersNamed(const std::string& keyPrefix, std::size_t limit) override {
-        // The prefix is matched as it stands: LIKE's own wildcards in it are escaped.
-        std::string pattern;
-        for (char ch : keyPrefix) {
-            if (ch == '%' || ch == '_' || ch == '!') {
-                pattern += '!';
-            }
-            pattern += ch;
-        }
-        pattern += '%';
+        const std::string pattern = likePrefix(keyPrefix);
         std::vector<PlayerRecord> out;
         conn_->read([&](Tx& tx) {
             for (const Row& r : tx.exec("SELECT id, display_name, created_at FROM players "

@@ -130,6 +130,14 @@ public:
     // Returns false when the name key is taken.
     virtual bool createPlayer(const Credentials& c) = 0;
     virtual std::optional<Credentials> credentialsByNameKey(const std::string& nameKey) = 0;
+    // The player of the key first, then the players whose older names came to share it (see rekeyNames).
+    virtual std::vector<Credentials> credentialsSharingKey(const std::string& nameKey) = 0;
+    // Gives every player the key keyOf(display name), in one transaction; returns how many keys changed.
+    // Players whose names come to share a key keep their names: the one that already has the key, or else
+    // the oldest, gets it; each other gets the key followed by kSharedKeyMark and its identifier, which no
+    // name can give, so that no new name takes the key while it is held.
+    virtual std::size_t rekeyNames(const std::function<std::string(const std::string&)>& keyOf) = 0;
+    static constexpr char kSharedKeyMark = '\x1f';
     // Returns false when the name key belongs to another player.
     virtual bool renamePlayer(const std::string& id, const std::string& displayName,
                               const std::string& nameKey) = 0;

@@ -1,6 +1,7 @@
 // The real tarvolin-service program: flags, the embedded database, SIGTERM, and a restart.
 #include "support.h"
 
+#include <boost/asio/read.hpp>
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -272,4 +273,33 @@ TEST_F(ServiceProgram, OutOfDescriptorsItWaitsInsteadOfSpinningAndRecovers) {
         }
     }
     EXPECT_TRUE(healthy);
+}
+
+TEST_F(ServiceProgram, AbuseLimitsAreTakenFromTheEnvironmentAndLogged) {
+    auto service =
+        start("info", {"/usr/bin/env", "TARVOLIN_SIGNUPS_PER_HOUR=1", "TARVOLIN_CONNECTIONS_PER_ADDRESS=2"});
+    HttpClient c(port);
+    signUp(c, "First");
+    Reply second =
+        c.post("/v1/accounts", json::object{{"displayName", "Second"}, {"password", "a long secret"}});
+    EXPECT_EQ(second.status, 429u);
+    EXPECT_EQ(second.headers["Retry-After"], "3600");
+
+    HttpClient other(port);
+    // The third connection of the address is answered before it asks, and closed.
+    boost::asio::io_context io;
+    boost::asio::ip::tcp::socket third(io);
+    third.connect({boost::asio::ip::make_address("127.0.0.1"), port});
+    std::string answer;
+    boost::system::error_code ec;
+    boost::asio::read(third, boost::asio::dynamic_buffer(answer), ec);
+    EXPECT_EQ(ec, boost::asio::error::eof);
+    EXPECT_TRUE(answer.starts_with("HTTP/1.1 503")) << answer;
+    EXPECT_NE(answer.find("too_many_connections"), std::string::npos);
+    bool logged = false;
+    for (const std::string& l : service->linesFor(std::chrono::milliseconds(500))) {
+        logged = logged || l.find("too many connections from an address") != std::string::npos;
+    }
+    EXPECT_TRUE(logged);
+    EXPECT_EQ(other.get("/healthz", "").status, 200u);
 }

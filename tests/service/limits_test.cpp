@@ -43,3 +43,17 @@ TEST(RequestLimiter, ZeroRateMeansNoLimit) {
         EXPECT_TRUE(r.allow("a", 0));
     }
 }
+
+TEST(RequestLimiter, TakeTellsHowLongUntilTheNextRequest) {
+    // Ten an hour: all ten at once, then one every six minutes.
+    RequestLimiter r(10.0 / 3600.0, 10);
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_EQ(r.take("a", 0), 0);
+    }
+    EXPECT_EQ(r.take("a", 0), 360'000);
+    EXPECT_EQ(r.take("a", 60'000), 300'000);
+    // A refusal takes nothing: the wait only shrinks.
+    EXPECT_EQ(r.take("a", 359'999), 1);
+    EXPECT_EQ(r.take("a", 360'000), 0);
+    EXPECT_EQ(r.take("a", 360'000), 360'000);
+}

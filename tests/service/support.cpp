@@ -251,11 +251,11 @@ Reply wsHandshake(unsigned short port, const std::string& target, const std::str
     return out;
 }
 
-TestService::TestService(const std::string& backend, net::ApiConfig config)
-    : TestService(std::make_shared<TestDatabase>(backend), std::move(config)) {}
+TestService::TestService(const std::string& backend, net::ApiConfig config, net::ServerConfig server)
+    : TestService(std::make_shared<TestDatabase>(backend), std::move(config), std::move(server)) {}
 
-TestService::TestService(std::shared_ptr<TestDatabase> db, net::ApiConfig config)
-    : db_(std::move(db)), config_(std::move(config)),
+TestService::TestService(std::shared_ptr<TestDatabase> db, net::ApiConfig config, net::ServerConfig server)
+    : db_(std::move(db)), config_(std::move(config)), serverConfig_(std::move(server)),
       clockRef_(std::make_shared<std::atomic<std::int64_t>>(1'800'000'000'000)), clock_(*clockRef_) {
     start();
 }
@@ -269,24 +269,30 @@ net::ApiConfig TestService::fastConfig() {
     c.hashOpsLimit = crypto_pwhash_OPSLIMIT_MIN;
     c.hashMemLimit = crypto_pwhash_MEMLIMIT_MIN;
     c.requestsPerSecond = 0;
+    c.signupsPerHour = 0; // the cases of the limit turn it on
     c.settings = {{"service", "tarvolin"}, {"bonus", "on"}};
     return c;
+}
+
+net::ServerConfig TestService::serverConfig() {
+    net::ServerConfig sc;
+    sc.address = "127.0.0.1";
+    sc.port = 0;
+    sc.threads = 2;
+    sc.turnSweep = std::chrono::milliseconds(0); // tests move turns on by the clock they drive
+    sc.shutdownGrace = std::chrono::seconds(5);
+    sc.handshakesPerMinute = 0; // the cases of the limit turn it on
+    return sc;
 }
 
 void TestService::start() {
     store_ = db_->open();
     auto clock = clockRef_;
     api_ = std::make_unique<net::Api>(*store_, config_, [clock] { return clock->load(); });
+    api_->rekeyNames();
     api_->watchOtherInstances();
     api_->loadLeaderboard();
-    net::ServerConfig sc;
-    sc.address = "127.0.0.1";
-    sc.port = 0;
-    sc.threads = 2;
-    sc.turnSweep = std::chrono::milliseconds(0); // tests move turns on by the clock they drive
-    sc.maxBodyBytes = net::ServerConfig{}.maxBodyBytes;
-    sc.shutdownGrace = std::chrono::seconds(5);
-    server_ = std::make_unique<net::Server>(*api_, sc, log_);
+    server_ = std::make_unique<net::Server>(*api_, serverConfig_, log_);
     port_ = server_->start();
     client_ = std::make_unique<HttpClient>(port_);
 }

@@ -126,12 +126,16 @@ struct Account {
 // The service on 127.0.0.1 with an ephemeral port, a clock that tests move, and cheap password hashing.
 class TestService {
 public:
-    explicit TestService(const std::string& backend, net::ApiConfig config = fastConfig());
+    explicit TestService(const std::string& backend, net::ApiConfig config = fastConfig(),
+                         net::ServerConfig server = serverConfig());
     // A further instance on the database of another.
-    explicit TestService(std::shared_ptr<TestDatabase> db, net::ApiConfig config = fastConfig());
+    explicit TestService(std::shared_ptr<TestDatabase> db, net::ApiConfig config = fastConfig(),
+                         net::ServerConfig server = serverConfig());
     ~TestService();
 
     static net::ApiConfig fastConfig();
+    // Loopback, an ephemeral port, two threads, no handshake limit.
+    static net::ServerConfig serverConfig();
 
     unsigned short port() const { return port_; }
     HttpClient& http() { return *client_; }
@@ -155,6 +159,7 @@ private:
 
     std::shared_ptr<TestDatabase> db_;
     net::ApiConfig config_;
+    net::ServerConfig serverConfig_;
     std::shared_ptr<std::atomic<std::int64_t>> clockRef_;
     std::atomic<std::int64_t>& clock_;
     net::Logger log_{net::LogLevel::Off};

@@ -18,8 +18,11 @@ public:
     int start(const QString& binary, const QString& database, const QStringList& extra = {},
               int waitMs = 30000) {
         m_process.setProcessChannelMode(QProcess::MergedChannels);
+        // Every player of a test comes from 127.0.0.1: the per-address limits of sign-ups and WebSocket
+        // handshakes are off unless `extra` sets them again (a later flag wins).
         m_process.start(binary, QStringList{"--address", "127.0.0.1", "--port", "0", "--database", database,
-                                            "--log-level", "info"} +
+                                            "--log-level", "info", "--signups-per-hour", "0",
+                                            "--ws-handshakes-per-minute", "0"} +
                                     extra);
         if (!m_process.waitForStarted(10000)) {
             return 0;
