@@ -198,4 +198,25 @@ TEST(ProfileUnderKill, EveryShownBalanceSurvivesAndTheProfileLoadsWhole) {
     EXPECT_GT(balancesChecked, 0);
 }
 
+TEST(ProfileUnderKill, ALockFileLeftEmptyByAKillDoesNotStallTheNextWrite) {
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString settings = dir.filePath(QStringLiteral("settings.ini"));
+    {
+        UserDefaults d(settings);
+        d.setIntegerForKey(150, QStringLiteral("credits"));
+    }
+    // A program killed just after it created the lock of a write, before it wrote its owner into it.
+    {
+        QFile lock(settings + QStringLiteral(".lock"));
+        ASSERT_TRUE(lock.open(QIODevice::WriteOnly));
+    }
+    const auto began = std::chrono::steady_clock::now();
+    UserDefaults d(settings);
+    d.setIntegerForKey(170, QStringLiteral("credits"));
+    const auto took = std::chrono::steady_clock::now() - began;
+    EXPECT_LT(took, std::chrono::seconds(2));
+    EXPECT_EQ(UserDefaults(settings).integerForKey(QStringLiteral("credits")), 170);
+}
+
 } // namespace
