@@ -3,15 +3,49 @@
 #include <QDebug>
 #include <QDir>
 #include <QFileInfo>
+#include <QLockFile>
+
+namespace {
+
+std::unique_ptr<QSettings> openSettings(const QString& filePath) {
+    auto settings = std::make_unique<QSettings>(filePath, QSettings::IniFormat);
+    // Every change is written through before its setter returns, so before anything announces it, to a new
+    // file that replaces the old one whole: a program killed while it writes leaves the previous file, never
+    // a truncated one. Where no new file can be made beside it, the write fails with a log line instead of
+    // rewriting the file in place.
+    settings->setAtomicSyncRequired(true);
+    return settings;
+}
+
+// Each write takes the lock file beside the settings. A program killed after creating it and before writing
+// its owner into it leaves a lock that nobody can tell is stale: the next write would wait half a minute for
+// it to age. Such a lock is removed at start; one with an owner is left to QLockFile, which sees through a
+// dead owner at once.
+void removeOwnerlessLock(const QString& filePath) {
+    const QString lockPath = filePath + QStringLiteral(".lock");
+    if (!QFileInfo::exists(lockPath)) {
+        return;
+    }
+    QLockFile lock(lockPath);
+    qint64 pid = 0;
+    QString host, app;
+    if (!lock.getLockInfo(&pid, &host, &app)) {
+        qWarning().noquote() << "Removing the ownerless lock" << lockPath << "left by an earlier run.";
+        QFile::remove(lockPath);
+    }
+}
+
+} // namespace
 
 UserDefaults::UserDefaults(const QString& filePath) : m_path(filePath) {
     QDir().mkpath(QFileInfo(filePath).absolutePath());
-    m_settings = std::make_unique<QSettings>(filePath, QSettings::IniFormat);
+    removeOwnerlessLock(filePath);
+    m_settings = openSettings(filePath);
     if (m_settings->status() != QSettings::NoError) {
         qWarning().noquote() << "The settings file" << filePath
                              << "could not be read; starting from defaults and keeping the file aside.";
         QFile::rename(filePath, filePath + ".unreadable");
-        m_settings = std::make_unique<QSettings>(filePath, QSettings::IniFormat);
+        m_settings = openSettings(filePath);
     }
 }
 

@@ -355,15 +355,20 @@ std::string Api::hashPassword(const std::string& password) const {
     return out;
 }
 
-Response Api::issueToken(const store::PlayerRecord& p, unsigned status) {
+std::pair<store::TokenRecord, Response> Api::newToken(const store::PlayerRecord& p, unsigned status) {
     std::string token = randomHex(32);
     std::int64_t now = clock_();
     std::int64_t expires = now + config_.tokenLifetimeMs;
-    store_.addToken(sha256Hex(token), p.id, now, expires);
     Response r = jsonResponse(
         status, json::object{{"player", playerJson(p, false)}, {"token", token}, {"expiresAt", expires}});
     r.playerId = p.id;
-    return r;
+    return {store::TokenRecord{sha256Hex(token), now, expires}, std::move(r)};
+}
+
+Response Api::issueToken(const store::PlayerRecord& p, unsigned status) {
+    auto [record, answer] = newToken(p, status);
+    store_.addToken(record.hash, p.id, record.createdAt, record.expiresAt);
+    return std::move(answer);
 }
 
 Response Api::createAccount(Ctx& c) {
@@ -384,10 +389,13 @@ Response Api::createAccount(Ctx& c) {
     }
     store::Credentials cred{store::PlayerRecord{"T" + randomHex(8), name, clock_()}, logic::nameKey(name),
                             hashPassword(password)};
-    if (!store_.createPlayer(cred)) {
+    // The player and his first token go in one transaction: a sign-up cut off halfway leaves no account
+    // that nobody was told of.
+    auto [token, answer] = newToken(cred.player, 201);
+    if (!store_.createPlayer(cred, token)) {
         throw ApiError(409, "name_taken", "another player has this display name");
     }
-    return issueToken(cred.player, 201);
+    return std::move(answer);
 }
 
 Response Api::login(Ctx& c) {

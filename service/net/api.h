@@ -208,6 +208,8 @@ private:
     bool tellLiveListener(const std::string& playerId, const std::string& matchId, const std::string& text);
     void relayFromOtherInstance(const std::string& payload);
     void refreshScore(const std::string& playerId);
+    // A new token for the player, and the answer that hands it over.
+    std::pair<store::TokenRecord, Response> newToken(const store::PlayerRecord& p, unsigned status);
     Response issueToken(const store::PlayerRecord& p, unsigned status);
     std::string hashPassword(const std::string& password) const;
 

@@ -112,12 +112,18 @@ public:
         conn_->read([](Tx& tx) { tx.exec("SELECT 1"); });
     }
 
-    bool createPlayer(const Credentials& c) override {
+    bool createPlayer(const Credentials& c, const std::optional<TokenRecord>& token) override {
         try {
             conn_->transact([&](Tx& tx) {
                 tx.exec("INSERT INTO players (id, display_name, name_key, password_hash, created_at) "
                         "VALUES ($1, $2, $3, $4, $5)",
                         {c.player.id, c.player.displayName, c.nameKey, c.passwordHash, c.player.createdAt});
+                if (token) {
+                    tx.exec(
+                        "INSERT INTO tokens (token_hash, player_id, created_at, expires_at) VALUES ($1, $2, "
+                        "$3, $4)",
+                        {token->hash, c.player.id, token->createdAt, token->expiresAt});
+                }
             });
             return true;
         } catch (const ConflictError&) {

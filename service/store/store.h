@@ -29,6 +29,13 @@ struct Credentials {
     std::string passwordHash;
 };
 
+// A bearer token as stored: the SHA-256 digest of the token, and its times.
+struct TokenRecord {
+    std::string hash;
+    std::int64_t createdAt = 0;
+    std::int64_t expiresAt = 0;
+};
+
 struct FriendRequest {
     std::string id;
     std::string fromId;
@@ -127,8 +134,10 @@ public:
     virtual int migrate() = 0;
     virtual void ping() = 0;
 
-    // Returns false when the name key is taken.
-    virtual bool createPlayer(const Credentials& c) = 0;
+    // Returns false when the name key is taken. A first token is stored in the same transaction, so that a
+    // sign-up is stored whole or not at all.
+    virtual bool createPlayer(const Credentials& c,
+                              const std::optional<TokenRecord>& token = std::nullopt) = 0;
     virtual std::optional<Credentials> credentialsByNameKey(const std::string& nameKey) = 0;
     // The player of the key first, then the players whose older names came to share it (see rekeyNames).
     virtual std::vector<Credentials> credentialsSharingKey(const std::string& nameKey) = 0;

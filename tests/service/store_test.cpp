@@ -60,6 +60,15 @@ TEST_P(StoreTest, PlayersAreUniqueByNameKeyAndComeBackInTheAskedOrder) {
     EXPECT_FALSE(s->credentialsByNameKey("nobody"));
 }
 
+TEST_P(StoreTest, ASignUpStoresThePlayerAndHisFirstTokenTogether) {
+    EXPECT_TRUE(s->createPlayer(player("D", "dalia"), store::TokenRecord{"hd", 100, 500}));
+    EXPECT_EQ(s->tokenPlayer("hd", 150), "D");
+    // A taken name refuses the sign-up whole: the token of the refused player is not stored either.
+    EXPECT_FALSE(s->createPlayer(player("E", "ali"), store::TokenRecord{"he", 100, 500}));
+    EXPECT_FALSE(s->tokenPlayer("he", 150));
+    EXPECT_TRUE(s->players({"E"}).empty());
+}
+
 TEST_P(StoreTest, TokensExpireAndCanBeRemoved) {
     s->addToken("h1", "A", 100, 200);
     s->addToken("h2", "A", 100, 500);
