@@ -24,8 +24,14 @@ void checkRoundTrip(const GCMatchData& d) {
     if (bytes.size() > GCMatchData::kMaxBytes) {
         return;
     }
+    // Text that UTF-8 cannot carry (a lone surrogate) is mended once; after that the data stays as it is.
     const auto again = GCMatchData::unarchive(bytes);
-    check(again.has_value() && *again == d);
+    check(again.has_value() && again->archivedData() == bytes);
+    for (auto it = d.values().begin(); it != d.values().end(); ++it) {
+        if (it.value().typeId() != QMetaType::QString && again->contains(it.key())) {
+            check(again->number(it.key()) == it.value().toLongLong());
+        }
+    }
     for (auto it = d.values().begin(); it != d.values().end(); ++it) {
         check(d.contains(it.key()));
         if (it.value().typeId() == QMetaType::QString) {
