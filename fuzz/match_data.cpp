@@ -20,6 +20,7 @@ void check(bool condition) {
 }
 
 void checkRoundTrip(const GCMatchData& d) {
+    const QVariantMap values = d.values();
     const QByteArray bytes = d.archivedData();
     if (bytes.size() > GCMatchData::kMaxBytes) {
         return;
@@ -27,12 +28,12 @@ void checkRoundTrip(const GCMatchData& d) {
     // Text that UTF-8 cannot carry (a lone surrogate) is mended once; after that the data stays as it is.
     const auto again = GCMatchData::unarchive(bytes);
     check(again.has_value() && again->archivedData() == bytes);
-    for (auto it = d.values().begin(); it != d.values().end(); ++it) {
+    for (auto it = values.begin(); it != values.end(); ++it) {
         if (it.value().typeId() != QMetaType::QString && again->contains(it.key())) {
             check(again->number(it.key()) == it.value().toLongLong());
         }
     }
-    for (auto it = d.values().begin(); it != d.values().end(); ++it) {
+    for (auto it = values.begin(); it != values.end(); ++it) {
         check(d.contains(it.key()));
         if (it.value().typeId() == QMetaType::QString) {
             check(d.string(it.key()) == it.value().toString());

@@ -24,6 +24,7 @@
 #include <QJsonArray>
 #include <QTcpServer>
 #include <gtest/gtest.h>
+#include <limits>
 
 namespace {
 
@@ -344,6 +345,22 @@ TEST(TurnBasedMatches, AReplyThatBreaksTheContractIsNoMatch) {
         EXPECT_FALSE(GKTurnBasedMatch::fromJson(bad)) << key.toStdString();
     }
     EXPECT_FALSE(GKTurnBasedMatch::fromJson({}));
+}
+
+TEST(Leaderboard, AScoreTakesOnlyWholeNumbersA64BitIntegerHolds) {
+    const QJsonObject player{{"playerID", "T1"}, {"displayName", "لاعب"}};
+    const auto score = [&](const QJsonValue& value) {
+        return GKScore::fromJson({{"player", player}, {"value", value}, {"context", 0}, {"rank", 1}});
+    };
+    ASSERT_TRUE(score(5400));
+    EXPECT_EQ(score(5400)->value, 5400);
+    EXPECT_EQ(score("9223372036854775807")->value, std::numeric_limits<qint64>::max());
+    EXPECT_EQ(score(-9.223372036854775808e18)->value, std::numeric_limits<qint64>::min());
+    // Beyond the range, a fraction, or no number at all: no score, and no overflow on the way.
+    for (const QJsonValue& bad : {QJsonValue(9.223372036854775808e18), QJsonValue(1e300), QJsonValue(-1e19),
+                                  QJsonValue(12.5), QJsonValue("12x")}) {
+        EXPECT_FALSE(score(bad)) << bad.toVariant().toString().toStdString();
+    }
 }
 
 TEST(LiveMatches, AReplyThatBreaksTheContractIsNoMatch) {
