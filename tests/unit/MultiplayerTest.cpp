@@ -363,6 +363,26 @@ TEST(Leaderboard, AScoreTakesOnlyWholeNumbersA64BitIntegerHolds) {
     }
 }
 
+TEST(GameServiceReplies, ErrorsAreKnownByTheirCodeOrTheirStatus) {
+    QJsonObject body;
+    EXPECT_FALSE(GameService::readReply(200, R"({"player":{}})", {}, &body));
+    EXPECT_TRUE(body.contains("player"));
+    const auto coded = GameService::readReply(429, R"({"error":{"code":"rate_limited"}})", "3", &body);
+    ASSERT_TRUE(coded);
+    EXPECT_EQ(coded->code, "rate_limited");
+    EXPECT_EQ(coded->retryAfterSeconds, 3);
+    for (const QByteArray& reply : {QByteArray(R"({"error":{"code":""}})"),
+                                    QByteArray(R"({"error":{"code":7}})"), QByteArray("{}"), QByteArray()}) {
+        const auto e = GameService::readReply(503, reply, {}, &body);
+        ASSERT_TRUE(e);
+        EXPECT_EQ(e->code, "http_503") << reply.toStdString();
+    }
+    const auto notJson = GameService::readReply(200, "<html>", {}, &body);
+    ASSERT_TRUE(notJson);
+    EXPECT_EQ(notJson->code, "bad_reply");
+    EXPECT_TRUE(body.isEmpty());
+}
+
 TEST(LiveMatches, AReplyThatBreaksTheContractIsNoMatch) {
     const auto seat = [](const QJsonValue& id) {
         return QJsonObject{{"playerID", id}, {"status", "seated"}};

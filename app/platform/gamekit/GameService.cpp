@@ -132,7 +132,11 @@ std::optional<GKError> GameService::readReply(int status, const QByteArray& byte
     if (status >= 200 && status < 300) {
         return std::nullopt;
     }
+    // An error without a code of its own (none, not text, or empty) is known by its status.
     const QJsonObject error = object->value("error").toObject();
-    return GKError{error.value("code").toString(QStringLiteral("http_%1").arg(status)),
-                   error.value("message").toString(), status, retryAfter.toInt()};
+    QString code = error.value("code").toString();
+    if (code.isEmpty()) {
+        code = QStringLiteral("http_%1").arg(status);
+    }
+    return GKError{code, error.value("message").toString(), status, retryAfter.toInt()};
 }
