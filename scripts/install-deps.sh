@@ -21,6 +21,8 @@ packages=(
   hunspell-ar libhunspell-dev librsvg2-dev
   # tests and benchmarks
   libgtest-dev libgmock-dev googletest libbenchmark-dev xvfb xauth dbus-daemon
+  # fuzzing (scripts/fuzz.sh): clang and its libFuzzer runtime
+  clang libclang-rt-14-dev
 )
 
 SUDO=""

@@ -25,7 +25,8 @@ std::optional<GCMatchData> GCMatchData::unarchive(const QByteArray& data) {
         // JSON numbers arrive as doubles: only whole ones that a 64-bit integer holds exactly are numbers
         // here.
         const double d = v.toDouble(std::nan(""));
-        if (!v.isDouble() || !std::isfinite(d) || std::trunc(d) != d || std::fabs(d) > 9.007199254740992e15) {
+        if (!v.isDouble() || !std::isfinite(d) || std::trunc(d) != d ||
+            std::fabs(d) > static_cast<double>(kMaxWholeNumber)) {
             return std::nullopt;
         }
         out.m_values.insert(it.key(), static_cast<qint64>(d));
@@ -41,7 +42,12 @@ std::optional<GCMatchData> GCMatchData::fromValues(const QVariantMap& values) {
             out.setString(it.key(), v.toString());
         } else if (v.typeId() == QMetaType::Int || v.typeId() == QMetaType::LongLong ||
                    v.typeId() == QMetaType::UInt || v.typeId() == QMetaType::Bool) {
-            out.setNumber(it.key(), v.toLongLong());
+            // The wire holds whole numbers of at most 2^53 in size: a larger one could not be read back.
+            const qint64 n = v.toLongLong();
+            if (n > kMaxWholeNumber || n < -kMaxWholeNumber) {
+                return std::nullopt;
+            }
+            out.setNumber(it.key(), n);
         } else {
             return std::nullopt;
         }

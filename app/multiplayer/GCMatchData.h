@@ -19,6 +19,8 @@ class GCMatchData {
 public:
     // The most a match keeps.
     static constexpr qsizetype kMaxBytes = 64 * 1024;
+    // The largest whole number a value may be (2^53), and the smallest its negative.
+    static constexpr qint64 kMaxWholeNumber = qint64(1) << 53;
 
     static std::optional<GCMatchData> unarchive(const QByteArray& data);
     QByteArray archivedData() const;
@@ -36,7 +38,8 @@ public:
 
     // The values by key: QString or qint64.
     QVariantMap values() const { return m_values; }
-    // A dictionary of these values; nothing when one is neither a string nor a whole number.
+    // A dictionary of these values; nothing when one is neither a string nor a whole number of at most 2^53
+    // in size.
     static std::optional<GCMatchData> fromValues(const QVariantMap& values);
 
 private:

@@ -37,6 +37,8 @@ void removeOwnerlessLock(const QString& filePath) {
 
 } // namespace
 
+#include <cmath>
+
 UserDefaults::UserDefaults(const QString& filePath) : m_path(filePath) {
     QDir().mkpath(QFileInfo(filePath).absolutePath());
     removeOwnerlessLock(filePath);
@@ -76,10 +78,13 @@ qint64 UserDefaults::integerForKey(const QString& key) const {
     if (!ok) {
         // Stored as a decimal with a fraction, or not a number at all.
         const double d = v.toDouble(&ok);
-        if (ok) {
+        // Only a number that a 64-bit integer holds (2^63 is the first one that it does not).
+        if (ok && std::isfinite(d) && d >= -9.223372036854775808e18 && d < 9.223372036854775808e18) {
             return static_cast<qint64>(d);
         }
-        qWarning().noquote() << "Stored value of" << key << "is not a number:" << v.toString() << "- using 0";
+        qWarning().noquote() << "Stored value of" << key
+                             << "is not a whole number a 64-bit integer holds:" << v.toString()
+                             << "- using 0";
         return 0;
     }
     return n;

@@ -10,6 +10,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <limits>
 
 BonusManager& BonusManager::sharedInstance() {
     return Shared<BonusManager>::instance();
@@ -37,10 +38,13 @@ std::optional<QList<Bonus>> BonusManager::unarchiveBonuses(const QByteArray& byt
         const QJsonObject o = v.toObject();
         const QJsonValue day = o.value("bonusDay");
         const QJsonValue type = o.value("type");
-        if (!v.isObject() || !type.isDouble() || type.toDouble() != static_cast<qint32>(type.toDouble())) {
+        // The type is a whole number of 32 bits (toInteger gives the fallback for a fraction or a huge one).
+        const qint64 kind = type.toInteger(std::numeric_limits<qint64>::min());
+        if (!v.isObject() || !type.isDouble() || kind < std::numeric_limits<qint32>::min() ||
+            kind > std::numeric_limits<qint32>::max()) {
             return std::nullopt;
         }
-        Bonus b{QDateTime(), static_cast<qint32>(type.toDouble())};
+        Bonus b{QDateTime(), static_cast<qint32>(kind)};
         if (!day.isNull()) {
             b.bonusDay = QDateTime::fromString(day.toString(), Qt::ISODateWithMs);
             if (!b.bonusDay.isValid()) {

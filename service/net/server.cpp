@@ -1,5 +1,5 @@
 #include "net/server.h"
-#include "store/match_rows.h"
+#include "net/event_messages.h"
 
 #include <boost/asio/dispatch.hpp>
 #include <boost/asio/post.hpp>
@@ -10,8 +10,6 @@
 #include <boost/json.hpp>
 
 #include <deque>
-
-#include <set>
 #include <sys/resource.h>
 
 namespace tarvolin::net {
@@ -92,12 +90,15 @@ std::pair<std::uint64_t, std::uint64_t> raiseOpenFileLimit() {
 
 // One event WebSocket of a logged-in player. Sends what waits in storage, in order, and drops what the
 // client acknowledges.
-class WsSession : public std::enable_shared_from_this<WsSession>, public Stoppable, public LiveEndpoint {
+class WsSession : public std::enable_shared_from_this<WsSession>,
+                  public Stoppable,
+                  public LiveEndpoint,
+                  private EventPeer {
 public:
     WsSession(tcp::socket&& socket, Server& server, std::unique_ptr<ConnectionSlot> slot,
               std::string playerId, std::string tokenKey)
         : ws_(std::move(socket)), server_(server), slot_(std::move(slot)), playerId_(std::move(playerId)),
-          tokenKey_(std::move(tokenKey)) {}
+          tokenKey_(std::move(tokenKey)), messages_(server, playerId_, *this, this) {}
 
     ~WsSession() override {
         server_.untrack(this);
@@ -156,7 +157,7 @@ private:
     }
 
     // Ends the socket of a token that has been logged out or has expired.
-    bool stillAuthorized() {
+    bool stillAuthorized() override {
         if (server_.api().tokenValid(tokenKey_, playerId_)) {
             return true;
         }
@@ -175,7 +176,7 @@ private:
             if (!stillAuthorized()) {
                 return;
             }
-            events = server_.api().store().pendingEvents(playerId_, sentSeq_, kEventBatch);
+            events = server_.api().store().pendingEvents(playerId_, messages_.sentSeq(), kEventBatch);
         } catch (const std::exception& e) {
             server_.log().log(LogLevel::Error, "cannot read events",
                               {{"player", playerId_}, {"error", e.what()}});
@@ -189,7 +190,7 @@ private:
                                               {"event", e.kind},
                                               {"createdAt", e.createdAt},
                                               {"data", jec ? json::value(nullptr) : std::move(data)}}));
-            sentSeq_ = e.seq;
+            messages_.setSentSeq(e.seq);
         }
         if (events.size() == kEventBatch) {
             asio::post(ws_.get_executor(), [self = shared_from_this()] { self->deliver(); });
@@ -209,152 +210,20 @@ private:
                 server_.log().log(LogLevel::Info, "websocket timed out",
                                   {{"player", playerId_}, {"remote", slot_ ? slot_->address() : ""}});
             }
-            leaveLiveMatches();
+            messages_.leaveLiveMatches();
             return;
         }
         std::string text = beast::buffers_to_string(buffer_.data());
         buffer_.consume(buffer_.size());
-        handleMessage(text);
+        messages_.handle(text);
         read();
     }
 
-    void handleMessage(const std::string& text) {
-        json::error_code ec;
-        json::value v = json::parse(text, ec);
-        const json::object* o = ec ? nullptr : v.if_object();
-        const json::value* type = o ? o->if_contains("type") : nullptr;
-        if (!type || !type->is_string()) {
-            return sendError("invalid_message", "a message is a JSON object with a \"type\"");
-        }
-        if (type->as_string() == "ping") {
-            return send(R"({"type":"pong"})");
-        }
-        if (type->as_string().starts_with("live_")) {
-            return handleLive(type->as_string(), *o);
-        }
-        if (type->as_string() != "ack") {
-            return sendError("invalid_message", "unknown message type");
-        }
-        const json::value* seq = o->if_contains("seq");
-        if (!seq || !seq->is_int64() || seq->as_int64() < 1 || seq->as_int64() > sentSeq_) {
-            return sendError("invalid_ack", "\"seq\" must be the number of an event sent on this connection");
-        }
-        try {
-            if (!stillAuthorized()) {
-                return;
-            }
-            server_.api().store().ackEvents(playerId_, seq->as_int64());
-        } catch (const std::exception& e) {
-            server_.log().log(LogLevel::Error, "cannot acknowledge events",
-                              {{"player", playerId_}, {"error", e.what()}});
-            sendError("storage_unavailable", "the acknowledgement was not stored; send it again");
-        }
+    std::weak_ptr<LiveEndpoint> liveEndpoint() override {
+        return std::weak_ptr<LiveEndpoint>(shared_from_this());
     }
 
-    void sendError(const std::string& code, const std::string& message, const std::string& matchId = {}) {
-        json::object o{{"type", "error"}, {"error", json::object{{"code", code}, {"message", message}}}};
-        if (!matchId.empty()) {
-            o["match"] = matchId;
-        }
-        send(json::serialize(o));
-    }
-
-    // The live relay: connect to a found match, send data to the opponent, leave.
-    void handleLive(json::string_view type, const json::object& o) {
-        const json::value* id = o.if_contains("match");
-        if (!id || !id->is_string() || id->as_string().empty() || id->as_string().size() > 64) {
-            return sendError("invalid_message", "a live message names its \"match\"");
-        }
-        const std::string matchId(id->as_string());
-        try {
-            if (!stillAuthorized()) {
-                return;
-            }
-            if (type == "live_connect") {
-                return connectLive(matchId);
-            }
-            if (type == "live_send") {
-                return relayLive(matchId, o.if_contains("data"));
-            }
-            if (type == "live_leave") {
-                server_.relay().unbind(matchId, playerId_, this);
-                liveMatches_.erase(matchId);
-                return server_.api().liveLeave(playerId_, matchId, "left");
-            }
-        } catch (const std::exception& e) {
-            server_.log().log(LogLevel::Error, "live message failed",
-                              {{"player", playerId_}, {"match", matchId}, {"error", e.what()}});
-            return sendError("storage_unavailable", "the database cannot be reached; try again", matchId);
-        }
-        sendError("invalid_message", "unknown message type", matchId);
-    }
-
-    void connectLive(const std::string& matchId) {
-        server_.relay().bind(matchId, playerId_, std::weak_ptr<LiveEndpoint>(shared_from_this()));
-        auto connected = server_.api().liveConnect(playerId_, matchId);
-        if (const auto* code = std::get_if<std::string>(&connected)) {
-            server_.relay().unbind(matchId, playerId_, this);
-            return sendError(*code, "this live match cannot be connected to", matchId);
-        }
-        const auto& m = std::get<logic::live::Match>(connected);
-        const std::string opponent = logic::live::opponentOf(m, playerId_);
-        const bool opponentConnected =
-            logic::live::expectedPlayerCount(m, playerId_) == 0 && !opponent.empty();
-        server_.relay().learn(matchId, playerId_, opponent, opponentConnected);
-        liveMatches_.insert(matchId);
-        send(Api::liveStateText(matchId, playerId_, 1, opponentConnected ? 0 : 1));
-        if (opponentConnected) {
-            send(Api::liveStateText(matchId, opponent, 1, 0));
-        }
-    }
-
-    void refuseLive(const std::string& code, const std::string& message, const std::string& matchId) {
-        server_.metrics().liveRefused();
-        sendError(code, message, matchId);
-    }
-
-    void relayLive(const std::string& matchId, const json::value* data) {
-        constexpr std::size_t kMaxText = (logic::live::kMaxDataBytes + 2) / 3 * 4;
-        if (!data || !data->is_string()) {
-            return refuseLive("invalid_message", "\"data\" must be base64 text", matchId);
-        }
-        if (data->as_string().size() > kMaxText) {
-            return refuseLive("live_data_too_large",
-                              "at most " + std::to_string(logic::live::kMaxDataBytes) + " bytes at once",
-                              matchId);
-        }
-        if (!store::match_rows::decodeData(std::string(data->as_string()))) {
-            return refuseLive("invalid_message", "\"data\" must be base64 text", matchId);
-        }
-        std::optional<std::string> opponent = server_.relay().connectedOpponent(matchId, playerId_);
-        if (!opponent) {
-            return refuseLive("live_not_connected", "both players must be connected to the match", matchId);
-        }
-        if (!server_.allowLiveMessage(playerId_)) {
-            return refuseLive("live_too_fast", "too many live messages; slow down", matchId);
-        }
-        server_.metrics().liveRelayed();
-        server_.api().sendLive(*opponent, matchId,
-                               json::serialize(json::object{{"type", "live_data"},
-                                                            {"match", matchId},
-                                                            {"from", playerId_},
-                                                            {"data", data->as_string()}}));
-    }
-
-    void leaveLiveMatches() {
-        for (const std::string& matchId : liveMatches_) {
-            server_.relay().unbind(matchId, playerId_, this);
-            try {
-                server_.api().liveLeave(playerId_, matchId, "left");
-            } catch (const std::exception& e) {
-                server_.log().log(LogLevel::Warn, "cannot end a live match",
-                                  {{"player", playerId_}, {"match", matchId}, {"error", e.what()}});
-            }
-        }
-        liveMatches_.clear();
-    }
-
-    void send(std::string msg) {
+    void send(std::string msg) override {
         queue_.push_back(std::move(msg));
         if (queue_.size() == 1) {
             write();
@@ -382,8 +251,7 @@ private:
     std::string tokenKey_;
     beast::flat_buffer buffer_;
     std::deque<std::string> queue_;
-    std::int64_t sentSeq_ = 0;
-    std::set<std::string> liveMatches_; // the live matches this connection speaks for
+    EventMessages messages_;
     bool open_ = false;
     bool closing_ = false;
 };

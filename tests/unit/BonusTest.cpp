@@ -229,6 +229,10 @@ TEST_F(Bonuses, AnUnreadableHistoryStartsAgainAndIsKeptAside) {
     EXPECT_EQ(platform.defaults().stringForKey("bonusList.unreadable"), "[{\"type\": \"daily\"}");
     EXPECT_FALSE(BonusManager::unarchiveBonuses("[{\"bonusDay\": \"soon\", \"type\": 1}]"));
     EXPECT_FALSE(BonusManager::unarchiveBonuses("{}"));
+    // A type that is no 32-bit whole number is refused rather than cut down.
+    EXPECT_FALSE(BonusManager::unarchiveBonuses("[{\"type\": 1e300}]"));
+    EXPECT_FALSE(BonusManager::unarchiveBonuses("[{\"type\": 4294967297}]"));
+    EXPECT_FALSE(BonusManager::unarchiveBonuses("[{\"type\": 1.5}]"));
     EXPECT_TRUE(BonusManager::unarchiveBonuses("[]")->isEmpty());
 }
 

@@ -56,6 +56,13 @@ TEST(LiveMatches, PacketsAreDictionariesOfTextAndWholeNumbers) {
               (QVariantMap{{"move", qint64(12)}, {"word", QStringLiteral("قمر")}}));
     // A value of another kind makes no packet; bytes that are no dictionary read as nothing.
     EXPECT_TRUE(GCRealTimeMatchHelper::archivePacket({{"move", 1.5}}).isEmpty());
+    // Whole numbers up to 2^53 either way travel exactly; a larger one would arrive changed or not at all.
+    const qint64 limit = qint64(1) << 53;
+    EXPECT_EQ(GCRealTimeMatchHelper::unarchivePacket(
+                  GCRealTimeMatchHelper::archivePacket({{"a", limit}, {"b", -limit}})),
+              (QVariantMap{{"a", limit}, {"b", -limit}}));
+    EXPECT_TRUE(GCRealTimeMatchHelper::archivePacket({{"move", limit + 1}}).isEmpty());
+    EXPECT_TRUE(GCRealTimeMatchHelper::archivePacket({{"move", -limit - 1}}).isEmpty());
     EXPECT_FALSE(GCRealTimeMatchHelper::unarchivePacket("[1,2]"));
     EXPECT_FALSE(GCRealTimeMatchHelper::unarchivePacket(QByteArray()));
 }

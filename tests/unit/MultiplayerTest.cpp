@@ -24,6 +24,7 @@
 #include <QJsonArray>
 #include <QTcpServer>
 #include <gtest/gtest.h>
+#include <limits>
 
 namespace {
 
@@ -344,6 +345,42 @@ TEST(TurnBasedMatches, AReplyThatBreaksTheContractIsNoMatch) {
         EXPECT_FALSE(GKTurnBasedMatch::fromJson(bad)) << key.toStdString();
     }
     EXPECT_FALSE(GKTurnBasedMatch::fromJson({}));
+}
+
+TEST(Leaderboard, AScoreTakesOnlyWholeNumbersA64BitIntegerHolds) {
+    const QJsonObject player{{"playerID", "T1"}, {"displayName", "لاعب"}};
+    const auto score = [&](const QJsonValue& value) {
+        return GKScore::fromJson({{"player", player}, {"value", value}, {"context", 0}, {"rank", 1}});
+    };
+    ASSERT_TRUE(score(5400));
+    EXPECT_EQ(score(5400)->value, 5400);
+    EXPECT_EQ(score("9223372036854775807")->value, std::numeric_limits<qint64>::max());
+    EXPECT_EQ(score(-9.223372036854775808e18)->value, std::numeric_limits<qint64>::min());
+    // Beyond the range, a fraction, or no number at all: no score, and no overflow on the way.
+    for (const QJsonValue& bad : {QJsonValue(9.223372036854775808e18), QJsonValue(1e300), QJsonValue(-1e19),
+                                  QJsonValue(12.5), QJsonValue("12x")}) {
+        EXPECT_FALSE(score(bad)) << bad.toVariant().toString().toStdString();
+    }
+}
+
+TEST(GameServiceReplies, ErrorsAreKnownByTheirCodeOrTheirStatus) {
+    QJsonObject body;
+    EXPECT_FALSE(GameService::readReply(200, R"({"player":{}})", {}, &body));
+    EXPECT_TRUE(body.contains("player"));
+    const auto coded = GameService::readReply(429, R"({"error":{"code":"rate_limited"}})", "3", &body);
+    ASSERT_TRUE(coded);
+    EXPECT_EQ(coded->code, "rate_limited");
+    EXPECT_EQ(coded->retryAfterSeconds, 3);
+    for (const QByteArray& reply : {QByteArray(R"({"error":{"code":""}})"),
+                                    QByteArray(R"({"error":{"code":7}})"), QByteArray("{}"), QByteArray()}) {
+        const auto e = GameService::readReply(503, reply, {}, &body);
+        ASSERT_TRUE(e);
+        EXPECT_EQ(e->code, "http_503") << reply.toStdString();
+    }
+    const auto notJson = GameService::readReply(200, "<html>", {}, &body);
+    ASSERT_TRUE(notJson);
+    EXPECT_EQ(notJson->code, "bad_reply");
+    EXPECT_TRUE(body.isEmpty());
 }
 
 TEST(LiveMatches, AReplyThatBreaksTheContractIsNoMatch) {

@@ -11,6 +11,7 @@
 #include <QTimeZone>
 #include <cmath>
 #include <gtest/gtest.h>
+#include <limits>
 
 namespace {
 
@@ -36,11 +37,17 @@ TEST(Settings, ValuesOfTheWrongTypeReadAsDefaults) {
     {
         QFile f(platform.settingsPath());
         ASSERT_TRUE(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        f.write("[General]\ncurrentLevel=seven\nrandomIndex=12.9\nFirstLevelTutorial=maybe\n");
+        f.write("[General]\ncurrentLevel=seven\nrandomIndex=12.9\nFirstLevelTutorial=maybe\n"
+                "huge=1e300\nnegative=-1e19\nnotANumber=nan\ninfinite=inf\nlowest=-9223372036854775808\n");
     }
     platform.restart();
     EXPECT_EQ(platform.defaults().integerForKey("currentLevel"), 0);
     EXPECT_EQ(platform.defaults().integerForKey("randomIndex"), 12);
+    // Numbers beyond a 64-bit integer are no numbers of the game.
+    for (const char* key : {"huge", "negative", "notANumber", "infinite"}) {
+        EXPECT_EQ(platform.defaults().integerForKey(key), 0) << key;
+    }
+    EXPECT_EQ(platform.defaults().integerForKey("lowest"), std::numeric_limits<qint64>::min());
     EXPECT_FALSE(TutorialAlertsManager::sharedInstance().isAlertShownWithId("FirstLevelTutorial"));
     TutorialAlertsManager::sharedInstance().setAlertShownWithId("FirstLevelTutorial");
     platform.restart();

@@ -104,7 +104,8 @@ void GKEventChannel::handleMessage(const QString& text) {
     if (type != QLatin1String("event") || !message.value("seq").isDouble()) {
         return;
     }
-    const auto seq = static_cast<qint64>(message.value("seq").toDouble());
+    // A sequence number that is no whole 64-bit number reads as 0, which is never newer.
+    const qint64 seq = message.value("seq").toInteger();
     auto& defaults = Platform::shared().userDefaults();
     if (seq > defaults.integerForKey(kLastSeqKey)) {
         defaults.setIntegerForKey(seq, kLastSeqKey);

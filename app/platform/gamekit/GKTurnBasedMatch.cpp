@@ -27,8 +27,9 @@ GameService::Completion matchReply(GKTurnBasedMatch::MatchHandler done) {
 }
 
 QDateTime dateOf(const QJsonValue& v) {
-    return v.toDouble() > 0 ? QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(v.toDouble()), Qt::UTC)
-                            : QDateTime();
+    // Milliseconds as a whole 64-bit number; anything else (toInteger gives 0) is no date.
+    const qint64 ms = v.toInteger();
+    return ms > 0 ? QDateTime::fromMSecsSinceEpoch(ms, Qt::UTC) : QDateTime();
 }
 
 } // namespace

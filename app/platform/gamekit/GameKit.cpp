@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QJsonArray>
 #include <QTimer>
+#include <cmath>
 
 namespace {
 GameService& service() {
@@ -14,8 +15,10 @@ GameService& service() {
 // 64-bit numbers come as JSON integers, or as decimal strings from clients that read numbers as doubles.
 std::optional<qint64> integer(const QJsonValue& v) {
     if (v.isDouble()) {
+        // Only a whole number that a 64-bit integer holds (2^63 is the first one that it does not).
         const double d = v.toDouble();
-        if (d == static_cast<double>(static_cast<qint64>(d))) {
+        if (std::isfinite(d) && d >= -9.223372036854775808e18 && d < 9.223372036854775808e18 &&
+            std::trunc(d) == d) {
             return static_cast<qint64>(d);
         }
         return std::nullopt;

@@ -109,25 +109,34 @@ void GameService::send(const QByteArray& method, const QString& path, const QUrl
             return;
         }
         QJsonObject object;
-        if (!bytes.isEmpty()) {
-            QJsonParseError parseError;
-            const QJsonDocument doc = QJsonDocument::fromJson(bytes, &parseError);
-            if (parseError.error != QJsonParseError::NoError || !doc.isObject()) {
-                done({}, GKError{QStringLiteral("bad_reply"),
-                                 QStringLiteral("The game service answered %1 with a body that is not JSON")
-                                     .arg(status),
-                                 status, 0});
-                return;
-            }
-            object = doc.object();
-        }
-        if (status >= 200 && status < 300) {
-            done(object, std::nullopt);
-            return;
-        }
-        const QJsonObject error = object.value("error").toObject();
-        GKError e{error.value("code").toString(QStringLiteral("http_%1").arg(status)),
-                  error.value("message").toString(), status, reply->rawHeader("Retry-After").toInt()};
-        done(object, e);
+        const std::optional<GKError> error =
+            readReply(status, bytes, reply->rawHeader("Retry-After"), &object);
+        done(object, error);
     });
+}
+
+std::optional<GKError> GameService::readReply(int status, const QByteArray& bytes,
+                                              const QByteArray& retryAfter, QJsonObject* object) {
+    *object = {};
+    if (!bytes.isEmpty()) {
+        QJsonParseError parseError;
+        const QJsonDocument doc = QJsonDocument::fromJson(bytes, &parseError);
+        if (parseError.error != QJsonParseError::NoError || !doc.isObject()) {
+            return GKError{
+                QStringLiteral("bad_reply"),
+                QStringLiteral("The game service answered %1 with a body that is not JSON").arg(status),
+                status, 0};
+        }
+        *object = doc.object();
+    }
+    if (status >= 200 && status < 300) {
+        return std::nullopt;
+    }
+    // An error without a code of its own (none, not text, or empty) is known by its status.
+    const QJsonObject error = object->value("error").toObject();
+    QString code = error.value("code").toString();
+    if (code.isEmpty()) {
+        code = QStringLiteral("http_%1").arg(status);
+    }
+    return GKError{code, error.value("message").toString(), status, retryAfter.toInt()};
 }

@@ -46,6 +46,11 @@ public:
     void postInOrder(const QString& path, const QJsonObject& body, Completion done);
     QUrl urlFor(const QString& path, const QUrlQuery& query = {}) const;
 
+    // Reads an answer of the service with an HTTP status (not 0): its JSON object, and the error it is when
+    // it is one. A body that is not a JSON object is a "bad_reply" error.
+    static std::optional<GKError> readReply(int status, const QByteArray& bytes, const QByteArray& retryAfter,
+                                            QJsonObject* object);
+
 private:
     void send(const QByteArray& method, const QString& path, const QUrlQuery& query, const QByteArray& body,
               Completion done);

@@ -107,8 +107,9 @@ std::optional<SKPaymentTransaction> SKPaymentTransaction::fromJson(const QJsonOb
         return std::nullopt;
     }
     const QJsonValue created = json.value(QLatin1String("createdAt"));
-    if (created.isDouble()) {
-        t.transactionDate = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(created.toDouble()), Qt::UTC);
+    // Milliseconds as a whole number; anything else leaves the date unknown.
+    if (created.isDouble() && created.toDouble() == static_cast<double>(created.toInteger())) {
+        t.transactionDate = QDateTime::fromMSecsSinceEpoch(created.toInteger(), Qt::UTC);
     }
     if (t.transactionState == SKPaymentTransactionState::Failed) {
         const QJsonObject error = json.value(QLatin1String("error")).toObject();
