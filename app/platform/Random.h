@@ -20,4 +20,5 @@ private:
     QRandomGenerator m_generator;
 };
 
-std::uint32_t arc4random();
+// The platform's randomness for the game's code: Platform::shared().random().
+std::uint32_t arc4random() noexcept;
