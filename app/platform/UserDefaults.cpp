@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <QLockFile>
 
+#include <cmath>
+
 namespace {
 
 std::unique_ptr<QSettings> openSettings(const QString& filePath) {
@@ -36,8 +38,6 @@ void removeOwnerlessLock(const QString& filePath) {
 }
 
 } // namespace
-
-#include <cmath>
 
 UserDefaults::UserDefaults(const QString& filePath) : m_path(filePath) {
     QDir().mkpath(QFileInfo(filePath).absolutePath());
