@@ -59,11 +59,7 @@ void roundTrip(quint64 raw) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static tarvolin::fuzz::GameFixture fixture;
-    static bool installed = false;
-    if (!installed) {
-        fixture.install(fixture.path(QStringLiteral("settings.ini")));
-        installed = true;
-    }
+    fixture.installOnce();
     for (std::size_t at = 0; at + 8 <= size && at < 8 * 64; at += 8) {
         quint64 raw = 0;
         std::memcpy(&raw, data + at, 8);

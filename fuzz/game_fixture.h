@@ -62,6 +62,14 @@ public:
         Platform::install(std::move(services));
     }
 
+    // Installs the platform with a settings file of the folder unless it is installed already; for the
+    // targets that read no settings of their own.
+    void installOnce() {
+        if (!Platform::isInstalled()) {
+            install(path(QStringLiteral("settings.ini")));
+        }
+    }
+
     void uninstall() {
         if (Platform::isInstalled()) {
             SharedInstances::resetAll();

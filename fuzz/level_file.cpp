@@ -32,11 +32,9 @@ void checkLevel(const LevelInfoPtr& level) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static tarvolin::fuzz::GameFixture fixture;
-    static bool installed = false;
-    if (!installed) {
-        fixture.install(fixture.path(QStringLiteral("settings.ini")));
+    if (!Platform::isInstalled()) {
+        fixture.installOnce();
         LevelsInfoReader::setResourceRoot(fixture.path(QString()));
-        installed = true;
     }
     if (size == 0) {
         return 0;

@@ -48,11 +48,7 @@ void readObject(const QJsonObject& o) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static tarvolin::fuzz::GameFixture fixture;
-    static bool installed = false;
-    if (!installed) {
-        fixture.install(fixture.path(QStringLiteral("settings.ini")));
-        installed = true;
-    }
+    fixture.installOnce();
     if (size < 2) {
         return 0;
     }

@@ -7,6 +7,7 @@
 //
 // Every answer must be a valid status, and a JSON answer must be JSON.
 
+#include "net/server.h"
 #include "service_fixture.h"
 
 #include <boost/beast/core/error.hpp>
@@ -91,19 +92,9 @@ void handleOne(ServiceFixture& f, std::string text, std::string& lastId) {
     http::request<http::string_body> req = parser.release();
 
     tarvolin::net::Request r;
-    r.method = std::string(req.method_string());
-    std::string_view target = req.target();
-    std::size_t q = target.find('?');
-    r.path = std::string(target.substr(0, q));
-    r.body = std::move(req.body());
-    r.authorization = std::string(req[http::field::authorization]);
-    r.remote = "192.0.2.1";
-    auto query =
-        tarvolin::net::parseQuery(q == std::string_view::npos ? std::string_view{} : target.substr(q + 1));
-    if (!query) {
+    if (!tarvolin::net::apiRequest(std::move(req), "192.0.2.1", r)) {
         return;
     }
-    r.query = std::move(*query);
     tarvolin::net::Response res = f.api().handle(r);
 
     check(res.status >= 100 && res.status <= 599);

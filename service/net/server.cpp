@@ -21,6 +21,22 @@ namespace websocket = beast::websocket;
 namespace json = boost::json;
 using tcp = asio::ip::tcp;
 
+bool apiRequest(http::request<http::string_body>&& req, std::string remote, Request& out) {
+    out.method = std::string(req.method_string());
+    std::string_view target = req.target();
+    std::size_t q = target.find('?');
+    out.path = std::string(target.substr(0, q));
+    out.authorization = std::string(req[http::field::authorization]);
+    out.remote = std::move(remote);
+    auto query = parseQuery(q == std::string_view::npos ? std::string_view{} : target.substr(q + 1));
+    out.body = std::move(req.body());
+    if (!query) {
+        return false;
+    }
+    out.query = std::move(*query);
+    return true;
+}
+
 namespace {
 
 constexpr std::size_t kEventBatch = 100;
@@ -359,16 +375,9 @@ private:
         }
         auto started = std::chrono::steady_clock::now();
         Request r;
-        r.method = std::string(req.method_string());
-        std::string_view target = req.target();
-        std::size_t q = target.find('?');
-        r.path = std::string(target.substr(0, q));
-        r.body = std::move(req.body());
-        r.authorization = std::string(req[http::field::authorization]);
-        r.remote = remote_;
+        const bool wellFormed = apiRequest(std::move(req), remote_, r);
         Response res;
-        auto query = parseQuery(q == std::string_view::npos ? std::string_view{} : target.substr(q + 1));
-        if (!query) {
+        if (!wellFormed) {
             res = jsonError(400, "invalid_query", "the query string has a malformed escape");
         } else if (r.path == "/metrics" && (r.method == "GET" || r.method == "HEAD")) {
             res.contentType = "text/plain; version=0.0.4";
@@ -380,7 +389,6 @@ private:
                                                 server_.api().limitMetrics().render());
             res.route = "/metrics";
         } else {
-            r.query = std::move(*query);
             res = server_.api().handle(r);
         }
         double secs = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();

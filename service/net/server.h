@@ -9,6 +9,8 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/steady_timer.hpp>
+#include <boost/beast/http/message.hpp>
+#include <boost/beast/http/string_body.hpp>
 
 #include <atomic>
 #include <chrono>
@@ -26,6 +28,11 @@ namespace tarvolin::net {
 // Every connection holds a descriptor: raises this process's soft limit on open files to the hard one, and
 // returns both after the change (0 and 0 when they cannot be read).
 std::pair<std::uint64_t, std::uint64_t> raiseOpenFileLimit();
+
+// What the API sees of an HTTP request from this address: method, path, query, body and credentials. False
+// when the query string has a malformed escape; the method and the path are filled in all the same.
+bool apiRequest(boost::beast::http::request<boost::beast::http::string_body>&& req, std::string remote,
+                Request& out);
 
 struct ServerConfig {
     std::string address = "0.0.0.0";
