@@ -111,7 +111,7 @@ private slots:
         const int before = goldPixels();
         // Long enough to be seen on a machine busy with other work.
         Platform::shared().emitter().startGoldEmitterOnViewForDuration(nullptr, 4.0);
-        QTRY_VERIFY_WITH_TIMEOUT(goldPixels() > before + 40, 8000);
+        QTRY_VERIFY_WITH_TIMEOUT(goldPixels() > before + 40, 20000);
         // TARVOLIN_UI_SHOTS=DIR keeps a picture of it for a person to look at.
         if (const QString dir = qEnvironmentVariable("TARVOLIN_UI_SHOTS"); !dir.isEmpty()) {
             window->grabWindow().save(dir + "/gold-rain.png");
