@@ -29,7 +29,8 @@ echo "== tests"
 export QT_QPA_PLATFORM=offscreen
 ctest --test-dir "$build" --output-on-failure -j "$jobs"
 
-# The figures of the hardening tests from the log of the run above: the authorisation matrix's size, and the
-# kills that the service and the profile survived with what was checked after them.
-grep -h -e '^\[ matrix' -e '^\[ kill load' -e '^\[ profile kill' "$build/Testing/Temporary/LastTest.log" \
-  2>/dev/null || true
+# The figures of the hardening tests from the log of the run above: the authorisation matrix's size, the kills
+# that the service and the profile survived with what was checked after them, and the health check's times
+# while one address abuses the service.
+grep -h -e '^\[ matrix' -e '^\[ kill load' -e '^\[ profile kill' -e '^\[ health' \
+  "$build/Testing/Temporary/LastTest.log" 2>/dev/null || true
