@@ -13,6 +13,7 @@
 #include "screens/MainViewController.h"
 #include "screens/Screens.h"
 
+#include <QApplication>
 #include <QGuiApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -240,7 +241,9 @@ TEST_F(LeaderboardScroll, GrowsAtBothEndsWithContiguousRowsThatStayInPlace) {
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication app(argc, argv);
+    // A QApplication, as the game's own: QtTest's mouse events take the application for one when widgets are
+    // linked in.
+    QApplication app(argc, argv);
     QGuiApplication::setLayoutDirection(Qt::RightToLeft);
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     Application::registerResources();

@@ -118,12 +118,12 @@ void GKMatch::handleLiveMessage(const QJsonObject& message) {
         if (state == GKPlayerStateConnected) {
             m_otherConnected = true;
             m_expectedPlayerCount = 0;
-            if (m_delegate) {
-                m_delegate->matchPlayerDidChangeConnectionState(this, player, GKPlayerStateConnected);
+            if (delegate()) {
+                delegate()->matchPlayerDidChangeConnectionState(this, player, GKPlayerStateConnected);
             }
         } else {
-            if (!m_otherConnected && m_delegate) {
-                m_delegate->matchConnectionWithPlayerFailedWithError(
+            if (!m_otherConnected && delegate()) {
+                delegate()->matchConnectionWithPlayerFailedWithError(
                     this, player,
                     liveError(QStringLiteral("not_connected"), QStringLiteral("the player never came")));
             }
@@ -133,18 +133,18 @@ void GKMatch::handleLiveMessage(const QJsonObject& message) {
         const QByteArray::FromBase64Result data = QByteArray::fromBase64Encoding(
             message.value("data").toString().toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
         if (!data) {
-            if (m_delegate) {
-                m_delegate->matchDidFailWithError(this, GKError::badReply(QStringLiteral("live data")));
+            if (delegate()) {
+                delegate()->matchDidFailWithError(this, GKError::badReply(QStringLiteral("live data")));
             }
             return;
         }
-        if (m_delegate) {
-            m_delegate->matchDidReceiveDataFromRemotePlayer(this, *data, message.value("from").toString());
+        if (delegate()) {
+            delegate()->matchDidReceiveDataFromRemotePlayer(this, *data, message.value("from").toString());
         }
     } else if (type == QLatin1String("error")) {
         const QJsonObject e = message.value("error").toObject();
-        if (m_delegate) {
-            m_delegate->matchDidFailWithError(
+        if (delegate()) {
+            delegate()->matchDidFailWithError(
                 this, liveError(e.value("code").toString(), e.value("message").toString()));
         }
     }
@@ -155,8 +155,8 @@ void GKMatch::connectionLost() {
         return;
     }
     const QString other = m_players.value(0);
-    if (m_delegate) {
-        m_delegate->matchDidFailWithError(this, liveError(QStringLiteral("network")));
+    if (delegate()) {
+        delegate()->matchDidFailWithError(this, liveError(QStringLiteral("network")));
     }
     ended(other);
 }
@@ -167,8 +167,8 @@ void GKMatch::ended(const QString& playerID) {
     m_otherConnected = false;
     m_expectedPlayerCount = 0;
     QObject::disconnect(&channel(), nullptr, this, nullptr);
-    if (m_delegate) {
-        m_delegate->matchPlayerDidChangeConnectionState(this, playerID, GKPlayerStateDisconnected);
+    if (delegate()) {
+        delegate()->matchPlayerDidChangeConnectionState(this, playerID, GKPlayerStateDisconnected);
     }
 }
 

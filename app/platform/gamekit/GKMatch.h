@@ -7,6 +7,7 @@
 #include <QHash>
 #include <QJsonObject>
 #include <QObject>
+#include <QPointer>
 #include <QString>
 #include <QStringList>
 #include <functional>
@@ -54,8 +55,16 @@ public:
     int expectedPlayerCount() const { return m_expectedPlayerCount; }
     bool isConnected() const { return m_connected; }
 
-    void setDelegate(GKMatchDelegate* delegate) { m_delegate = delegate; }
-    GKMatchDelegate* delegate() const { return m_delegate; }
+    // A delegate that is a QObject as well is forgotten when it is destroyed: a match that outlives the
+    // helper or screen that listened to it (its connection lost as the program ends, say) then tells no one.
+    void setDelegate(GKMatchDelegate* delegate) {
+        m_delegate = delegate;
+        m_delegateObject = dynamic_cast<QObject*>(delegate);
+        m_delegateIsObject = m_delegateObject != nullptr;
+    }
+    GKMatchDelegate* delegate() const {
+        return m_delegateIsObject && !m_delegateObject ? nullptr : m_delegate;
+    }
 
     // Both modes are reliable and in order here. False, with the error, when the data is too large or the
     // other player is not connected.
@@ -80,6 +89,8 @@ private:
     bool m_otherConnected = false;
     bool m_over = false;
     GKMatchDelegate* m_delegate = nullptr;
+    QPointer<QObject> m_delegateObject;
+    bool m_delegateIsObject = false;
 };
 
 // An invitation to a live match, as the invited player receives it.
