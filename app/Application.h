@@ -22,11 +22,18 @@ public:
         QString service;
         QString device;
         bool offline = false;
-        QString open; // rounds, levels or play: the screen to go to from the main screen
+        QString open;     // rounds, levels or play: the screen to go to from the main screen
+        QString platform; // Qt's platform as given by -platform, if it was
     };
 
-    // Parses the command line; on --help or a bad option prints and returns false with the exit code set.
+    // Parses the command line (the program's name first) before any application object exists; Qt's own
+    // options are let through for it. On --help, --version or a bad option prints and returns false with the
+    // exit code set. The application's name and version must be set before.
     static bool parseArguments(const QStringList& arguments, Options* options, int* exitCode);
+
+    // Why Qt could not open a window with this platform (the -platform argument, else QT_QPA_PLATFORM):
+    // empty when nothing is known against it.
+    static QString missingDisplay(const QString& platformArgument);
 
     explicit Application(Options options);
     ~Application();
@@ -40,6 +47,11 @@ public:
 
     // Loads the game's fonts and the built pictures; safe to call more than once.
     static void registerResources();
+    // Where the game's data (the level pictures, the fonts) is looked for, in order: $TARVOLIN_DATA_DIR,
+    // share/tarvolin beside the executable (installed, or in the build folder), then the XDG data folders.
+    static QStringList dataDirectories();
+    // The first existing file at relativePath in those folders, or an empty string.
+    static QString locateData(const QString& relativePath);
 
 private:
     void scheduleScreenshot();

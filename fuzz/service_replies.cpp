@@ -1,6 +1,6 @@
 // The game's reading of the game service's answers: the status and body of a reply as GameService reads
 // them, and what the game takes out of the JSON (players, scores, friend requests, achievements, matches,
-// store transactions and errors, house ads).
+// store transactions and errors, house ads, saved progress).
 //
 // The first two bytes of an input give the HTTP status; the rest is the body.
 
@@ -12,6 +12,7 @@
 #include "platform/gamekit/GameKit.h"
 #include "platform/gamekit/GameService.h"
 #include "platform/storekit/SKStoreServer.h"
+#include "progress/ProgressDocument.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -37,6 +38,10 @@ void readObject(const QJsonObject& o) {
     (void)GKMatch::fromJson(o, QStringLiteral("T0123456789abcdef"));
     (void)GameServiceStoreServer::transactionList(o);
     QString why;
+    if (!ProgressDocument::fromJson(o.value(QStringLiteral("progress")), &why)) {
+        check(!why.isEmpty());
+    }
+    why.clear();
     for (const char* format : {"banner", "interstitial", "rewarded"}) {
         if (!GADAdContent::fromJson(o, QLatin1String(format), &why)) {
             check(!why.isEmpty());

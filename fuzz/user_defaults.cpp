@@ -19,6 +19,8 @@
 #include "progress/TutorialAlertsManager.h"
 #include "progress/UserStatsManager.h"
 
+#include "platform/SettingsFile.h"
+
 #include <QSettings>
 
 #include <cmath>
@@ -33,7 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fixture.install(file);
     auto& defaults = Platform::shared().userDefaults();
 
-    const QStringList keys = QSettings(file, QSettings::IniFormat).allKeys();
+    const QStringList keys = QSettings(file, SettingsFile::format()).allKeys();
     for (const QString& key : keys.mid(0, 64)) {
         (void)defaults.integerForKey(key);
         (void)defaults.boolForKey(key);

@@ -21,6 +21,13 @@ packages=(
   hunspell-ar libhunspell-dev librsvg2-dev
   # tests and benchmarks
   libgtest-dev libgmock-dev googletest libbenchmark-dev xvfb xauth dbus-daemon
+  # the accessibility test (tests/a11y): the AT-SPI bus and registry, and a client that reads the tree
+  at-spi2-core python3-gi gir1.2-atspi-2.0 python3-pyatspi
+  # packaging (scripts/package.sh) and the validators of the installed files
+  dpkg-dev lintian desktop-file-utils appstream systemd debootstrap
+  systemd-container
+  # the manual pages are checked with man (tests/cli)
+  man-db
   # fuzzing (scripts/fuzz.sh): clang and its libFuzzer runtime
   clang libclang-rt-14-dev
 )

@@ -31,6 +31,11 @@ ctest --test-dir "$build" --output-on-failure -j "$jobs"
 
 # The figures of the hardening tests from the log of the run above: the authorisation matrix's size, the kills
 # that the service and the profile survived with what was checked after them, and the health check's times
-# while one address abuses the service.
-grep -h -e '^\[ matrix' -e '^\[ kill load' -e '^\[ profile kill' -e '^\[ health' \
-  "$build/Testing/Temporary/LastTest.log" 2>/dev/null || true
+# while one address abuses the service; then what the installed files and the unit's checks said, and what the
+# accessibility test read on each screen.
+grep -h -e '^\[ matrix' -e '^\[ kill load' -e '^\[ profile kill' -e '^\[ health' -e '^\[ installed' \
+  -e '^\[ systemd' -e '^\[ desktop' -e '^\[ appstream' \
+  -e '^\[ a11y' "$build/Testing/Temporary/LastTest.log" 2>/dev/null || true
+# What a screen reader hears on the play screen, as the accessibility test read it.
+sed -n '/^The play screen.s accessible names/,/^\[ a11y play: [0-9]/p' "$build/Testing/Temporary/LastTest.log" \
+  2>/dev/null || true

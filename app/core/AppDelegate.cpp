@@ -5,6 +5,7 @@
 #include "platform/Dispatch.h"
 #include "platform/Platform.h"
 #include "progress/BonusManager.h"
+#include "progress/CloudSaveManager.h"
 #include "progress/CreditsManager.h"
 #include "progress/NotificationManager.h"
 #include "progress/RankManager.h"
@@ -29,6 +30,8 @@ bool AppDelegate::applicationDidFinishLaunchingWithOptions(const QVariantMap& la
     auto& platform = Platform::shared();
     // The session is counted first: everything after it sees this start's day and session.
     SessionManager::sharedInstance().checkAndLogSessionInfo();
+    // The player's progress follows him to the service from the first change on.
+    CloudSaveManager::sharedInstance();
 
     // Payments are heard before any screen can buy; an unfinished one is handed over again from here.
     SKPaymentQueue::defaultQueue().addTransactionObserver(&GameIAPHelper::sharedInstance());
@@ -92,6 +95,10 @@ void AppDelegate::applicationWillEnterForeground() {
         notifications.scheduleReEngagementNotifications();
     }
     setApplicationIconBadgeNumber(0);
+}
+
+void AppDelegate::applicationDidEnterBackground() {
+    CloudSaveManager::sharedInstance().enterBackground();
 }
 
 void AppDelegate::reachabilityChanged() {

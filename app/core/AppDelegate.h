@@ -21,6 +21,8 @@ public:
 
     bool applicationDidFinishLaunchingWithOptions(const QVariantMap& launchOptions);
     void applicationWillEnterForeground();
+    // The game leaves the front: the progress that waits to be saved leaves now.
+    void applicationDidEnterBackground();
     // A connection that comes back starts the ads, once.
     void reachabilityChanged();
     // A local notification is a map with "alertBody" and "userInfo" (itself a map with "type").

@@ -18,6 +18,11 @@ void PictureView::setSource(const QString& source) {
     emit changed();
 }
 
+void PictureView::setDescription(const QString& description) {
+    m_description = description;
+    emit changed();
+}
+
 void PictureView::setFrame(const QRectF& frame) {
     m_frame = frame;
     emit changed();
@@ -130,15 +135,39 @@ void WordView::initGameViewWithGame(const GamePtr& g) {
     loadAndSetupControls();
 }
 
+QString WordView::descriptionIn(const QString& descriptions, const QString& name, int k) {
+    const QString key = QStringLiteral("%1_%2\t").arg(name).arg(k);
+    qsizetype at = 0;
+    while (!name.isEmpty() && (at = descriptions.indexOf(key, at)) >= 0) {
+        if (at == 0 || descriptions.at(at - 1) == QLatin1Char('\n')) {
+            const qsizetype start = at + key.size();
+            const qsizetype end = descriptions.indexOf(QLatin1Char('\n'), start);
+            const QString text = descriptions.mid(start, end < 0 ? -1 : end - start).trimmed();
+            if (!text.isEmpty())
+                return text;
+            break;
+        }
+        at += key.size();
+    }
+    return QStringLiteral("الصورة %1").arg(k);
+}
+
 void WordView::loadAndSetupControls() {
     GameView::loadAndSetupControls();
     const auto g = game.lock();
     const auto info = g ? g->levelInfo() : nullptr;
     const QString name = info ? info->imageName : QString();
+    // Read once: the resource is registered at start and never changes while the game runs.
+    static const QString descriptions = [] {
+        QFile file(QString::fromLatin1(kDescriptionsResource));
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }();
     int k = 1;
     for (PictureView* view : {imageView1, imageView2, imageView3, imageView4}) {
-        const QString path = QStringLiteral("%1%2_%3.jpg").arg(QLatin1String(kPicturePrefix), name).arg(k++);
+        const QString path = QStringLiteral("%1%2_%3.jpg").arg(QLatin1String(kPicturePrefix), name).arg(k);
         // A missing picture shows as empty, without a message.
         view->setSource(!name.isEmpty() && QFile::exists(path) ? QStringLiteral("qrc") + path : QString());
+        view->setDescription(descriptionIn(descriptions, name, k));
+        ++k;
     }
 }

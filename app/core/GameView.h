@@ -18,6 +18,7 @@ class PictureView : public QObject {
     Q_PROPERTY(QString source READ source NOTIFY changed)
     Q_PROPERTY(QRectF frame READ frame NOTIFY changed)
     Q_PROPERTY(int z READ z NOTIFY changed)
+    Q_PROPERTY(QString description READ description NOTIFY changed)
 public:
     PictureView(const QRectF& frame, QObject* parent) : QObject(parent), m_frame(frame) {}
     QString source() const { return m_source; }
@@ -26,12 +27,16 @@ public:
     void setFrame(const QRectF& frame);
     int z() const { return m_z; }
     void bringToFront();
+    // What a screen reader says for the picture: a short Arabic text of what it shows.
+    QString description() const { return m_description; }
+    void setDescription(const QString& description);
 
 signals:
     void changed();
 
 private:
     QString m_source;
+    QString m_description;
     QRectF m_frame;
     int m_z = 0;
 };
@@ -88,6 +93,11 @@ class WordView : public GameView {
 public:
     // Picture resources are looked up as PREFIX + NAME_k.jpg.
     static constexpr const char* kPicturePrefix = ":/pictures/";
+    // What each picture shows, "NAME_k<TAB>TEXT" a line, built beside the pictures by the content tool.
+    static constexpr const char* kDescriptionsResource = ":/pictures/descriptions.tsv";
+
+    // The description of NAME_k from the text of such a file; "الصورة k" when it has none.
+    static QString descriptionIn(const QString& descriptions, const QString& name, int k);
 
     static WordView* loadInstance(const QRectF& bounds, QObject* parent = nullptr);
     void initGameViewWithGame(const GamePtr& game) override;

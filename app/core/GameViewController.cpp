@@ -23,6 +23,7 @@
 #include "screens/Util.h"
 
 #include <QDebug>
+#include <algorithm>
 #include <cmath>
 
 GameViewController::GameViewController(QObject* parent)
@@ -79,6 +80,7 @@ void GameViewController::dropBoard() {
     correctLetters.clear();
     solutionBlocks.clear();
     solutionLetters.clear();
+    m_placed.clear();
 }
 
 void GameViewController::setupGameview() {
@@ -234,7 +236,10 @@ void GameViewController::letterTap(LetterLabel* tile) {
         return;
     }
     tile->solutionBoxPos = box;
+    tile->notifyChanged();
     solutionBlocks.at(box)->setTag(1);
+    m_placed.removeAll(tile);
+    m_placed.append(tile);
     QPointer<LetterLabel> guard(tile);
     const QRectF target = boxFrameInWorkView(box);
     Platform::shared().animator().animateWithDurationAnimationsCompletion(
@@ -976,6 +981,22 @@ QList<QObject*> GameViewController::tiles() const {
         list << t;
     }
     return list;
+}
+
+QList<int> GameViewController::trayOrder() const {
+    QList<int> order;
+    for (int i = 0; i < lettersLabels.size(); ++i) {
+        order << i;
+    }
+    std::stable_sort(order.begin(), order.end(), [this](int a, int b) {
+        const QRectF& fa = lettersLabels.at(a)->originalFrame;
+        const QRectF& fb = lettersLabels.at(b)->originalFrame;
+        if (std::abs(fa.center().y() - fb.center().y()) >= fa.height() / 2) {
+            return fa.center().y() < fb.center().y();
+        }
+        return fa.center().x() > fb.center().x();
+    });
+    return order;
 }
 
 QList<QObject*> GameViewController::boxes() const {

@@ -23,6 +23,9 @@ class GameViewController : public ViewController, public GameViewDelegate {
     Q_PROPERTY(QObject* gameView READ gameViewObject NOTIFY boardChanged)
     Q_PROPERTY(QList<QObject*> tiles READ tiles NOTIFY boardChanged)
     Q_PROPERTY(QList<QObject*> boxes READ boxes NOTIFY boardChanged)
+    // The tiles' indexes as the tray reads, top row first and right to left: the tiles themselves are in the
+    // answer's order, which a screen reader walking them must not give away.
+    Q_PROPERTY(QList<int> trayOrder READ trayOrder NOTIFY boardChanged)
     Q_PROPERTY(QString gameNameText READ gameNameText NOTIFY boardChanged)
     Q_PROPERTY(QString levelText READ levelText NOTIFY boardChanged)
     Q_PROPERTY(QString solutionBarImage READ solutionBarImage NOTIFY solutionBarImageChanged)
@@ -183,6 +186,18 @@ public:
     // What the view forwards: a tap on tile `index` of lettersLabels.
     Q_INVOKABLE void tapTile(int index);
 
+    // The keyboard (its own file). Typed letters move the first tray tile of each letter, in reading order,
+    // as a tap on it does; true when one was moved. Nothing happens while a popup covers the board.
+    Q_INVOKABLE bool typeLetters(const QString& text);
+    // Takes back the letter placed last that is still in its box, as a tap on the box does.
+    Q_INVOKABLE bool takeBackLastLetter();
+    // Runs the help action of Ctrl+digit (1 to 9) when the screen offers it now and no popup is open.
+    Q_INVOKABLE bool runHelpShortcut(int digit);
+    // The tooltip of the help action of Ctrl+digit: its name and its keys.
+    Q_INVOKABLE QString helpToolTip(int digit) const;
+    // The help popup, the help list, the share panel, a presented screen or an overlay is up.
+    bool popupOpen() const;
+
     // The text of the row, box by box (placeholders give nothing).
     QString currentAnswer() const;
     LetterLabel* tileInBox(int box) const;
@@ -194,6 +209,7 @@ public:
     QObject* adsViewObject() const { return m_adsView; }
     QList<QObject*> tiles() const;
     QList<QObject*> boxes() const;
+    QList<int> trayOrder() const;
     QString gameNameText() const { return m_gameNameText; }
     QString levelText() const { return m_levelText; }
     QString solutionBarImage() const { return m_solutionBarImage; }
@@ -231,7 +247,13 @@ signals:
     void shareViewChanged();
     void screenshotLookChanged();
 
+protected:
+    bool keyPressed(const KeyPress& press) override;
+
 private:
+    // The tray tile with this letter that reading order reaches first (top row first, right to left); -1
+    // when no tile in the tray carries it.
+    int trayTileWithLetter(QChar letter) const;
     void battleSolved();
     void stopBattleTimer();
     void finishBattle(qint64 score);
@@ -265,6 +287,8 @@ private:
     bool m_battleOver = false; // a result has been given
     QString m_battleQuestionText;
     QString m_battleSecondsText;
+    // The tiles sent to a box, the last one last; a tile appears once, at its latest move.
+    QList<QPointer<LetterLabel>> m_placed;
     // Everything made for one level hangs here and goes with the next setupGameview.
     QObject* m_workView = nullptr;
     // Guards callbacks that outlive the controller or the board they were made for.

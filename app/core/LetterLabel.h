@@ -15,6 +15,8 @@ class LetterLabel : public QObject {
     Q_PROPERTY(int recognizer READ recognizer NOTIFY changed)
     Q_PROPERTY(bool inBox READ isInBox NOTIFY changed)
     Q_PROPERTY(bool isRevealed READ isRevealedValue NOTIFY changed)
+    Q_PROPERTY(int box READ box NOTIFY changed)
+    Q_PROPERTY(bool inTray READ isInTray NOTIFY changed)
 public:
     // Which single-tap action the tile answers now.
     enum Recognizer { NoRecognizer = 0, LetterTap = 1, SolutionLetterTap = 2 };
@@ -44,6 +46,16 @@ public:
     void setRecognizer(Recognizer r);
     bool isInBox() const { return solutionBoxPos >= 0 && !isRevealed && m_recognizer == SolutionLetterTap; }
     bool isRevealedValue() const { return isRevealed; }
+    // The solution box the tile stands in, placed by the player or revealed there; -1 in the tray or on its
+    // way.
+    int box() const {
+        return isInBox() ? static_cast<int>(solutionBoxPos)
+                         : (isRevealed ? static_cast<int>(correctSolutionBoxPos) : -1);
+    }
+    // Waiting in the tray for a tap: not sent to a box (nor on its way there), not revealed, not removed.
+    bool isInTray() const {
+        return m_onScreen && m_recognizer == LetterTap && solutionBoxPos < 0 && !isRevealed;
+    }
     void notifyChanged() { emit changed(); }
 
 signals:

@@ -2,6 +2,7 @@
 
 #include "platform/Platform.h"
 #include "platform/SharedInstances.h"
+#include "progress/ProgressDocument.h"
 
 namespace {
 const QString kCurrentLevelKey = QStringLiteral("currentLevel");
@@ -51,6 +52,7 @@ void LevelManager::incrementCurrentLevelToNextRoundStart() {
 void LevelManager::saveCurrentLevelTo(qint64 level) {
     m_currentLevel = level;
     save();
+    Platform::shared().notificationCenter().postNotificationName(NotificationProgressChanged);
 }
 
 GamePtr LevelManager::getCurrentGame() const {
@@ -65,4 +67,5 @@ void LevelManager::setLevelRewardedForSecondTime(qint64 level) {
     auto& defaults = Platform::shared().userDefaults();
     defaults.setBoolForKey(true, rewardKey(level));
     defaults.synchronize();
+    Platform::shared().notificationCenter().postNotificationName(NotificationProgressChanged);
 }

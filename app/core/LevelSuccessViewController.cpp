@@ -186,3 +186,13 @@ void LevelSuccessViewController::goBackToLevelsSelectorViewController() {
         playScreen->openCurrentLevel();
     }
 }
+
+bool LevelSuccessViewController::keyPressed(const KeyPress& press) {
+    if (press.isEnter()) {
+        if (m_buttonsEnabled) {
+            nextLevelAction();
+        }
+        return true;
+    }
+    return ViewController::keyPressed(press);
+}

@@ -82,6 +82,10 @@ public:
 signals:
     void labelsChanged();
 
+protected:
+    // Enter presses the next button, once the buttons are enabled.
+    bool keyPressed(const KeyPress& press) override;
+
 private:
     QString m_totalPoints, m_currentCredits, m_lastRank, m_currentRank, m_rankIsChanged, m_rankChange;
     bool m_rankRose = false;

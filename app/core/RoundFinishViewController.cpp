@@ -28,3 +28,11 @@ void RoundFinishViewController::startNextRound() {
     SoundFactory::sharedInstance().playMenuTap();
     Platform::shared().navigator().dismissViewController();
 }
+
+bool RoundFinishViewController::keyPressed(const KeyPress& press) {
+    if (press.isEnter()) {
+        startNextRound();
+        return true;
+    }
+    return ViewController::keyPressed(press);
+}

@@ -24,6 +24,10 @@ public:
     QString currentBadge() const { return m_badge; }
     QString rankName() const { return m_rankName; }
 
+protected:
+    // Enter starts the next round, as its button does.
+    bool keyPressed(const KeyPress& press) override;
+
 private:
     QString m_badge;
     QString m_rankName;

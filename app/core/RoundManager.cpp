@@ -3,6 +3,13 @@
 #include "LevelManager.h"
 #include "platform/Platform.h"
 #include "platform/SharedInstances.h"
+#include "progress/ProgressDocument.h"
+
+namespace {
+void announce() {
+    Platform::shared().notificationCenter().postNotificationName(NotificationProgressChanged);
+}
+} // namespace
 
 RoundManager& RoundManager::sharedInstance() {
     return Shared<RoundManager>::instance();
@@ -23,6 +30,7 @@ void RoundManager::saveTravel() {
     d.setIntegerForKey(m_travelLevel, "travelLevel");
     d.setBoolForKey(m_isPreviousRound, "isPreviousRound");
     d.synchronize();
+    announce();
 }
 
 void RoundManager::goToPreviousRound() {
@@ -49,6 +57,7 @@ void RoundManager::incrementTravelLevel() {
     auto& d = Platform::shared().userDefaults();
     d.setIntegerForKey(m_travelLevel, "travelLevel");
     d.synchronize();
+    announce();
 }
 
 void RoundManager::resetRoundBonusValues() {
@@ -59,9 +68,11 @@ void RoundManager::resetRoundBonusValues() {
 void RoundManager::setFlyOverPassed(bool passed) {
     m_isRoundFlyOverPassed = passed;
     Platform::shared().userDefaults().setBoolForKey(passed, "isFlyOverPassed");
+    announce();
 }
 
 void RoundManager::setFlipImagePassed(bool passed) {
     m_isRoundFlipImagePassed = passed;
     Platform::shared().userDefaults().setBoolForKey(passed, "isFlipImagePassed");
+    announce();
 }

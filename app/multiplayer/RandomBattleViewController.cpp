@@ -11,7 +11,8 @@
 
 namespace {
 
-const QString kWriteMessage = QStringLiteral("قبل لعب دورك يرجى كتابة الرسالة التي ستظهر  للاعب الذي تحداك");
+const QString kWriteMessageFirst =
+    QStringLiteral("قبل لعب دورك يرجى كتابة الرسالة التي ستظهر  للاعب الذي تحداك");
 
 } // namespace
 
@@ -97,7 +98,7 @@ void RandomBattleViewController::showNames(const GKTurnBasedMatch& m) {
 void RandomBattleViewController::playTheTurn(const QString& message) {
     SoundFactory::sharedInstance().playMenuTap();
     if (message.isEmpty()) {
-        Util::showMessageWithTitle(kWriteMessage, QStringLiteral("اكتب رسالة"));
+        Util::showMessageWithTitle(kWriteMessageFirst, QStringLiteral("اكتب رسالة"));
         return;
     }
     if (!match) {

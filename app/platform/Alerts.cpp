@@ -3,8 +3,8 @@
 void Alerts::showWithTitleMessageCancelButtonTitleOtherButtonTitlesTapBlock(
     const QString& title, const QString& message, const QString& cancelTitle, const QStringList& otherTitles,
     std::function<void(int)> tapBlock) {
-    Alert alert{title, message, {}, std::move(tapBlock), {}};
-    if (!cancelTitle.isEmpty()) {
+    Alert alert{title, message, {}, std::move(tapBlock), {}, !cancelTitle.isEmpty()};
+    if (alert.cancellable) {
         alert.buttons << cancelTitle;
     }
     alert.buttons << otherTitles;
@@ -30,6 +30,10 @@ bool Alerts::press(int buttonIndex) {
         alert.onPress(buttonIndex);
     }
     return true;
+}
+
+bool Alerts::cancel() {
+    return isCancellable() && press(0);
 }
 
 bool Alerts::pressTitled(const QString& title) {

@@ -14,6 +14,7 @@ class Alerts : public QObject {
     Q_PROPERTY(QString message READ message NOTIFY changed)
     Q_PROPERTY(QStringList buttons READ buttons NOTIFY changed)
     Q_PROPERTY(QString tone READ tone NOTIFY changed)
+    Q_PROPERTY(bool cancellable READ isCancellable NOTIFY changed)
 public:
     struct Alert {
         QString title;
@@ -21,6 +22,7 @@ public:
         QStringList buttons;
         std::function<void(int)> onPress;
         QString tone;
+        bool cancellable = false; // its first button is the cancel button
     };
 
     void showWithTitleMessageCancelButtonTitleOtherButtonTitlesTapBlock(const QString& title,
@@ -37,11 +39,15 @@ public:
     QString tone() const { return m_queue.empty() ? QString() : m_queue.front().tone; }
     // Gives the alert queued last its look.
     void setToneOfLast(const QString& tone);
+    // The front alert has a cancel button.
+    bool isCancellable() const { return !m_queue.empty() && m_queue.front().cancellable; }
     int count() const { return static_cast<int>(m_queue.size()); }
     const Alert* front() const { return m_queue.empty() ? nullptr : &m_queue.front(); }
 
     // Presses a button of the front alert; returns false when there is none or the index is out of range.
     Q_INVOKABLE bool press(int buttonIndex);
+    // Presses the cancel button of the front alert (Escape); false when it has none.
+    Q_INVOKABLE bool cancel();
     // Presses the button with this title on the front alert.
     bool pressTitled(const QString& title);
 

@@ -1,5 +1,7 @@
 #include "UserDefaults.h"
 
+#include "SettingsFile.h"
+
 #include <QDebug>
 #include <QDir>
 #include <QFileInfo>
@@ -10,7 +12,7 @@
 namespace {
 
 std::unique_ptr<QSettings> openSettings(const QString& filePath) {
-    auto settings = std::make_unique<QSettings>(filePath, QSettings::IniFormat);
+    auto settings = std::make_unique<QSettings>(filePath, SettingsFile::format());
     // Every change is written through before its setter returns, so before anything announces it, to a new
     // file that replaces the old one whole: a program killed while it writes leaves the previous file, never
     // a truncated one. Where no new file can be made beside it, the write fails with a log line instead of
@@ -42,7 +44,19 @@ void removeOwnerlessLock(const QString& filePath) {
 UserDefaults::UserDefaults(const QString& filePath) : m_path(filePath) {
     QDir().mkpath(QFileInfo(filePath).absolutePath());
     removeOwnerlessLock(filePath);
+    const int unreadableBefore = SettingsFile::unreadableValueCount();
     m_settings = openSettings(filePath);
+    // Values that do not read are read as absent and would be gone with the next write: the file as it was
+    // is kept beside the new one first.
+    if (m_settings->status() == QSettings::NoError &&
+        SettingsFile::unreadableValueCount() != unreadableBefore) {
+        const QString aside = filePath + ".unreadable";
+        QFile::remove(aside);
+        QFile::copy(filePath, aside);
+        qWarning().noquote() << "The settings file" << filePath
+                             << "holds values that could not be read; they read as absent, and the file as it"
+                             << "was is kept as" << aside;
+    }
     if (m_settings->status() != QSettings::NoError) {
         qWarning().noquote() << "The settings file" << filePath
                              << "could not be read; starting from defaults and keeping the file aside.";

@@ -3,6 +3,7 @@
 #include "BrainPowersManager.h"
 #include "CreditsManager.h"
 #include "GameAdditions.h"
+#include "ProgressDocument.h"
 #include "RankManager.h"
 #include "SessionManager.h"
 #include "UserStatsManager.h"
@@ -93,6 +94,7 @@ void AchievementManager::markAchievementAsAchieved(Achievement& achievement) {
     auto& defaults = Platform::shared().userDefaults();
     defaults.setBoolForKey(true, kAchievedKeyFormat.arg(achievement.id));
     defaults.synchronize();
+    Platform::shared().notificationCenter().postNotificationName(NotificationProgressChanged);
 }
 
 void AchievementManager::markAchievementAsRewarded(Achievement& achievement) {
@@ -100,6 +102,7 @@ void AchievementManager::markAchievementAsRewarded(Achievement& achievement) {
     auto& defaults = Platform::shared().userDefaults();
     defaults.setBoolForKey(true, kRewardedKeyFormat.arg(achievement.id));
     defaults.synchronize();
+    Platform::shared().notificationCenter().postNotificationName(NotificationProgressChanged);
 }
 
 qint64 AchievementManager::collectAchievementReward(const QString& id) {

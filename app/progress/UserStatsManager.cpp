@@ -1,6 +1,7 @@
 #include "UserStatsManager.h"
 
 #include "AchievementManager.h"
+#include "ProgressDocument.h"
 #include "RankManager.h"
 #include "SessionManager.h"
 #include "core/LevelManager.h"
@@ -78,6 +79,7 @@ void UserStatsManager::addToCounter(qint64& field, const QString& key, qint64 am
     auto& defaults = Platform::shared().userDefaults();
     defaults.setIntegerForKey(field, key);
     defaults.synchronize();
+    Platform::shared().notificationCenter().postNotificationName(NotificationProgressChanged);
 }
 
 void UserStatsManager::incrementCreditsUsedBy(qint64 amount) {
@@ -299,6 +301,7 @@ void UserStatsManager::saveSeries(const QList<StatRecord>& series, const QString
     auto& defaults = Platform::shared().userDefaults();
     defaults.setStringForKey(QString::fromUtf8(archiveRecords(series)), key);
     defaults.synchronize();
+    Platform::shared().notificationCenter().postNotificationName(NotificationProgressChanged);
 }
 
 QByteArray UserStatsManager::archiveRecords(const QList<StatRecord>& records) {

@@ -100,6 +100,11 @@ Item {
                 anchors.fill: parent
                 enabled: adPresenter.actionEnabled
                 onClicked: adPresenter.tapCallToAction()
+                Accessible.role: Accessible.Button
+                Accessible.name: A11y.text("a11y.adAction")
+                Accessible.ignored: !enabled
+                Accessible.onPressAction: adPresenter.tapCallToAction()
+                activeFocusOnTab: true
             }
         }
 
@@ -233,6 +238,11 @@ Item {
                 anchors.fill: parent
                 enabled: adPresenter.actionEnabled
                 onClicked: adPresenter.tapCallToAction()
+                Accessible.role: Accessible.Button
+                Accessible.name: A11y.text("a11y.adAction")
+                Accessible.ignored: !enabled
+                Accessible.onPressAction: adPresenter.tapCallToAction()
+                activeFocusOnTab: true
             }
         }
     }
@@ -279,6 +289,11 @@ Item {
             anchors.fill: parent
             anchors.margins: -6
             onClicked: adPresenter.close()
+            Accessible.role: Accessible.Button
+            Accessible.name: A11y.text("a11y.close")
+            Accessible.ignored: !enabled
+            Accessible.onPressAction: adPresenter.close()
+            activeFocusOnTab: true
         }
     }
 
@@ -350,6 +365,11 @@ Item {
             anchors.fill: parent
             anchors.margins: -4
             onClicked: adPresenter.close()
+            Accessible.role: Accessible.Button
+            Accessible.name: A11y.text("a11y.close")
+            Accessible.ignored: !enabled
+            Accessible.onPressAction: adPresenter.close()
+            activeFocusOnTab: true
         }
     }
     Text {

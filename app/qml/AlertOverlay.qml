@@ -2,11 +2,23 @@ import QtQuick
 import QtQuick.Shapes
 import "components"
 
-// The front alert of the queue, over everything; touches below are blocked while it is up.
+// The front alert of the queue, over everything; touches below are blocked while it is up. It has the keyboard
+// while it is up: Escape presses its cancel button when it has one, Enter the button Tab reached, else its main
+// (last) button.
 Item {
     id: overlay
     visible: alerts.visible
     z: 1000
+    Keys.onPressed: (event) => {
+        if (A11y.pressFocused(event, Window.activeFocusItem, [overlay]))
+            event.accepted = true
+        else if (event.key === Qt.Key_Escape)
+            alerts.cancel()
+        else if (event.key === Qt.Key_Return || event.key === Qt.Key_Enter)
+            alerts.press(alerts.buttons.length - 1)
+        // Nothing reaches the screens below while the alert is up; Tab still moves through its buttons.
+        event.accepted = event.key !== Qt.Key_Tab && event.key !== Qt.Key_Backtab
+    }
 
     Rectangle {
         anchors.fill: parent
@@ -19,6 +31,10 @@ Item {
     Rectangle {
         id: box
         objectName: "alertBox"
+        // Read as a dialog: its title, then its message, then its buttons.
+        Accessible.role: Accessible.Dialog
+        Accessible.name: alerts.title.length > 0 ? alerts.title : alerts.message
+        Accessible.description: alerts.title.length > 0 ? alerts.message : ""
         width: Math.min(parent.width - 48, 420)
         height: column.implicitHeight + (alerts.tone.length > 0 ? 52 : 28)
         anchors.centerIn: parent
@@ -111,6 +127,9 @@ Item {
             spacing: 12
 
             Text {
+                Accessible.role: Accessible.Heading
+                Accessible.name: text
+                Accessible.ignored: !visible
                 width: parent.width
                 text: alerts.title
                 visible: text.length > 0
@@ -123,6 +142,8 @@ Item {
             }
             Text {
                 objectName: "alertMessage"
+                Accessible.role: Accessible.StaticText
+                Accessible.name: text
                 width: parent.width
                 text: alerts.message
                 font.family: Theme.fontFamily

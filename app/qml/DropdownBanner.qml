@@ -51,6 +51,11 @@ Item {
         MouseArea {
             anchors.fill: parent
             onClicked: banner.dismiss()
+            Accessible.role: Accessible.Button
+            Accessible.name: banner.message
+            Accessible.ignored: !enabled
+            Accessible.onPressAction: banner.dismiss()
+            activeFocusOnTab: true
         }
     }
 }

@@ -8,7 +8,15 @@ Item {
     property bool primary: true
     property color tint: primary ? Theme.gold : "#d8d2ea"
     property int fontSize: 16
+    // What a screen reader says for the button: its text unless a use gives a fuller one.
+    property string accessibleName: label.text
     signal clicked()
+
+    Accessible.role: Accessible.Button
+    Accessible.ignored: !enabled
+    Accessible.name: accessibleName
+    Accessible.onPressAction: if (button.enabled) button.clicked()
+    activeFocusOnTab: true
 
     implicitWidth: 120
     implicitHeight: 44
@@ -27,6 +35,7 @@ Item {
         color: button.tint
         Text {
             id: label
+            Accessible.ignored: true
             anchors.centerIn: parent
             font.family: Theme.fontFamily
             font.pixelSize: button.fontSize
@@ -38,5 +47,16 @@ Item {
         id: area
         anchors.fill: parent
         onClicked: button.clicked()
+    }
+    // Where Tab stopped: Enter or Space presses this button.
+    Rectangle {
+        objectName: "focusRing"
+        visible: button.activeFocus
+        anchors.fill: parent
+        anchors.margins: -3
+        radius: height / 2
+        color: "transparent"
+        border.color: Theme.focus
+        border.width: 3
     }
 }

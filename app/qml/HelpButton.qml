@@ -1,15 +1,25 @@
 import QtQuick
 import "components"
 
-// A help button of the play screen: a word and its price.
+// A help button of the play screen: a word and its price. Tab reaches it, Enter or Space presses it (as every
+// control's press action, see ScreenLoader), and its tooltip names its action and shortcut.
 Item {
     id: button
     property alias text: label.text
+    property alias toolTip: tip.text
     property string cost: ""
     property string costGlyph: "$"
     property color costDisc: Theme.gold
     property real fontScale: 1.0
+    property string accessibleName: label.text
     signal clicked()
+
+    Accessible.role: Accessible.Button
+    Accessible.ignored: !enabled
+    Accessible.name: accessibleName
+    Accessible.description: cost.length > 0 ? A11y.text(costGlyph === "$" ? "a11y.costGold" : "a11y.costSkips").arg(cost) : ""
+    Accessible.onPressAction: if (button.enabled) button.clicked()
+    activeFocusOnTab: true
 
     Rectangle {
         anchors.fill: parent
@@ -27,6 +37,7 @@ Item {
         Row {
             anchors.centerIn: parent
             spacing: 5
+            Accessible.ignored: true
             Text {
                 id: label
                 font.family: Theme.fontFamily
@@ -67,6 +78,21 @@ Item {
     MouseArea {
         id: area
         anchors.fill: parent
+        hoverEnabled: true
         onClicked: button.clicked()
+    }
+    Rectangle {
+        objectName: "focusRing"
+        visible: button.activeFocus
+        anchors.fill: parent
+        anchors.margins: -3
+        radius: 16
+        color: "transparent"
+        border.color: Theme.focus
+        border.width: 3
+    }
+    ShortcutTip {
+        id: tip
+        hovered: area.containsMouse
     }
 }

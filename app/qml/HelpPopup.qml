@@ -16,8 +16,13 @@ Item {
         anchors.fill: parent
         onClicked: popup.dismissed()
     }
+    // What a screen reader finds: a dialog with its heading, the four steps, the credits link and a button that
+    // does what the tap anywhere does.
     Rectangle {
         objectName: "helpCard"
+        Accessible.role: Accessible.Dialog
+        Accessible.name: "كيف تلعب؟"
+        Accessible.ignored: !enabled
         width: parent.width * 0.86
         height: column.implicitHeight + 40
         anchors.centerIn: parent
@@ -35,6 +40,9 @@ Item {
             spacing: 14
 
             Text {
+                Accessible.role: Accessible.Heading
+                Accessible.name: text
+                Accessible.ignored: !enabled
                 width: parent.width
                 text: "كيف تلعب؟"
                 font.family: Theme.fontFamily
@@ -51,6 +59,9 @@ Item {
                     { "n": "4", "t": "المس صورة لتكبيرها، والمسها مرة أخرى لتصغيرها." }
                 ]
                 delegate: Row {
+                    Accessible.role: Accessible.StaticText
+                    Accessible.name: modelData.n + ". " + modelData.t
+                    Accessible.ignored: !enabled
                     width: column.width
                     spacing: 10
                     Rectangle {
@@ -80,6 +91,10 @@ Item {
             }
             Text {
                 objectName: "creditsLink"
+                Accessible.role: Accessible.Link
+                Accessible.name: text
+                Accessible.ignored: !enabled
+                Accessible.onPressAction: popup.creditsRequested()
                 width: parent.width
                 text: "حقوق الصور والخط"
                 font.family: Theme.fontFamily
@@ -93,6 +108,11 @@ Item {
                 }
             }
             Text {
+                Accessible.role: Accessible.Button
+                Accessible.name: A11y.text("a11y.start")
+                Accessible.description: text
+                Accessible.ignored: !enabled
+                Accessible.onPressAction: popup.dismissed()
                 width: parent.width
                 text: "المس الشاشة للبدء"
                 font.family: Theme.fontFamily

@@ -303,6 +303,11 @@ Item {
                     anchors.fill: parent
                     anchors.margins: -8
                     onClicked: view.closeRequested()
+                    Accessible.role: Accessible.Button
+                    Accessible.name: A11y.text("a11y.close")
+                    Accessible.ignored: !enabled
+                    Accessible.onPressAction: view.closeRequested()
+                    activeFocusOnTab: true
                 }
             }
         }

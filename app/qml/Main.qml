@@ -14,6 +14,29 @@ Window {
     LayoutMirroring.enabled: true
     LayoutMirroring.childrenInherit: true
 
+    // An overlay covers every screen: the screens take neither touches nor the keyboard's focus meanwhile.
+    readonly property bool covered: alerts.visible || progressHud.visible || paymentSheet.visible
+                                    || shareSheet.visible || adPresenter.visible
+    // The keyboard's focus: on the alert or the sheet that is up, else on the screen in front.
+    function focusFront() {
+        if (alerts.visible) {
+            alertOverlay.forceActiveFocus()
+            return
+        }
+        if (paymentSheet.visible || shareSheet.visible) {
+            (paymentSheet.visible ? paymentSheetOverlay : shareSheetOverlay).forceActiveFocus()
+            return
+        }
+        const front = presentedScreens.count > 0 ? presentedScreens.itemAt(presentedScreens.count - 1)
+                                                 : stackScreens.itemAt(stackScreens.count - 1)
+        if (front)
+            front.forceActiveFocus()
+    }
+    onCoveredChanged: Qt.callLater(root.focusFront)
+    Connections { target: navigator; function onChanged() { Qt.callLater(root.focusFront) } }
+    Connections { target: alerts; function onChanged() { Qt.callLater(root.focusFront) } }
+    Component.onCompleted: Qt.callLater(root.focusFront)
+
     Item {
         id: canvas
         objectName: "canvas"
@@ -23,18 +46,21 @@ Window {
         scale: Math.min(root.width / width, root.height / height)
 
         Repeater {
+            id: stackScreens
             model: navigator.screens
             delegate: ScreenLoader {
                 controller: modelData
                 visible: index === navigator.depth - 1
-                enabled: visible && navigator.presented.length === 0
+                // A presented screen or an overlay over it takes its touches and keys, and a screen reader skips it.
+                enabled: visible && navigator.presented.length === 0 && !root.covered
             }
         }
         Repeater {
+            id: presentedScreens
             model: navigator.presented
             delegate: ScreenLoader {
                 controller: modelData
-                enabled: index === navigator.presented.length - 1
+                enabled: index === navigator.presented.length - 1 && !root.covered
             }
         }
         EmitterOverlay {
@@ -44,6 +70,7 @@ Window {
             anchors.fill: parent
         }
         ShareSheetOverlay {
+            id: shareSheetOverlay
             anchors.fill: parent
         }
         DropdownBanner {
@@ -51,12 +78,14 @@ Window {
             anchors.right: parent.right
         }
         AlertOverlay {
+            id: alertOverlay
             anchors.fill: parent
         }
         ProgressOverlay {
             anchors.fill: parent
         }
         PaymentSheetOverlay {
+            id: paymentSheetOverlay
             anchors.fill: parent
         }
     }

@@ -6,6 +6,9 @@ import "components"
 Item {
     id: overlay
     visible: paymentSheet.visible
+    // Escape is its cancel; Enter or Space presses the button Tab reached.
+    Keys.onPressed: (event) => { event.accepted = A11y.pressFocused(event, Window.activeFocusItem, [overlay]) }
+    Keys.onEscapePressed: paymentSheet.cancel()
     z: 1100
 
     Rectangle {
@@ -143,7 +146,16 @@ Item {
                 radius: 12
                 color: buyArea.pressed ? "#0062cc" : "#007aff"
                 Text { anchors.centerIn: parent; text: "شراء"; font.family: Theme.fontFamily; font.pixelSize: 17; font.bold: true; color: "#ffffff" }
-                MouseArea { id: buyArea; anchors.fill: parent; onClicked: paymentSheet.buy() }
+                MouseArea {
+                    id: buyArea
+                    anchors.fill: parent
+                    onClicked: paymentSheet.buy()
+                    Accessible.role: Accessible.Button
+                    Accessible.name: "شراء"
+                    Accessible.ignored: !enabled
+                    Accessible.onPressAction: paymentSheet.buy()
+                    activeFocusOnTab: true
+                }
             }
             Rectangle {
                 objectName: "paymentSheetCancel"
@@ -152,7 +164,15 @@ Item {
                 radius: 12
                 color: "transparent"
                 Text { anchors.centerIn: parent; text: "إلغاء"; font.family: Theme.fontFamily; font.pixelSize: 16; color: "#007aff" }
-                MouseArea { anchors.fill: parent; onClicked: paymentSheet.cancel() }
+                MouseArea {
+                    anchors.fill: parent
+                    onClicked: paymentSheet.cancel()
+                    Accessible.role: Accessible.Button
+                    Accessible.name: "إلغاء"
+                    Accessible.ignored: !enabled
+                    Accessible.onPressAction: paymentSheet.cancel()
+                    activeFocusOnTab: true
+                }
             }
             Item { width: 1; height: 10 }
         }

@@ -7,13 +7,24 @@ Item {
     id: overlay
     visible: shareSheet.visible
     z: 950
+    // Escape is its cancel; Enter or Space presses the button Tab reached.
+    Keys.onPressed: (event) => { event.accepted = A11y.pressFocused(event, Window.activeFocusItem, [overlay]) }
+    Keys.onEscapePressed: shareSheet.cancel()
 
     Rectangle {
         anchors.fill: parent
         color: "#000000"
         opacity: 0.5
     }
-    MouseArea { anchors.fill: parent; onClicked: shareSheet.cancel() }
+    MouseArea {
+        anchors.fill: parent
+        onClicked: shareSheet.cancel()
+        Accessible.role: Accessible.Button
+        Accessible.name: A11y.text("a11y.close")
+        Accessible.ignored: !enabled
+        Accessible.onPressAction: shareSheet.cancel()
+        activeFocusOnTab: true
+    }
 
     Rectangle {
         id: sheet
@@ -155,7 +166,16 @@ Item {
                 radius: 12
                 color: postArea.pressed ? "#0062cc" : "#007aff"
                 Text { anchors.centerIn: parent; text: "نشر"; font.family: Theme.fontFamily; font.pixelSize: 17; font.bold: true; color: "#ffffff" }
-                MouseArea { id: postArea; anchors.fill: parent; onClicked: shareSheet.post() }
+                MouseArea {
+                    id: postArea
+                    anchors.fill: parent
+                    onClicked: shareSheet.post()
+                    Accessible.role: Accessible.Button
+                    Accessible.name: "نشر"
+                    Accessible.ignored: !enabled
+                    Accessible.onPressAction: shareSheet.post()
+                    activeFocusOnTab: true
+                }
             }
             Rectangle {
                 objectName: "shareSheetCancel"
@@ -164,7 +184,16 @@ Item {
                 radius: 12
                 color: cancelArea.pressed ? "#e5e5ea" : "#ffffff"
                 Text { anchors.centerIn: parent; text: "إلغاء"; font.family: Theme.fontFamily; font.pixelSize: 16; font.bold: true; color: "#007aff" }
-                MouseArea { id: cancelArea; anchors.fill: parent; onClicked: shareSheet.cancel() }
+                MouseArea {
+                    id: cancelArea
+                    anchors.fill: parent
+                    onClicked: shareSheet.cancel()
+                    Accessible.role: Accessible.Button
+                    Accessible.name: "إلغاء"
+                    Accessible.ignored: !enabled
+                    Accessible.onPressAction: shareSheet.cancel()
+                    activeFocusOnTab: true
+                }
             }
             Item { width: 1; height: 8 }
         }

@@ -14,11 +14,21 @@ Item {
         color: "#000000"
         opacity: 0.5
     }
-    MouseArea { anchors.fill: parent; onClicked: panelLayer.dismissed() }
+    MouseArea {
+        anchors.fill: parent
+        onClicked: panelLayer.dismissed()
+        Accessible.role: Accessible.Button
+        Accessible.name: A11y.text("a11y.close")
+        Accessible.ignored: !enabled
+        Accessible.onPressAction: panelLayer.dismissed()
+    }
 
     Rectangle {
         id: panel
         objectName: "shareView"
+        Accessible.role: Accessible.Dialog
+        Accessible.name: title.text
+        Accessible.ignored: !enabled
         width: parent.width * 0.86
         height: column.implicitHeight + 32
         anchors.centerIn: parent
@@ -37,6 +47,10 @@ Item {
             spacing: 12
 
             Text {
+                id: title
+                Accessible.role: Accessible.Heading
+                Accessible.name: text
+                Accessible.ignored: !enabled
                 width: parent.width
                 horizontalAlignment: Text.AlignHCenter
                 text: panelLayer.view && panelLayer.view.imageForm ? "استعن بأصدقائك" : "شارك اللعبة"

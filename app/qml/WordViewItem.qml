@@ -1,4 +1,5 @@
 import QtQuick
+import "components"
 
 // The four pictures in a two-by-two grid; a tap enlarges a picture over the grid, another tap shrinks it back.
 Item {
@@ -15,6 +16,14 @@ Item {
             width: modelData.frame.width
             height: modelData.frame.height
             z: modelData.z
+
+            // A tap enlarges the picture; a screen reader says what it shows.
+            Accessible.role: Accessible.Graphic
+            Accessible.ignored: !enabled
+            Accessible.name: modelData.description
+            Accessible.description: A11y.text("a11y.pictureHint")
+            Accessible.onPressAction: if (view.gameView && view.gameView.touchesEnabled) view.gameView.tapPicture(index)
+            activeFocusOnTab: true
 
             Behavior on x { NumberAnimation { duration: 200 } }
             Behavior on y { NumberAnimation { duration: 200 } }

@@ -1,5 +1,7 @@
 #include "LevelSelectorViewController.h"
 
+#include <algorithm>
+
 #include "outreach/Addresses.h"
 #include "outreach/AppPromoView.h"
 
@@ -32,6 +34,27 @@ void LevelSelectorViewController::viewWillAppear() {
         m_cells.append(collectionViewCellForItemAtIndexPath(r));
     }
     emit cellsChanged();
+    // Back from a level the focus stays where it was; else it starts on the level to play next.
+    m_focus.reset(currentLevel - round * 25, static_cast<int>(m_cells.size()));
+    emit focusChanged();
+}
+
+void LevelSelectorViewController::focusOn(int index) {
+    if (m_focus.moveTo(index, static_cast<int>(m_cells.size()))) {
+        emit focusChanged();
+    }
+}
+
+bool LevelSelectorViewController::keyPressed(const KeyPress& press) {
+    const auto key = m_focus.keyPressed(press, static_cast<int>(m_cells.size()), kColumns);
+    if (key == Keyboard::SelectorFocus::Key::Ignored) {
+        return ViewController::keyPressed(press);
+    }
+    emit focusChanged();
+    if (key == Keyboard::SelectorFocus::Key::Chosen) {
+        collectionViewDidSelectItemAtIndexPath(m_focus.index);
+    }
+    return true;
 }
 
 qint64 LevelSelectorViewController::collectionViewNumberOfItemsInSection() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QObject>
 #include <QString>
 
 // The game's table of texts by key ("notify.normalTitle", …), from the resource strings/Localizable.json.
@@ -7,4 +8,12 @@
 class Localization {
 public:
     static QString localizedString(const QString& key);
+};
+
+// The same table for the screens: `strings.text("a11y.back")` in QML.
+class LocalizedStrings : public QObject {
+    Q_OBJECT
+public:
+    using QObject::QObject;
+    Q_INVOKABLE QString text(const QString& key) const { return Localization::localizedString(key); }
 };

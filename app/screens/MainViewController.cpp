@@ -235,6 +235,14 @@ void MainViewController::startAction() {
     }
 }
 
+bool MainViewController::keyPressed(const KeyPress& press) {
+    if (press.isEnter()) {
+        startAction();
+        return true;
+    }
+    return ViewController::keyPressed(press);
+}
+
 void MainViewController::openSettings() {
     SoundFactory::sharedInstance().playMenuTap();
     PresentationUtil::openSettingsViewController(this);

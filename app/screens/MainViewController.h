@@ -96,6 +96,10 @@ signals:
     void labelsChanged();
     void promoChanged();
 
+protected:
+    // Enter presses the play button.
+    bool keyPressed(const KeyPress& press) override;
+
 private:
     QString m_skips, m_credits, m_level, m_round, m_points, m_badgeName, m_badgeDesc, m_badgeImage;
     QString m_completedAchmts, m_totalWins;

@@ -1,5 +1,7 @@
 #include "RoundSelectorViewController.h"
 
+#include <algorithm>
+
 #include "outreach/Addresses.h"
 #include "outreach/AppPromoView.h"
 
@@ -41,6 +43,27 @@ void RoundSelectorViewController::viewWillAppear() {
         m_rows.append(tableViewCellForRowAtIndexPath(r));
     }
     emit rowsChanged();
+    // Back from a round's levels the focus stays where it was; else it starts on the current round.
+    m_focus.reset(currentGroup, static_cast<int>(m_rows.size()));
+    emit focusChanged();
+}
+
+void RoundSelectorViewController::focusOn(int index) {
+    if (m_focus.moveTo(index, static_cast<int>(m_rows.size()))) {
+        emit focusChanged();
+    }
+}
+
+bool RoundSelectorViewController::keyPressed(const KeyPress& press) {
+    const auto key = m_focus.keyPressed(press, static_cast<int>(m_rows.size()), 1);
+    if (key == Keyboard::SelectorFocus::Key::Ignored) {
+        return ViewController::keyPressed(press);
+    }
+    emit focusChanged();
+    if (key == Keyboard::SelectorFocus::Key::Chosen) {
+        tableViewDidSelectRowAtIndexPath(m_focus.index);
+    }
+    return true;
 }
 
 qint64 RoundSelectorViewController::tableViewNumberOfRowsInSection() const {

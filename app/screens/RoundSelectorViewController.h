@@ -15,6 +15,8 @@ class RoundSelectorViewController : public ViewController {
     Q_PROPERTY(QColor topbarColor READ topbarColor CONSTANT)
     Q_PROPERTY(QString promoTitle READ promoTitle CONSTANT)
     Q_PROPERTY(QUrl promoIcon READ promoIcon CONSTANT)
+    Q_PROPERTY(int focusIndex READ focusIndex NOTIFY focusChanged)
+    Q_PROPERTY(bool focusShown READ focusShown NOTIFY focusChanged)
 public:
     enum State { Finished = 0, Current = 1, Locked = 2 };
 
@@ -43,10 +45,22 @@ public:
     int currentGroupValue() const { return static_cast<int>(currentGroup); }
     QString titleLabel() const { return QStringLiteral("طارفولين"); }
     QColor topbarColor() const;
+    // The keyboard's focus: the row Enter opens (at first the current round), and whether its ring shows
+    // (once an arrow was pressed).
+    int focusIndex() const { return m_focus.index; }
+    bool focusShown() const { return m_focus.shown; }
+    // Tab reached this row: the ring and the arrows go on from it.
+    Q_INVOKABLE void focusOn(int index);
 
 signals:
     void rowsChanged();
+    void focusChanged();
+
+protected:
+    // Arrows move the focus through the rows in reading order; Enter opens the focused one as a tap does.
+    bool keyPressed(const KeyPress& press) override;
 
 private:
     QVariantList m_rows;
+    Keyboard::SelectorFocus m_focus;
 };

@@ -1,5 +1,7 @@
 #include "Screens.h"
 
+#include "Localization.h"
+
 #include "core/GameView.h"
 #include "core/GameViewController.h"
 #include "core/InfoCardView.h"
@@ -124,6 +126,8 @@ std::unique_ptr<QQmlApplicationEngine> createGameEngine() {
     ctx->setContextProperty(QStringLiteral("banner"), &platform.banner());
     ctx->setContextProperty(QStringLiteral("emitter"), &platform.emitter());
     ctx->setContextProperty(QStringLiteral("adPresenter"), &GADAdPresenter::shared());
+    static LocalizedStrings strings;
+    ctx->setContextProperty(QStringLiteral("strings"), &strings);
     engine->addImageProvider(QStringLiteral("players"), new PlayerPhotoProvider());
     engine->addImageProvider(QStringLiteral("share"), SharePictures::provider());
     engine->load(QUrl(QStringLiteral("qrc:/qml/Main.qml")));

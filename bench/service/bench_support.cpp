@@ -25,8 +25,6 @@ namespace tarvolin::bench {
 
 namespace websocket = beast::websocket;
 
-namespace {
-
 std::int64_t systemMs() {
     return std::chrono::duration_cast<std::chrono::milliseconds>(
                std::chrono::system_clock::now().time_since_epoch())
@@ -42,6 +40,8 @@ std::string randomHex(std::mt19937_64& rng, std::size_t digits) {
     }
     return s;
 }
+
+namespace {
 
 // Runs the store's transactions inside one outer transaction while a batch is open, so that a fill of
 // thousands of small store calls commits, and reaches the disk, once. Outside a batch it passes through.

@@ -40,6 +40,10 @@ namespace json = boost::json;
 using tcp = asio::ip::tcp;
 using Clock = std::chrono::steady_clock;
 
+// Milliseconds since the epoch, by the system clock.
+std::int64_t systemMs();
+// `digits` random lowercase hexadecimal digits.
+std::string randomHex(std::mt19937_64& rng, std::size_t digits);
 double msBetween(Clock::time_point from, Clock::time_point to);
 double secondsSince(Clock::time_point t);
 

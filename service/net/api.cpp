@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <charconv>
 #include <chrono>
+#include <future>
 #include <limits>
 #include <stdexcept>
 #include <unordered_set>
@@ -65,17 +66,6 @@ std::optional<std::map<std::string, std::string>> parseQuery(std::string_view q)
     return out;
 }
 
-namespace {
-
-json::object playerJson(const store::PlayerRecord& p, bool isFriend) {
-    return json::object{{"playerID", p.id},
-                        {"displayName", p.displayName},
-                        {"isFriend", isFriend},
-                        {"photoURL", "/v1/players/" + p.id + "/photo"}};
-}
-
-} // namespace
-
 Api::Api(store::Store& store, ApiConfig config, ClockMs clock)
     : store_(store), config_(std::move(config)), clock_(std::move(clock)),
       accountFailures_(config_.failuresPerAccount, config_.failureWindowMs),
@@ -120,6 +110,9 @@ Api::Api(store::Store& store, ApiConfig config, ClockMs clock)
     addLiveRoutes();
     addStoreRoutes();
     addAdRoutes();
+    addProgressRoutes();
+    reports_ = std::make_unique<GroupCommit<PendingReport>>(
+        kMaxReportBatch, [this](std::vector<PendingReport>& batch) { commitReports(batch); });
 }
 
 void Api::add(std::string method, std::string pattern, Handler h, bool needsToken) {
@@ -135,6 +128,11 @@ void Api::add(std::string method, std::string pattern, Handler h, bool needsToke
         start = slash + 1;
     }
     routes_.push_back(Route{std::move(method), std::move(pattern), std::move(parts), h, needsToken});
+}
+
+void Api::add(std::string method, std::string pattern, AsyncHandler h, bool needsToken) {
+    add(std::move(method), std::move(pattern), Handler{}, needsToken);
+    routes_.back().async = h;
 }
 
 std::vector<std::pair<std::string, std::string>> Api::routes() const {
@@ -165,6 +163,10 @@ void Api::watchOtherInstances() {
                 eventsAdded(payload);
             } else if (change == store::Change::Live) {
                 relayFromOtherInstance(payload);
+            } else if (change == store::Change::Session) {
+                recentTokens_.forget(payload);
+            } else if (change == store::Change::Player) {
+                recentPlayers_.forget(payload);
             } else {
                 refreshScore(payload);
             }
@@ -190,10 +192,8 @@ void Api::loadLeaderboard() {
     std::lock_guard report(reportMutex_);
     std::vector<store::ScoreRecord> all = store_.allScores();
     std::unique_lock lock(indexMutex_);
-    index_ = logic::RankIndex();
-    index_.reserve(all.size());
+    index_.assign(all);
     for (const auto& s : all) {
-        index_.put(s.playerId, s.value, s.context, s.reachedAt, s.updatedAt);
         lastReachedAt_ = std::max(lastReachedAt_, s.reachedAt);
     }
 }
@@ -220,17 +220,75 @@ std::optional<std::string> Api::authenticate(std::string_view credentials) {
     if (key.empty()) {
         return std::nullopt;
     }
-    return store_.tokenPlayer(key, clock_());
+    const std::int64_t now = clock_();
+    if (auto player = recentTokens_.find(key, now)) {
+        return player;
+    }
+    const std::uint64_t generation = recentTokens_.generation();
+    auto player = store_.tokenPlayer(key, now);
+    if (player) {
+        recentTokens_.put(key, *player, now, generation);
+    }
+    return player;
+}
+
+std::vector<store::PlayerRecord> Api::recentPlayers(const std::vector<std::string>& ids) {
+    const std::int64_t now = clock_();
+    std::vector<store::PlayerRecord> out;
+    std::vector<std::string> missing;
+    for (const auto& id : ids) {
+        if (auto p = recentPlayers_.find(id, now)) {
+            out.push_back(std::move(*p));
+        } else {
+            missing.push_back(id);
+        }
+    }
+    if (!missing.empty()) {
+        const std::uint64_t generation = recentPlayers_.generation();
+        for (auto& p : store_.players(missing)) {
+            recentPlayers_.put(p.id, p, now, generation);
+            out.push_back(std::move(p));
+        }
+    }
+    return out;
 }
 
 bool Api::tokenValid(const std::string& key, const std::string& playerId) {
-    return store_.tokenPlayer(key, clock_()) == playerId;
+    if (store_.tokenPlayer(key, clock_()) == playerId) {
+        return true;
+    }
+    recentTokens_.forget(key);
+    return false;
+}
+
+Response Api::failureResponse(std::exception_ptr failure) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (const ApiError& e) {
+        Response res = errorResponse(e.status, e.code, e.what());
+        if (e.retryAfterMs > 0) {
+            res.headers.emplace_back("Retry-After", std::to_string((e.retryAfterMs + 999) / 1000));
+        }
+        return res;
+    } catch (const store::StoreError&) {
+        return errorResponse(503, "storage_unavailable",
+                             "the database cannot be reached; nothing was changed");
+    } catch (...) {
+        return errorResponse(500, "internal", "the request failed; nothing was changed");
+    }
 }
 
 Response Api::handle(const Request& req) {
+    std::promise<Response> answer;
+    auto answered = answer.get_future();
+    handle(req, [&answer](Response r) { answer.set_value(std::move(r)); });
+    return answered.get();
+}
+
+void Api::handle(const Request& req, Done done) {
     std::vector<std::string_view> segs;
     if (req.path.empty() || req.path[0] != '/') {
-        return errorResponse(400, "invalid_path", "the path must begin with '/'");
+        return done(errorResponse(400, "invalid_path", "the path must begin with '/'"));
     }
     std::string_view rest(req.path);
     rest.remove_prefix(1);
@@ -240,28 +298,27 @@ Response Api::handle(const Request& req) {
         rest = slash == std::string_view::npos ? std::string_view{} : rest.substr(slash + 1);
     }
 
+    // A part of a route against a part of the path: "{id}" takes any, "{id}.svg" an identifier before a
+    // fixed ending, anything else itself.
+    auto matches = [](const std::string& part, std::string_view seg) {
+        if (part == "{id}") {
+            return true;
+        }
+        if (part.starts_with("{id}")) {
+            const std::string_view ending = std::string_view(part).substr(4);
+            return seg.size() > ending.size() && seg.ends_with(ending);
+        }
+        return part == seg;
+    };
     const Route* found = nullptr;
     bool otherMethod = false;
-    std::vector<std::string> args;
     for (const Route& r : routes_) {
         if (r.parts.size() != segs.size()) {
             continue;
         }
-        std::vector<std::string> a;
         bool match = true;
         for (std::size_t i = 0; i < segs.size() && match; ++i) {
-            if (r.parts[i] == "{id}") {
-                a.emplace_back(segs[i]);
-            } else if (r.parts[i].starts_with("{id}")) {
-                // "{id}.svg": the identifier before a fixed ending.
-                const std::string_view ending = std::string_view(r.parts[i]).substr(4);
-                match = segs[i].size() > ending.size() && segs[i].ends_with(ending);
-                if (match) {
-                    a.emplace_back(segs[i].substr(0, segs[i].size() - ending.size()));
-                }
-            } else {
-                match = r.parts[i] == segs[i];
-            }
+            match = matches(r.parts[i], segs[i]);
         }
         if (!match) {
             continue;
@@ -272,16 +329,30 @@ Response Api::handle(const Request& req) {
         }
         // Routes are tried in the order they were added: "/v1/players/me" before "/v1/players/{id}".
         found = &r;
-        args = std::move(a);
         break;
     }
     if (!found) {
-        return otherMethod ? errorResponse(405, "method_not_allowed", "this path does not take " + req.method)
-                           : errorResponse(404, "not_found", "no such path");
+        return done(otherMethod
+                        ? errorResponse(405, "method_not_allowed", "this path does not take " + req.method)
+                        : errorResponse(404, "not_found", "no such path"));
+    }
+    std::vector<std::string> args;
+    for (std::size_t i = 0; i < segs.size(); ++i) {
+        if (found->parts[i].starts_with("{id}")) {
+            args.emplace_back(segs[i].substr(0, segs[i].size() - (found->parts[i].size() - 4)));
+        }
     }
 
-    Response res;
     Ctx ctx{req, std::move(args), {}, {}};
+    // Every answer names its route and, when known, its player (for the log and the metrics).
+    auto finish = [route = found->pattern](std::string playerId, Done& done, Response res) {
+        res.route = route;
+        if (res.playerId.empty()) {
+            res.playerId = std::move(playerId);
+        }
+        done(std::move(res));
+    };
+    Response res;
     try {
         if (found->pattern.starts_with("/v1/") && !requests_.allow(req.remote, clock_())) {
             throw ApiError(429, "rate_limited", "too many requests from this address", 1000);
@@ -299,23 +370,43 @@ Response Api::handle(const Request& req) {
                 throw ApiError(404, "not_found", "no such identifier");
             }
         }
-        res = (this->*(found->handler))(ctx);
-    } catch (const ApiError& e) {
-        res = errorResponse(e.status, e.code, e.what());
-        if (e.retryAfterMs > 0) {
-            res.headers.emplace_back("Retry-After", std::to_string((e.retryAfterMs + 999) / 1000));
+        if (found->async) {
+            // Once handed on, the request is answered from where it went; what throws before is answered
+            // here.
+            return (this->*(found->async))(ctx,
+                                           [finish, playerId = ctx.playerId, done](Response later) mutable {
+                                               finish(std::move(playerId), done, std::move(later));
+                                           });
         }
-    } catch (const store::StoreError& e) {
-        res =
-            errorResponse(503, "storage_unavailable", "the database cannot be reached; nothing was changed");
-    } catch (const std::exception& e) {
-        res = errorResponse(500, "internal", "the request failed; nothing was changed");
+        res = (this->*(found->handler))(ctx);
+    } catch (...) {
+        res = failureResponse(std::current_exception());
     }
-    res.route = found->pattern;
-    if (res.playerId.empty()) {
-        res.playerId = ctx.playerId;
-    }
-    return res;
+    finish(ctx.playerId, done, std::move(res));
+}
+
+void Api::finishReports() {
+    reports_->drain();
+}
+
+GroupCommitCounts Api::reportCounts() const {
+    return reports_->counts();
+}
+
+std::string Api::reportMetrics() const {
+    const GroupCommitCounts n = reportCounts();
+    return "# HELP tarvolin_score_report_commits_total Commits that stored score reports.\n"
+           "# TYPE tarvolin_score_report_commits_total counter\n"
+           "tarvolin_score_report_commits_total " +
+           std::to_string(n.batches) +
+           "\n# HELP tarvolin_score_reports_total Score reports stored (several to a commit under load).\n"
+           "# TYPE tarvolin_score_reports_total counter\n"
+           "tarvolin_score_reports_total " +
+           std::to_string(n.items) +
+           "\n# HELP tarvolin_score_reports_waiting Score reports waiting for the next commit.\n"
+           "# TYPE tarvolin_score_reports_waiting gauge\n"
+           "tarvolin_score_reports_waiting " +
+           std::to_string(n.waiting) + "\n";
 }
 
 std::size_t Api::rekeyNames() {
@@ -437,7 +528,9 @@ Response Api::login(Ctx& c) {
 }
 
 Response Api::logout(Ctx& c) {
-    store_.removeToken(tokenKey(c.req.authorization));
+    const std::string key = tokenKey(c.req.authorization);
+    store_.removeToken(key);
+    recentTokens_.forget(key);
     // The player's event sockets check their tokens again: the one of this token closes.
     eventsAdded(c.playerId);
     Response r;
@@ -464,6 +557,7 @@ Response Api::rename(Ctx& c) {
     if (!store_.renamePlayer(c.playerId, name, logic::nameKey(name))) {
         throw ApiError(409, "name_taken", "another player has this display name");
     }
+    recentPlayers_.forget(c.playerId);
     return me(c);
 }
 
@@ -636,154 +730,6 @@ Response Api::answerFriendRequest(Ctx& c, bool accept) {
     eventsAdded(r->fromId);
     return jsonResponse(
         200, json::object{{"requestID", r->id}, {"status", "accepted"}, {"friend", playerJson(ps[0], true)}});
-}
-
-namespace {
-
-json::object scoreJson(const logic::RankedScore& s, const store::PlayerRecord& p, bool isFriend) {
-    return json::object{{"rank", s.rank},
-                        {"value", s.value},
-                        {"context", s.context},
-                        {"date", s.updatedAt},
-                        {"player", playerJson(p, isFriend)}};
-}
-
-} // namespace
-
-Response Api::reportScore(Ctx& c) {
-    json::object body = parseBody(c.req.body);
-    auto value = optionalInt64(body, "value");
-    if (!value) {
-        throw ApiError(400, "missing_field", "\"value\" is required");
-    }
-    std::int64_t context = optionalInt64(body, "context").value_or(0);
-    std::lock_guard report(reportMutex_);
-    std::int64_t now = clock_();
-    std::optional<logic::RankedScore> old;
-    {
-        std::shared_lock lock(indexMutex_);
-        old = index_.find(c.playerId);
-    }
-    std::int64_t reachedAt = 0;
-    if (old && old->value == *value) {
-        reachedAt = old->reachedAt; // the same total again keeps its place among equals
-    } else {
-        reachedAt = std::max(now * 1000, lastReachedAt_ + 1);
-        lastReachedAt_ = reachedAt;
-    }
-    store_.putScore(store::ScoreRecord{c.playerId, *value, context, reachedAt, now});
-    std::optional<logic::RankedScore> mine;
-    {
-        std::unique_lock lock(indexMutex_);
-        index_.put(c.playerId, *value, context, reachedAt, now);
-        mine = index_.find(c.playerId);
-    }
-    auto ps = store_.players({c.playerId});
-    if (ps.empty()) {
-        throw ApiError(404, "player_not_found", "no such player");
-    }
-    return jsonResponse(200, json::object{{"score", scoreJson(*mine, ps[0], false)}});
-}
-
-Response Api::localScore(Ctx& c) {
-    std::optional<logic::RankedScore> mine;
-    std::int64_t total = 0;
-    {
-        std::shared_lock lock(indexMutex_);
-        mine = index_.find(c.playerId);
-        total = index_.size();
-    }
-    auto ps = store_.players({c.playerId});
-    if (ps.empty()) {
-        throw ApiError(404, "player_not_found", "no such player");
-    }
-    json::value local = mine ? json::value(scoreJson(*mine, ps[0], false)) : json::value(nullptr);
-    return jsonResponse(200, json::object{{"local", std::move(local)}, {"total", total}});
-}
-
-Response Api::loadScores(Ctx& c) {
-    auto it = c.req.query.find("scope");
-    std::string scope = it == c.req.query.end() ? "global" : it->second;
-    bool byPlayers = c.req.query.contains("players");
-    if (byPlayers) {
-        scope = "players";
-    } else if (scope != "global" && scope != "friends") {
-        throw ApiError(400, "invalid_parameter", "\"scope\" must be global or friends");
-    }
-    std::int64_t first = queryInt(c.req, "from", 1, 1, std::int64_t{1} << 53);
-    std::int64_t count = queryInt(c.req, "count", static_cast<std::int64_t>(kMaxPage), 1, kMaxPage);
-
-    std::vector<logic::RankedScore> page;
-    std::optional<logic::RankedScore> mine;
-    std::int64_t total = 0;
-    const auto& friends = c.friendsOf(store_);
-    if (scope == "global") {
-        std::shared_lock lock(indexMutex_);
-        page = index_.range(first, count);
-        mine = index_.find(c.playerId);
-        total = index_.size();
-    } else {
-        std::vector<std::string> ids;
-        if (byPlayers) {
-            ids = idList(c.req.query.at("players"), "players");
-        } else {
-            ids.assign(friends.begin(), friends.end());
-            ids.push_back(c.playerId);
-        }
-        std::vector<logic::RankedScore> all;
-        {
-            std::shared_lock lock(indexMutex_);
-            for (const auto& id : ids) {
-                if (auto s = index_.find(id)) {
-                    all.push_back(*s);
-                }
-            }
-            mine = index_.find(c.playerId);
-        }
-        std::sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.rank < b.rank; });
-        if (byPlayers) {
-            page = std::move(all);
-        } else {
-            // Ranks among the player and their friends, in the global order.
-            for (std::size_t i = 0; i < all.size(); ++i) {
-                all[i].rank = static_cast<std::int64_t>(i) + 1;
-                if (all[i].playerId == c.playerId) {
-                    mine = all[i];
-                }
-            }
-            total = static_cast<std::int64_t>(all.size());
-            for (std::int64_t r = first; r < first + count && r <= total; ++r) {
-                page.push_back(all[static_cast<std::size_t>(r - 1)]);
-            }
-        }
-    }
-    if (byPlayers) {
-        total = static_cast<std::int64_t>(page.size());
-    }
-
-    std::vector<std::string> ids{c.playerId};
-    for (const auto& s : page) {
-        ids.push_back(s.playerId);
-    }
-    std::map<std::string, store::PlayerRecord> byId;
-    for (auto& p : store_.players(ids)) {
-        byId.emplace(p.id, std::move(p));
-    }
-    json::array scores;
-    for (const auto& s : page) {
-        if (auto p = byId.find(s.playerId); p != byId.end()) {
-            scores.push_back(scoreJson(s, p->second, friends.contains(s.playerId)));
-        }
-    }
-    json::value local = nullptr;
-    if (mine && byId.contains(c.playerId)) {
-        local = scoreJson(*mine, byId[c.playerId], false);
-    }
-    return jsonResponse(200, json::object{{"scope", scope},
-                                          {"from", first},
-                                          {"total", total},
-                                          {"scores", std::move(scores)},
-                                          {"local", std::move(local)}});
 }
 
 namespace {

@@ -6,7 +6,9 @@
 #include "logic/live_rules.h"
 #include "logic/rank_index.h"
 #include "logic/text_rules.h"
+#include "net/group_commit.h"
 #include "net/metrics.h"
+#include "net/recent_cache.h"
 #include "store/store.h"
 
 #include <cstdint>
@@ -90,7 +92,18 @@ public:
     void watchOtherInstances();
     void setEventListener(EventListener* l);
 
+    // Answers the request: calls done once with the response, at once on this thread, or later on another
+    // (a score report is answered once its commit is on disk).
+    using Done = std::function<void(Response)>;
+    void handle(const Request& req, Done done);
+    // The same, waiting for the response.
     Response handle(const Request& req);
+    // Waits until every score report handed in so far is committed and answered (before the server stops).
+    void finishReports();
+    // Score reports: commits so far, the reports they stored, and the reports waiting for the next commit.
+    GroupCommitCounts reportCounts() const;
+    // The same as Prometheus text.
+    std::string reportMetrics() const;
     // Every route this API answers, as its method and pattern ("/v1/matches/{id}"), in the order tried.
     std::vector<std::pair<std::string, std::string>> routes() const;
 
@@ -131,15 +144,35 @@ public:
 private:
     struct Ctx;
     using Handler = Response (Api::*)(Ctx&);
+    // A handler that answers later through done; what it throws before it hands the request on is answered
+    // at once.
+    using AsyncHandler = void (Api::*)(Ctx&, Done done);
     struct Route {
         std::string method;
         std::string pattern;
         std::vector<std::string> parts;
         Handler handler;
         bool needsToken;
+        AsyncHandler async = nullptr;
+    };
+    // A score report waiting for its group's commit.
+    struct PendingReport {
+        std::string playerId;
+        std::int64_t value = 0;
+        std::int64_t context = 0;
+        Done done;
     };
 
     void add(std::string method, std::string pattern, Handler h, bool needsToken);
+    void add(std::string method, std::string pattern, AsyncHandler h, bool needsToken);
+    // The response to a failed request: the API's own refusals as they are, storage and other faults as
+    // 503 and 500 that say nothing was changed.
+    static Response failureResponse(std::exception_ptr failure);
+    // Players by id as store_.players gives them, the recently read ones from memory.
+    std::vector<store::PlayerRecord> recentPlayers(const std::vector<std::string>& ids);
+    // Stores a group of score reports in one transaction, then puts them in the index in the order they
+    // came and answers each.
+    void commitReports(std::vector<PendingReport>& batch);
 
     Response root(Ctx&);
     Response health(Ctx&);
@@ -158,7 +191,7 @@ private:
     Response listFriendRequests(Ctx&);
     Response acceptFriendRequest(Ctx&);
     Response declineFriendRequest(Ctx&);
-    Response reportScore(Ctx&);
+    void reportScore(Ctx&, Done done);
     Response loadScores(Ctx&);
     Response localScore(Ctx&);
     Response loadAchievements(Ctx&);
@@ -196,6 +229,10 @@ private:
     Response recordImpression(Ctx&);
     Response claimReward(Ctx&);
     void addAdRoutes();
+    Response loadProgress(Ctx&);
+    Response saveProgress(Ctx&);
+    Response progressVersions(Ctx&);
+    void addProgressRoutes();
     // Tells both players that a removed live match has ended, except the one who ended it.
     void tellLiveEnded(const logic::live::Match& m, const std::string& by, const std::string& reason);
     // Applies a move to a stored match and wakes the players it tells; the answer is the match or the error.
@@ -234,6 +271,16 @@ private:
 
     CommerceMetrics commerce_;
     LimitMetrics limits_;
+
+    // Tokens and names read from storage a moment ago: every request checks a token, and the leaderboard's
+    // answers name players. See RecentCache for how they stay true.
+    static constexpr std::int64_t kRecentMs = 30'000;
+    static constexpr std::size_t kRecentEntries = 200'000;
+    RecentCache<std::string> recentTokens_{kRecentMs, kRecentEntries};
+    RecentCache<store::PlayerRecord> recentPlayers_{kRecentMs, kRecentEntries};
+    // Score reports are committed in groups; before the watch, so that it ends after it.
+    static constexpr std::size_t kMaxReportBatch = 512;
+    std::unique_ptr<GroupCommit<PendingReport>> reports_;
 
     std::unique_ptr<store::Watch> watch_; // last, so that it ends first
 };

@@ -39,6 +39,13 @@ inline Response jsonResponse(unsigned status, const json::value& v) {
     return r;
 }
 
+inline json::object playerJson(const store::PlayerRecord& p, bool isFriend) {
+    return json::object{{"playerID", p.id},
+                        {"displayName", p.displayName},
+                        {"isFriend", isFriend},
+                        {"photoURL", "/v1/players/" + p.id + "/photo"}};
+}
+
 inline Response errorResponse(unsigned status, const std::string& code, const std::string& message) {
     return jsonResponse(status, json::object{{"error", json::object{{"code", code}, {"message", message}}}});
 }

@@ -374,23 +374,38 @@ private:
             return upgrade(std::move(req));
         }
         auto started = std::chrono::steady_clock::now();
-        Request r;
-        const bool wellFormed = apiRequest(std::move(req), remote_, r);
-        Response res;
+        const unsigned version = req.version();
+        const bool keepAlive = req.keep_alive();
+        auto r = std::make_shared<Request>();
+        const bool wellFormed = apiRequest(std::move(req), remote_, *r);
+        auto answer = [self = shared_from_this(), r, started, version, keepAlive](Response res) {
+            // Most answers come on this connection's own strand at once; a score report's comes from the
+            // thread that committed it.
+            asio::dispatch(self->stream_.get_executor(),
+                           [self, r, started, version, keepAlive, res = std::move(res)]() mutable {
+                               self->answered(*r, std::move(res), started, version, keepAlive);
+                           });
+        };
         if (!wellFormed) {
-            res = jsonError(400, "invalid_query", "the query string has a malformed escape");
-        } else if (r.path == "/metrics" && (r.method == "GET" || r.method == "HEAD")) {
+            answer(jsonError(400, "invalid_query", "the query string has a malformed escape"));
+        } else if (r->path == "/metrics" && (r->method == "GET" || r->method == "HEAD")) {
+            Response res;
             res.contentType = "text/plain; version=0.0.4";
-            res.body = server_.metrics().render("# HELP tarvolin_leaderboard_players Players with a "
-                                                "score.\n# TYPE tarvolin_leaderboard_players gauge\n"
-                                                "tarvolin_leaderboard_players " +
-                                                std::to_string(server_.api().leaderboardSize()) + "\n" +
-                                                server_.api().commerceMetrics().render() +
-                                                server_.api().limitMetrics().render());
+            res.body = server_.metrics().render(
+                "# HELP tarvolin_leaderboard_players Players with a "
+                "score.\n# TYPE tarvolin_leaderboard_players gauge\n"
+                "tarvolin_leaderboard_players " +
+                std::to_string(server_.api().leaderboardSize()) + "\n" + server_.api().reportMetrics() +
+                server_.api().commerceMetrics().render() + server_.api().limitMetrics().render());
             res.route = "/metrics";
+            answer(std::move(res));
         } else {
-            res = server_.api().handle(r);
+            server_.api().handle(*r, std::move(answer));
         }
+    }
+
+    void answered(const Request& r, Response res, std::chrono::steady_clock::time_point started,
+                  unsigned version, bool keepAlive) {
         double secs = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
         server_.metrics().recordRequest(res.route, r.method, res.status, secs);
         if (server_.log().enabled(LogLevel::Info)) {
@@ -403,7 +418,7 @@ private:
                                {"remote", remote_},
                                {"player", res.playerId}});
         }
-        reply(res, r.method == "HEAD", req.version(), req.keep_alive());
+        reply(res, r.method == "HEAD", version, keepAlive);
     }
 
     void upgrade(http::request<http::string_body> req) {
@@ -520,15 +535,48 @@ unsigned short Server::start() {
     if (config_.turnSweep.count() > 0) {
         sweepTurns();
     }
-    int n = std::max(1, config_.threads);
-    for (int i = 0; i < n; ++i) {
-        threads_.emplace_back([this] { io_.run(); });
+    const int n = std::max(1, config_.threads);
+    keepRunning_.push_back(asio::make_work_guard(io_));
+    threads_.emplace_back([this] { serve(io_); });
+    for (int i = 1; i < n; ++i) {
+        auto& io = *moreIo_.emplace_back(std::make_unique<asio::io_context>(1));
+        keepRunning_.push_back(asio::make_work_guard(io));
+        threads_.emplace_back([this, &io] { serve(io); });
     }
     return port;
 }
 
+void Server::serve(asio::io_context& io) {
+    if (config_.busyPoll.count() <= 0) {
+        io.run();
+        return;
+    }
+    using Clock = std::chrono::steady_clock;
+    while (!io.stopped()) {
+        // Sleeps until something is to be done, and does it.
+        io.run_one();
+        // Then looks again without sleeping (each look is one epoll_wait that returns at once) until
+        // nothing has come for the busy-poll time.
+        auto last = Clock::now();
+        while (!io.stopped()) {
+            if (io.poll() > 0) {
+                last = Clock::now();
+            } else if (Clock::now() - last >= config_.busyPoll) {
+                break;
+            } else {
+                // Whatever else wants this processor (the thread that will send the request, on a small
+                // machine) goes first.
+                std::this_thread::yield();
+            }
+        }
+    }
+}
+
 void Server::accept() {
-    acceptor_.async_accept(asio::make_strand(io_), [this](beast::error_code ec, tcp::socket socket) {
+    // The connections take the serving threads in turn.
+    const std::size_t turn = nextIo_++ % (moreIo_.size() + 1);
+    asio::io_context& io = turn == 0 ? io_ : *moreIo_[turn - 1];
+    acceptor_.async_accept(asio::make_strand(io), [this](beast::error_code ec, tcp::socket socket) {
         if (stopping_ || !acceptor_.is_open()) {
             return;
         }
@@ -682,7 +730,14 @@ void Server::wait() {
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
+    // Score reports still on their way to the disk are answered before the threads that write the answers
+    // end.
+    api_.finishReports();
+    keepRunning_.clear();
     io_.stop();
+    for (auto& io : moreIo_) {
+        io->stop();
+    }
     for (auto& t : threads_) {
         t.join();
     }

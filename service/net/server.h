@@ -6,6 +6,7 @@
 #include "net/log.h"
 #include "net/metrics.h"
 
+#include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/steady_timer.hpp>
@@ -38,6 +39,9 @@ struct ServerConfig {
     std::string address = "0.0.0.0";
     unsigned short port = 8080; // 0 picks a free port
     int threads = 2;
+    // A serving thread that has just answered keeps looking for the next request this long before it
+    // sleeps: a request that comes soon after is not held up by the thread's waking. 0: sleep at once.
+    std::chrono::microseconds busyPoll{50};
     // Room for 64 KiB of match data in base64 and its JSON.
     std::size_t maxBodyBytes = 128 * 1024;
     // A keep-alive connection may wait this long for its next request; a request's body and a response's
@@ -125,6 +129,9 @@ private:
     void refuse(boost::asio::ip::tcp::socket& socket, const std::string& address);
     void accept();
     void sweepTurns();
+    // Runs one serving thread's io_context until it is stopped, looking for work for config_.busyPoll
+    // after each piece of it before sleeping.
+    void serve(boost::asio::io_context& io);
 
     Api& api_;
     ServerConfig config_;
@@ -144,7 +151,13 @@ private:
     std::chrono::steady_clock::time_point lastRefusalWarning_{};
     std::uint64_t refusals_ = 0;
 
-    boost::asio::io_context io_;
+    // Each serving thread runs an io_context of its own, and a connection stays on the one it was accepted
+    // to: a request is read, answered and written by one thread, with no hand-over between threads. io_ is
+    // the first of them; it also holds the acceptor and the timers.
+    boost::asio::io_context io_{1};
+    std::vector<std::unique_ptr<boost::asio::io_context>> moreIo_;
+    std::vector<boost::asio::executor_work_guard<boost::asio::io_context::executor_type>> keepRunning_;
+    std::size_t nextIo_ = 0; // on the acceptor's strand
     boost::asio::ip::tcp::acceptor acceptor_;
     // After a failed accept the next one waits a little (on the acceptor's strand).
     static constexpr std::chrono::milliseconds kAcceptRetry{100};

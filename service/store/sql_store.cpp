@@ -3,6 +3,7 @@
 #include "store/ad_rows.h"
 #include "store/live_rows.h"
 #include "store/match_rows.h"
+#include "store/progress_rows.h"
 #include "store/store_rows.h"
 
 #include <algorithm>
@@ -44,6 +45,8 @@ Achievement achievementFrom(const Row& r) {
 constexpr const char* kEventsChannel = "tarvolin_events";
 constexpr const char* kScoresChannel = "tarvolin_scores";
 constexpr const char* kLiveChannel = "tarvolin_live";
+constexpr const char* kSessionsChannel = "tarvolin_sessions";
+constexpr const char* kPlayersChannel = "tarvolin_players";
 
 constexpr const char* kRequestColumns = "id, from_id, to_id, message, status, created_at, answered_at";
 
@@ -215,6 +218,7 @@ public:
             conn_->transact([&](Tx& tx) {
                 tx.exec("UPDATE players SET display_name = $2, name_key = $3 WHERE id = $1",
                         {id, displayName, nameKey});
+                tx.notify(kPlayersChannel, id);
             });
             return true;
         } catch (const ConflictError&) {
@@ -311,7 +315,10 @@ public:
     }
 
     void removeToken(const std::string& tokenHash) override {
-        conn_->transact([&](Tx& tx) { tx.exec("DELETE FROM tokens WHERE token_hash = $1", {tokenHash}); });
+        conn_->transact([&](Tx& tx) {
+            tx.exec("DELETE FROM tokens WHERE token_hash = $1", {tokenHash});
+            tx.notify(kSessionsChannel, tokenHash);
+        });
     }
 
     FriendRequestOutcome sendFriendRequest(const FriendRequest& r, const NewEvent& event) override {
@@ -410,15 +417,23 @@ public:
         return out;
     }
 
-    void putScore(const ScoreRecord& s) override {
+    void putScore(const ScoreRecord& s) override { putScores({s}); }
+
+    void putScores(const std::vector<ScoreRecord>& scores) override {
+        if (scores.empty()) {
+            return;
+        }
         conn_->transact([&](Tx& tx) {
-            tx.exec(
-                "INSERT INTO scores (player_id, value, context, reached_at, updated_at) VALUES ($1, $2, $3, "
-                "$4, $5) "
-                "ON CONFLICT (player_id) DO UPDATE SET value = excluded.value, context = excluded.context, "
-                "reached_at = excluded.reached_at, updated_at = excluded.updated_at",
-                {s.playerId, s.value, s.context, s.reachedAt, s.updatedAt});
-            tx.notify(kScoresChannel, s.playerId);
+            for (const ScoreRecord& s : scores) {
+                tx.exec(
+                    "INSERT INTO scores (player_id, value, context, reached_at, updated_at) VALUES ($1, $2, "
+                    "$3, $4, $5) "
+                    "ON CONFLICT (player_id) DO UPDATE SET value = excluded.value, context = "
+                    "excluded.context, "
+                    "reached_at = excluded.reached_at, updated_at = excluded.updated_at",
+                    {s.playerId, s.value, s.context, s.reachedAt, s.updatedAt});
+                tx.notify(kScoresChannel, s.playerId);
+            }
         });
     }
 
@@ -889,12 +904,61 @@ public:
         return out;
     }
 
+    std::optional<ProgressVersion> progress(const std::string& playerId) override {
+        std::optional<ProgressVersion> out;
+        conn_->read([&](Tx& tx) { out = progress_rows::newest(tx, playerId, false); });
+        return out;
+    }
+
+    std::vector<ProgressVersion> progressVersions(const std::string& playerId) override {
+        std::vector<ProgressVersion> out;
+        conn_->read([&](Tx& tx) { out = progress_rows::summaries(tx, playerId); });
+        return out;
+    }
+
+    ProgressSaveResult saveProgress(const std::string& playerId, std::int64_t baseVersion,
+                                    const logic::progress::Summary& summary, const std::string& document,
+                                    std::int64_t now) override {
+        namespace rules = logic::progress;
+        ProgressSaveResult out = GoldNotEarned{};
+        conn_->transact([&](Tx& tx) {
+            std::optional<ProgressVersion> newest = progress_rows::newest(tx, playerId, locks());
+            const std::int64_t newestVersion = newest ? newest->version : 0;
+            if (baseVersion != newestVersion) {
+                out = ProgressConflict{newest.value_or(ProgressVersion{})};
+                return;
+            }
+            std::optional<rules::Summary> before;
+            if (newest) {
+                // A stored document was read when it was saved; one that no longer reads counts as none.
+                auto read = rules::readDocument(newest->document);
+                if (auto* s = std::get_if<rules::Summary>(&read)) {
+                    before = *s;
+                }
+            }
+            const std::int64_t since = newest ? newest->savedAt : 0;
+            const rules::Earnings earned = progress_rows::earningsSince(tx, playerId, since);
+            if (!rules::goldEarned(before, summary, now - since, earned)) {
+                out = GoldNotEarned{(before ? before->gold : 0) +
+                                    rules::goldAllowance(before, summary, now - since, earned)};
+                return;
+            }
+            ProgressVersion next{newestVersion + 1, now, summary.level, summary.gold, document};
+            progress_rows::insert(tx, playerId, next);
+            progress_rows::prune(tx, playerId, rules::kKeptVersions);
+            out = std::move(next);
+        });
+        return out;
+    }
+
     std::unique_ptr<Watch> watchChanges(ChangeHandler fn) override {
-        return conn_->watch({kEventsChannel, kScoresChannel, kLiveChannel},
+        return conn_->watch({kEventsChannel, kScoresChannel, kLiveChannel, kSessionsChannel, kPlayersChannel},
                             [fn = std::move(fn)](const std::string& channel, const std::string& payload) {
-                                fn(channel == kEventsChannel ? Change::Events
-                                   : channel == kLiveChannel ? Change::Live
-                                                             : Change::Score,
+                                fn(channel == kEventsChannel     ? Change::Events
+                                   : channel == kLiveChannel     ? Change::Live
+                                   : channel == kSessionsChannel ? Change::Session
+                                   : channel == kPlayersChannel  ? Change::Player
+                                                                 : Change::Score,
                                    payload);
                             });
     }

@@ -5,6 +5,7 @@
 #include "logic/live_rules.h"
 #include "logic/match_rules.h"
 #include "logic/store_rules.h"
+#include "store/progress_rows.h"
 #include "store/sql.h"
 
 #include <cstdint>
@@ -76,7 +77,9 @@ struct NewEvent {
 
 // What another instance on the same database has changed: events stored for a player, a player's score, or
 // a live message to relay (the payload is the message).
-enum class Change { Events, Score, Live };
+// What another instance changed: a player's events, score or live match; a token removed (the payload is its
+// hash); a player's name (the payload is the player's id).
+enum class Change { Events, Score, Live, Session, Player };
 using ChangeHandler = std::function<void(Change, const std::string& payload)>;
 
 enum class FriendRequestOutcome {
@@ -125,6 +128,16 @@ struct Restoration {
 };
 
 using ImpressionResult = std::variant<logic::ads::Impression, logic::ads::Refusal>;
+
+// A save of progress based on an older version than the newest: the newest, document and all.
+struct ProgressConflict {
+    ProgressVersion newest;
+};
+// A save whose gold rose more than the game pays: the gold it could have had at most.
+struct GoldNotEarned {
+    std::int64_t allowed = 0;
+};
+using ProgressSaveResult = std::variant<ProgressVersion, ProgressConflict, GoldNotEarned>;
 
 class Store {
 public:
@@ -178,6 +191,8 @@ public:
     virtual std::vector<std::string> friendIds(const std::string& playerId) = 0;
 
     virtual void putScore(const ScoreRecord& s) = 0;
+    // Stores the scores in one transaction, in order (a later one of the same player stands).
+    virtual void putScores(const std::vector<ScoreRecord>& scores) = 0;
     virtual std::optional<ScoreRecord> score(const std::string& playerId) = 0;
     virtual std::vector<ScoreRecord> allScores() = 0;
 
@@ -274,6 +289,18 @@ public:
     // Grants the reward of the player's rewarded impression once, when logic::ads::rewardRefusal allows it.
     virtual ImpressionResult claimReward(const std::string& playerId, const std::string& impressionId,
                                          std::int64_t now) = 0;
+
+    // Saved progress. The player's newest version, document and all.
+    virtual std::optional<ProgressVersion> progress(const std::string& playerId) = 0;
+    // The kept versions, newest first, without their documents.
+    virtual std::vector<ProgressVersion> progressVersions(const std::string& playerId) = 0;
+    // Stores the next version of the document (read into `summary`) when it is based on the newest version
+    // (0: on none) and its gold rises no more than logic::progress::goldEarned allows since the newest, with
+    // what the player earned at the service since then; keeps the newest logic::progress::kKeptVersions. His
+    // player row is locked meanwhile.
+    virtual ProgressSaveResult saveProgress(const std::string& playerId, std::int64_t baseVersion,
+                                            const logic::progress::Summary& summary,
+                                            const std::string& document, std::int64_t now) = 0;
 
     // Calls fn, from a thread of its own, whenever any instance on this database has stored events for a
     // player or changed a score, until the watch is destroyed. nullptr for a database of one instance.

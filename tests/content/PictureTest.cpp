@@ -2,6 +2,7 @@
 
 #include "ContentFixtures.h"
 #include "PictureBuilder.h"
+#include "PictureDescriptions.h"
 #include "SceneRenderer.h"
 
 #include <QDir>
@@ -150,6 +151,50 @@ TEST(SceneDrawing, AMissingSymbolGivesNoPicture) {
     EXPECT_TRUE(fixtureSymbols().validate(QStringLiteral("a1")).isEmpty());
 }
 
+TEST(PictureDescription, NamesTheSymbolsLargestFirstOnceEachAndWhereTheyAre) {
+    ArabicNames names;
+    names.insert(QStringLiteral("camel"), QStringLiteral("جمل"));
+    names.insert(QStringLiteral("palm-tree"), QStringLiteral("نخلة"));
+    SymbolKeys keys;
+    keys.insert(QStringLiteral("1f42a"), QStringLiteral("camel"));
+
+    // The palm is drawn larger, so it is said first; the camel is one thing whatever set draws it.
+    EXPECT_EQ(
+        describeScene(sceneOf(QStringLiteral("a_1 desert noto:camel@0.3,0.6,0.3 fluent:palm-tree@0.7,0.5,0.6 "
+                                             "1f42a@0.8,0.8,0.2")),
+                      keys, names),
+        QStringLiteral("نخلة وجمل في الصحراء"));
+    // Laid out together they keep the written order; a colour background adds no place.
+    EXPECT_EQ(describeScene(sceneOf(QStringLiteral("a_2 #ffffff noto:camel twemoji:palm-tree")), keys, names),
+              QStringLiteral("جمل ونخلة"));
+    // Symbols without an Arabic name are left out; with none named the picture is still called something.
+    EXPECT_EQ(describeScene(sceneOf(QStringLiteral("a_3 sea gi:anvil noto:camel")), keys, names),
+              QStringLiteral("جمل في البحر"));
+    EXPECT_EQ(describeScene(sceneOf(QStringLiteral("a_4 underwater gi:anvil")), keys, names),
+              QStringLiteral("صورة تحت الماء"));
+    EXPECT_EQ(describeScene(sceneOf(QStringLiteral("a_4 #102030 gi:anvil")), keys, names),
+              QStringLiteral("صورة"));
+}
+
+TEST(PictureDescription, EverySettingHasAPlaceAndTheNamesFileSkipsCommentsAndBlanks) {
+    for (const char* setting : kSettings)
+        EXPECT_FALSE(settingPhrase(QLatin1String(setting)).isEmpty()) << setting;
+    EXPECT_TRUE(settingPhrase(QStringLiteral("#ffffff")).isEmpty());
+
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString path = dir.filePath(QStringLiteral("symbols-ar.tsv"));
+    ASSERT_TRUE(writeAll(path, QStringLiteral("# key\tname\nlion\tأسد\tcldr\nempty\t \n\nbare\n"
+                                              "tiger\t  نمر  \n"
+                                              "bowl\t\u202bوعاء\u202c طعام\u200f\n")));
+    const ArabicNames names = ArabicNames::load(path);
+    EXPECT_EQ(names.size(), 3);
+    EXPECT_EQ(names.nameOf(QStringLiteral("lion")), QStringLiteral("أسد"));
+    EXPECT_EQ(names.nameOf(QStringLiteral("tiger")), QStringLiteral("نمر"));
+    EXPECT_EQ(names.nameOf(QStringLiteral("bowl")), QStringLiteral("وعاء طعام"));
+    EXPECT_EQ(ArabicNames::load(dir.filePath(QStringLiteral("none.tsv"))).size(), 0);
+}
+
 class PictureBuild : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -192,11 +237,27 @@ TEST_F(PictureBuild, DrawsFourJpegsPerLevelAndListsThem) {
 
     const QString qrc = readAll(m_options.qrcFile);
     EXPECT_TRUE(qrc.contains(QLatin1String("<qresource prefix=\"/pictures\">")));
-    EXPECT_EQ(qrc.count(QLatin1String("<file alias=\"")), 100);
+    EXPECT_EQ(qrc.count(QLatin1String("<file alias=\"")), 101);
+    EXPECT_TRUE(qrc.contains(QLatin1String("<file alias=\"descriptions.tsv\">")));
     EXPECT_TRUE(qrc.contains(
         QStringLiteral("<file alias=\"p25_4.jpg\">%1</file>")
             .arg(
                 QFileInfo(QDir(m_options.outDir).filePath(QStringLiteral("p25_4.jpg"))).absoluteFilePath())));
+}
+
+TEST_F(PictureBuild, WritesADescriptionOfEveryPictureBesideThem) {
+    Report report;
+    build(report);
+    expectFindings(report, {});
+    const QStringList lines = readAll(QDir(m_options.outDir).filePath(QStringLiteral("descriptions.tsv")))
+                                  .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 100);
+    EXPECT_EQ(lines.at(0), QStringLiteral("p01_1\tتفاحة"));
+    EXPECT_EQ(lines.at(1), QStringLiteral("p01_2\tتفاحة وشجرة"));
+    EXPECT_EQ(lines.at(2), QStringLiteral("p01_3\tشجرة ونجمة"));
+    // The second level's own symbols have no Arabic name: only the star they share is said.
+    EXPECT_EQ(lines.at(6), QStringLiteral("p02_3\tنجمة"));
+    EXPECT_EQ(lines.at(4), QStringLiteral("p02_1\tصورة"));
 }
 
 TEST_F(PictureBuild, RedrawsOnlyWhatChangedAndDropsWhatNoLevelNeeds) {
@@ -224,7 +285,7 @@ TEST_F(PictureBuild, RedrawsOnlyWhatChangedAndDropsWhatNoLevelNeeds) {
     EXPECT_EQ(fewer.rendered, 0);
     EXPECT_EQ(fewer.removed, 4);
     EXPECT_FALSE(pictures().contains(QStringLiteral("p25_1.jpg")));
-    EXPECT_EQ(readAll(m_options.qrcFile).count(QLatin1String("<file alias=\"")), 96);
+    EXPECT_EQ(readAll(m_options.qrcFile).count(QLatin1String("<file alias=\"")), 97);
     expectFindings(report, {});
 }
 

@@ -95,17 +95,25 @@ protected:
         return out;
     }
 
-    // The player asks to log in from the main screen and makes an account on the login screen.
-    void createAccount(const QString& name) {
+    // The player asks to log in from the main screen and, on the login screen, makes an account or logs in
+    // to the one he has.
+    void logIn(const QString& name, bool newAccount) {
         auto& nav = Platform::shared().navigator();
         auto* main = new MainViewController();
         nav.setRootViewController(main);
         main->loginToGameCenter();
         auto* login = qobject_cast<LoginViewController*>(nav.presentedViewController());
         ASSERT_NE(login, nullptr);
-        login->submit(name, "password-" + QString::number(name.size()) + "x", true);
+        login->submit(name, "password-" + QString::number(name.size()) + "x", newAccount);
         ASSERT_TRUE(QTest::qWaitFor(
             [] { return GameCenterManager::sharedInstance().currentStatus == "AUTHENTICATED"; }, 15000));
+    }
+
+    void createAccount(const QString& name) {
+        logIn(name, true);
+        if (::testing::Test::HasFatalFailure()) {
+            return;
+        }
         EXPECT_EQ(GameCenterManager::sharedInstance().lastAuthenticationSavedStatus, "AUTO");
         EXPECT_EQ(GKLocalPlayer::localPlayer().displayName(), name);
         ASSERT_TRUE(QTest::qWaitFor([] { return Platform::shared().alerts().isVisible(); }, 5000));
@@ -246,7 +254,7 @@ private:
 };
 
 // The outside player asks the game's player to be friends, and the game's player accepts.
-void befriendFrom(RawPlayer& other, const QString& local) {
+inline void befriendFrom(RawPlayer& other, const QString& local) {
     const QJsonObject request =
         other.call("POST", "/v1/friend-requests", {{"playerID", local}, {"message", "hi"}})
             .value("request")

@@ -804,6 +804,25 @@ std::vector<Row> AuthorizationMatrix::rows() {
         .stillWorks = [this](World& w, const Target& t) {
         must(200, "POST", "/v1/ads/rewards", json::object{{"impressionIdentifier", t.id}}, w.owner.token);
     };
+
+    // Saved progress: each player reads and writes only his own, so another player's request is about his.
+    auto withProgress = [this](std::string target, std::string body, std::string secret) {
+        return [this, target, body, secret](World& w) {
+            must(200, "PUT", "/v1/progress",
+                 json::object{{"baseVersion", 0}, {"progress", progressDocument(9, 177)}}, w.owner.token);
+            return to(target, body, {}, secret);
+        };
+    };
+    add("GET", "/v1/progress", "", Via::Api, withProgress("/v1/progress", {}, R"("gold":177)"),
+        held(200, kNone, refused(404, "no_progress")));
+    add("PUT", "/v1/progress", "", Via::Api,
+        withProgress(
+            "/v1/progress",
+            json::serialize(json::object{{"baseVersion", 1}, {"progress", progressDocument(9, 100)}}), {}),
+        held(200, kNone, refused(409, "progress_conflict")))
+        .state = reading("/v1/progress");
+    add("GET", "/v1/progress/versions", "", Via::Api,
+        withProgress("/v1/progress/versions", {}, R"("gold":177)"), own(200));
     return out;
 }
 

@@ -139,3 +139,33 @@ TEST(Instances, TheTwoPlayersOfALiveMatchSitOnDifferentInstances) {
     EXPECT_EQ(gone->at("state"), 2);
     EXPECT_EQ(gone->at("player"), bader.id.c_str());
 }
+
+TEST(Instances, ALogoutAndARenameOnOneInstanceReachWhatTheOtherKeepsInMemory) {
+    TARVOLIN_REQUIRE_BACKEND("postgresql");
+    TestService one("postgresql");
+    TestService two(one.database());
+    Account ali = one.signUp("Ali");
+    one.report(ali, 10);
+    // The second instance reads the token and the name once; from then on it answers from memory.
+    auto seenByTwo = [&] { return two.http().get("/v1/leaderboard/me", ali.token); };
+    Reply first = seenByTwo();
+    ASSERT_EQ(first.status, 200u) << first.body;
+    EXPECT_EQ(first.json.at("local").at("player").at("displayName"), "Ali");
+
+    ASSERT_EQ(one.http().request("PATCH", "/v1/players/me", R"({"displayName":"Alia"})", ali.token).status,
+              200u);
+    std::string name;
+    for (int i = 0; i < 500 && name != "Alia"; ++i) {
+        name = std::string(seenByTwo().json.at("local").at("player").at("displayName").as_string());
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_EQ(name, "Alia");
+
+    ASSERT_EQ(one.http().request("DELETE", "/v1/sessions/current", {}, ali.token).status, 204u);
+    unsigned status = 200;
+    for (int i = 0; i < 500 && status != 401; ++i) {
+        status = seenByTwo().status;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_EQ(status, 401u);
+}

@@ -2,6 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+using namespace tarvolin;
 using namespace tarvolin::testing;
 namespace json = boost::json;
 
@@ -151,6 +158,125 @@ TEST_P(LeaderboardTest, RestartKeepsAccountsFriendsScoresAndTies) {
     Reply in = svc->http().post("/v1/sessions",
                                 json::object{{"displayName", "dana"}, {"password", "correct horse"}});
     EXPECT_EQ(in.status, 200u);
+}
+
+TEST_P(LeaderboardTest, ReportsThatWaitTogetherAreCommittedTogetherInTheOrderTheyCame) {
+    Account a = svc->signUp("Amal"), b = svc->signUp("Badr"), c = svc->signUp("Dana");
+    net::Api& api = svc->api();
+    const auto before = api.reportCounts();
+    auto until = [&](const std::function<bool(const net::GroupCommitCounts&)>& test) {
+        for (int i = 0; i < 1000 && !test(api.reportCounts()); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        return test(api.reportCounts());
+    };
+
+    // Another connection holds the scores table, so the first report's commit waits on it.
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool held = false, release = false;
+    std::thread holder([&] {
+        svc->database()->connect()->transact([&](store::Tx& tx) {
+            if (GetParam() == "postgresql") {
+                tx.script("LOCK TABLE scores IN EXCLUSIVE MODE");
+            } else {
+                tx.exec("UPDATE scores SET value = value WHERE player_id = $1", {a.id});
+            }
+            std::unique_lock lock(mutex);
+            held = true;
+            changed.notify_all();
+            changed.wait(lock, [&] { return release; });
+        });
+    });
+    {
+        std::unique_lock lock(mutex);
+        changed.wait(lock, [&] { return held; });
+    }
+
+    // Each report waits for its answer on a connection of its own; each is handed in once the one before it
+    // is in line.
+    struct Sent {
+        const Account* who;
+        std::int64_t value;
+    };
+    const std::vector<Sent> sent{{&a, 300}, {&b, 300}, {&c, 300}, {&b, 300}, {&c, 500}, {&c, 10}};
+    std::vector<Reply> replies(sent.size());
+    std::vector<std::thread> reporters;
+    for (std::size_t i = 0; i < sent.size(); ++i) {
+        reporters.emplace_back([&, i] {
+            HttpClient client(svc->port());
+            replies[i] = client.post("/v1/leaderboard/scores", json::object{{"value", sent[i].value}},
+                                     sent[i].who->token);
+        });
+        if (i == 0) {
+            ASSERT_TRUE(until([](const auto& n) { return n.inCommit == 1; }));
+        } else {
+            ASSERT_TRUE(until([i](const auto& n) { return n.waiting == i; }));
+        }
+    }
+    {
+        std::lock_guard lock(mutex);
+        release = true;
+        changed.notify_all();
+    }
+    holder.join();
+    for (auto& r : reporters) {
+        r.join();
+    }
+
+    // One commit for the first, one for the five that waited behind it.
+    const auto after = api.reportCounts();
+    EXPECT_EQ(after.batches - before.batches, 2u);
+    EXPECT_EQ(after.items - before.items, 6u);
+    // Each answer is the place right after that report. Badr's second 300, in the same commit as his first,
+    // keeps his place ahead of Dana's; Dana is first with 500, last with 10.
+    std::vector<std::int64_t> ranks;
+    for (const Reply& r : replies) {
+        ASSERT_EQ(r.status, 200u) << r.body;
+        ranks.push_back(r.json.at("score").at("rank").as_int64());
+    }
+    EXPECT_EQ(ranks, (std::vector<std::int64_t>{1, 2, 3, 2, 1, 3}));
+    // Dana's lower total stands. Storage agrees with memory.
+    const Rows expected{{"Amal", 1}, {"Badr", 2}, {"Dana", 3}};
+    EXPECT_EQ(rows(load(a, "")), expected);
+    svc->restart();
+    EXPECT_EQ(rows(load(a, "")), expected);
+}
+
+TEST_P(LeaderboardTest, ManyPlayersReportingAtOnceLeaveMemoryAndStorageAgreeing) {
+    constexpr int kPlayers = 8, kReports = 25;
+    std::vector<Account> players;
+    for (int i = 0; i < kPlayers; ++i) {
+        players.push_back(svc->signUp("Racer" + std::to_string(i)));
+    }
+    std::vector<std::thread> threads;
+    std::atomic<int> failures{0};
+    for (int t = 0; t < kPlayers; ++t) {
+        threads.emplace_back([&, t] {
+            HttpClient client(svc->port());
+            for (int i = 0; i < kReports; ++i) {
+                // Everyone ends on one of two totals, so ties are decided by who reached them first.
+                const std::int64_t value = i + 1 == kReports ? 1000 + t % 2 : (t * 37 + i * 11) % 500;
+                if (client.post("/v1/leaderboard/scores", json::object{{"value", value}}, players[t].token)
+                        .status != 200) {
+                    ++failures;
+                }
+            }
+        });
+    }
+    for (auto& t : threads) {
+        t.join();
+    }
+    EXPECT_EQ(failures.load(), 0);
+    Reply live = load(players[0], "count=20");
+    ASSERT_EQ(live.status, 200u);
+    std::vector<std::int64_t> values;
+    for (const auto& s : live.json.at("scores").as_array()) {
+        values.push_back(s.at("value").as_int64());
+    }
+    EXPECT_EQ(values, (std::vector<std::int64_t>{1001, 1001, 1001, 1001, 1000, 1000, 1000, 1000}));
+    svc->restart();
+    EXPECT_EQ(rows(load(players[0], "count=20")), rows(live));
 }
 
 INSTANTIATE_TEST_SUITE_P(Backends, LeaderboardTest, ::testing::ValuesIn(backends()), backendName);

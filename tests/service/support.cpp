@@ -359,4 +359,42 @@ double metricValue(HttpClient& http, const std::string& series) {
     return -1;
 }
 
+boost::json::object progressDocument(std::int64_t level, std::int64_t gold, std::int64_t activeDays,
+                                     boost::json::object achievements) {
+    namespace json = boost::json;
+    return json::object{
+        {"schema", 1},
+        {"level", level},
+        {"gold", gold},
+        {"skips", 2},
+        {"points", level * 3},
+        {"round",
+         {{"previousRound", false},
+          {"travelRound", 0},
+          {"travelLevel", 0},
+          {"flyOverPassed", true},
+          {"flipImagePassed", false}}},
+        {"rewardedLevels", json::array{3, 7}},
+        {"stats",
+         {{"creditsUsed", 40},
+          {"skipsUsed", 1},
+          {"exchangeSent", 0},
+          {"exchangeReceived", 0},
+          {"wins", 2},
+          {"draws", 0},
+          {"losses", 1},
+          {"battlePoints", -4},
+          {"wikipediaRead", 0},
+          {"timeTraveled", 0},
+          {"flyOverPassed", 1},
+          {"activeDays", activeDays},
+          {"activeSessions", 3},
+          {"levelsShared", 0},
+          {"dailyLevels",
+           json::array{json::object{{"day", 1}, {"date", "2026-11-20T10:00:00Z"}, {"value", 4}}}},
+          {"dailyRanks", json::array{}}}},
+        {"achievements", std::move(achievements)},
+    };
+}
+
 } // namespace tarvolin::testing

@@ -191,6 +191,11 @@ inline std::string str(const boost::json::value& v) {
 // The value of a line of /metrics ("name{labels}"); -1 when there is no such line.
 double metricValue(HttpClient& http, const std::string& series);
 
+// A progress document of the game's form with the figures that matter for its gold; the other fields hold
+// values of their own type.
+boost::json::object progressDocument(std::int64_t level, std::int64_t gold, std::int64_t activeDays = 1,
+                                     boost::json::object achievements = {});
+
 // Names the parameter of a test suite run over the backends.
 std::string backendName(const ::testing::TestParamInfo<std::string>& info);
 

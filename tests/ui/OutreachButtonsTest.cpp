@@ -106,6 +106,16 @@ private slots:
         rounds->tableViewDidSelectRowAtIndexPath(0);
         QVERIFY(qobject_cast<LevelSelectorViewController*>(nav.topViewController()));
         QTest::qWait(50);
+        // The social buttons stand clear of the promotion panel under them: each is whole to see and to tap.
+        const auto sceneRect = [window](const char* name) {
+            QQuickItem* item = findItem(window, QString::fromLatin1(name));
+            return item ? item->mapRectToScene(QRectF(0, 0, item->width(), item->height())) : QRectF();
+        };
+        const QRectF panel = sceneRect("promoView");
+        QVERIFY(!panel.isEmpty());
+        for (const char* button : {"openFacebookPage", "openTwitterPage", "openInstaPage"}) {
+            QVERIFY2(sceneRect(button).bottom() <= panel.top(), button);
+        }
         for (const char* button : {"promoView", "openFacebookPage", "openTwitterPage", "openInstaPage"}) {
             tapAndCheck(platform, window, button, nullptr);
         }

@@ -102,6 +102,58 @@ TEST_F(Board, ShuffleSwapsPlacesNotLetters) {
     }
 }
 
+TEST_F(Board, TheTrayIsReadAsItIsSeenNotInTheAnswersOrder) {
+    auto game = Game::initWithGameLevelAndGameRound(3, 0);
+    auto info = std::make_shared<LevelInfo>();
+    info->solution = info->fullSolution = "abc";
+    info->otherLetters = "defghijkl";
+    game->setLevelInfo(info);
+    // Tile 0 ("a") goes to place 3 and tile 3 to place 0; then tile 7 and tile 11 swap places.
+    platform.random().queue({3, 0, 0, 0, 0, 0, 0, 4, 0, 0, 0, 0});
+    auto* vc = new GameViewController();
+    vc->setGame(game);
+    Platform::shared().navigator().setRootViewController(vc);
+
+    const QList<int> order = vc->trayOrder();
+    ASSERT_EQ(order.size(), 12);
+    // The places run right to left, top row first: reading them gives the tile at each place in turn.
+    const auto& places = vc->layout().tiles;
+    for (int k = 0; k < 12; ++k) {
+        EXPECT_EQ(vc->lettersLabels[order[k]]->originalFrame, places[static_cast<size_t>(k)]) << k;
+    }
+    EXPECT_EQ(order[0], 3);
+    EXPECT_EQ(order[3], 0);
+    EXPECT_EQ(order[7], 11);
+    EXPECT_EQ(order[11], 7);
+    // Moving tiles into the boxes does not change the order: it follows where each tile lives in the tray.
+    tap(vc, tile(vc, "b"));
+    platform.animator().completeAll();
+    EXPECT_EQ(vc->trayOrder(), order);
+}
+
+TEST_F(Board, ATileKnowsTheBoxItStandsInOnlyOnceItLands) {
+    auto* vc = open("abcd", "efghijkl");
+    auto* a = tile(vc, "a");
+    auto* e = tile(vc, "e");
+    EXPECT_EQ(a->box(), -1);
+    tap(vc, e);
+    // On its way the tile is in no box yet; a screen reader reads the box as empty until it lands.
+    EXPECT_EQ(e->box(), -1);
+    platform.animator().completeAll();
+    EXPECT_EQ(e->box(), 0);
+    tap(vc, e);
+    EXPECT_EQ(e->box(), -1);
+    platform.animator().completeAll();
+    EXPECT_EQ(e->box(), -1);
+
+    // A revealed letter stands in its own box for good.
+    platform.random().queue({0});
+    vc->revealRandomLetter();
+    platform.animator().completeAll();
+    ASSERT_TRUE(a->isRevealed);
+    EXPECT_EQ(a->box(), 0);
+}
+
 TEST_F(Board, BoxesRunRightToLeftCentredInTheBar) {
     // Phone: the bar is 343 by 60 and a tile 50 wide, so a box is at most 37 wide.
     auto* five = open("abcde", "fghijkl");

@@ -42,6 +42,27 @@ TEST(WordViews, GridAndLettersToRevealByLength) {
     EXPECT_EQ(five->maxLettersToReveal, 2);
 }
 
+TEST(WordViews, APictureIsNamedByItsLineOfTheDescriptionsOrByItsNumber) {
+    const QString file = QStringLiteral("moon_1\tبدر في الليل\nsun_1\tشمس وسحابة في السماء\r\n"
+                                        "xsun_2\tليس لها\nsun_2\t  \nsun_3\tدوار الشمس");
+    EXPECT_EQ(WordView::descriptionIn(file, QStringLiteral("sun"), 1),
+              QStringLiteral("شمس وسحابة في السماء"));
+    EXPECT_EQ(WordView::descriptionIn(file, QStringLiteral("moon"), 1), QStringLiteral("بدر في الليل"));
+    // The last line needs no newline; a name inside another name, an empty text or no line at all give the
+    // number.
+    EXPECT_EQ(WordView::descriptionIn(file, QStringLiteral("sun"), 3), QStringLiteral("دوار الشمس"));
+    EXPECT_EQ(WordView::descriptionIn(file, QStringLiteral("sun"), 2), QStringLiteral("الصورة 2"));
+    EXPECT_EQ(WordView::descriptionIn(file, QStringLiteral("un"), 1), QStringLiteral("الصورة 1"));
+    EXPECT_EQ(WordView::descriptionIn(file, QStringLiteral("star"), 4), QStringLiteral("الصورة 4"));
+    EXPECT_EQ(WordView::descriptionIn(QString(), QString(), 1), QStringLiteral("الصورة 1"));
+
+    // Without the pictures' resource every picture still has a name to be read by.
+    TestPlatform platform;
+    std::unique_ptr<WordView> view(WordView::loadInstance({0, 0, 300, 300}));
+    view->initGameViewWithGame(gameWith("شمس"));
+    EXPECT_EQ(view->imageView4->description(), QStringLiteral("الصورة 4"));
+}
+
 TEST(WordViews, TapEnlargesAPictureAndTheNextTapShrinksIt) {
     TestPlatform platform;
     auto game = gameWith("قمر");

@@ -8,7 +8,7 @@
 
 namespace {
 
-GameService& service() {
+GameService& storeService() {
     return Platform::shared().gameService();
 }
 
@@ -49,7 +49,7 @@ std::optional<QList<SKPaymentTransaction>> GameServiceStoreServer::transactionLi
 }
 
 bool GameServiceStoreServer::canMakePayments() const {
-    return Platform::isInstalled() && !service().token().isEmpty();
+    return Platform::isInstalled() && !storeService().token().isEmpty();
 }
 
 void GameServiceStoreServer::products(
@@ -58,52 +58,54 @@ void GameServiceStoreServer::products(
     QUrlQuery query;
     query.addQueryItem(QStringLiteral("ids"), identifiers.join(','));
     query.addQueryItem(QStringLiteral("locale"), locale);
-    service().get(QStringLiteral("/v1/store/products"), query,
-                  [done](const QJsonObject& body, const std::optional<GKError>& error) {
-                      if (error) {
-                          done({}, errorFrom(*error));
-                          return;
-                      }
-                      const QJsonValue list = body.value(QLatin1String("products"));
-                      if (!list.isArray()) {
-                          done({}, SKError{0, QStringLiteral("The store's product list cannot be read")});
-                          return;
-                      }
-                      SKProductsResponse response;
-                      for (const QJsonValue& v : list.toArray()) {
-                          if (const auto p = SKProduct::fromJson(v.toObject())) {
-                              response.products.append(std::make_shared<const SKProduct>(*p));
-                          } else {
-                              qWarning().noquote() << "The store listed a product that cannot be read.";
-                          }
-                      }
-                      for (const QJsonValue& v :
-                           body.value(QLatin1String("invalidProductIdentifiers")).toArray()) {
-                          response.invalidProductIdentifiers.append(v.toString());
-                      }
-                      done(response, std::nullopt);
-                  });
+    storeService().get(
+        QStringLiteral("/v1/store/products"), query,
+        [done](const QJsonObject& body, const std::optional<GKError>& error) {
+            if (error) {
+                done({}, errorFrom(*error));
+                return;
+            }
+            const QJsonValue list = body.value(QLatin1String("products"));
+            if (!list.isArray()) {
+                done({}, SKError{0, QStringLiteral("The store's product list cannot be read")});
+                return;
+            }
+            SKProductsResponse response;
+            for (const QJsonValue& v : list.toArray()) {
+                if (const auto p = SKProduct::fromJson(v.toObject())) {
+                    response.products.append(std::make_shared<const SKProduct>(*p));
+                } else {
+                    qWarning().noquote() << "The store listed a product that cannot be read.";
+                }
+            }
+            for (const QJsonValue& v : body.value(QLatin1String("invalidProductIdentifiers")).toArray()) {
+                response.invalidProductIdentifiers.append(v.toString());
+            }
+            done(response, std::nullopt);
+        });
 }
 
 void GameServiceStoreServer::postTransaction(const QString& path, TransactionDone done) {
-    service().post(path, QJsonObject{}, [done](const QJsonObject& body, const std::optional<GKError>& error) {
-        if (error) {
-            done(std::nullopt, errorFrom(*error));
-            return;
-        }
-        const auto t = SKPaymentTransaction::fromJson(body.value(QLatin1String("transaction")).toObject());
-        if (!t) {
-            done(std::nullopt, SKError{0, QStringLiteral("The store's answer cannot be read")});
-            return;
-        }
-        done(t, std::nullopt);
-    });
+    storeService().post(
+        path, QJsonObject{}, [done](const QJsonObject& body, const std::optional<GKError>& error) {
+            if (error) {
+                done(std::nullopt, errorFrom(*error));
+                return;
+            }
+            const auto t =
+                SKPaymentTransaction::fromJson(body.value(QLatin1String("transaction")).toObject());
+            if (!t) {
+                done(std::nullopt, SKError{0, QStringLiteral("The store's answer cannot be read")});
+                return;
+            }
+            done(t, std::nullopt);
+        });
 }
 
 void GameServiceStoreServer::createPayment(const SKPayment& payment, TransactionDone done) {
     const QJsonObject body{{QStringLiteral("productIdentifier"), payment.productIdentifier},
                            {QStringLiteral("quantity"), payment.quantity}};
-    service().post(
+    storeService().post(
         QStringLiteral("/v1/store/payments"), body,
         [done](const QJsonObject& reply, const std::optional<GKError>& error) {
             if (error) {
@@ -153,9 +155,9 @@ GameService::Completion listAnswer(SKStoreServer::ListDone done) {
 } // namespace
 
 void GameServiceStoreServer::unfinishedTransactions(ListDone done) {
-    service().get(QStringLiteral("/v1/store/transactions"), {}, listAnswer(std::move(done)));
+    storeService().get(QStringLiteral("/v1/store/transactions"), {}, listAnswer(std::move(done)));
 }
 
 void GameServiceStoreServer::restoreTransactions(ListDone done) {
-    service().post(QStringLiteral("/v1/store/restore"), QJsonObject{}, listAnswer(std::move(done)));
+    storeService().post(QStringLiteral("/v1/store/restore"), QJsonObject{}, listAnswer(std::move(done)));
 }

@@ -140,5 +140,9 @@ Item {
     MouseArea {
         anchors.fill: parent
         onClicked: if (root.view) root.view.tap()
+        Accessible.role: Accessible.Button
+        Accessible.name: A11y.text("a11y.adAction")
+        Accessible.ignored: !enabled
+        Accessible.onPressAction: if (root.view) root.view.tap()
     }
 }

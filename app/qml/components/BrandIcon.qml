@@ -8,7 +8,14 @@ Item {
     property color glyphColor: "#ffffff"
     property string name
     property real side: 52
+    // What a screen reader says: the name under the icon, or a fuller one where there is none.
+    property string accessibleName: name.length > 0 ? name : glyph
     signal tapped()
+    Accessible.role: Accessible.Button
+    Accessible.name: accessibleName
+    Accessible.ignored: !enabled
+    Accessible.onPressAction: icon.tapped()
+    activeFocusOnTab: true
     width: side + 12
     height: side + (name.length > 0 ? 26 : 0)
 

@@ -7,6 +7,10 @@ Rectangle {
     property color disc: Theme.gold
     property string glyph: ""
     property int fontSize: 16
+    // A counter reads as text; a use that opens something on a tap makes it a button.
+    Accessible.role: Accessible.StaticText
+    Accessible.ignored: !enabled
+    Accessible.name: label.text
     implicitWidth: row.implicitWidth + 18
     implicitHeight: 34
     radius: height / 2
@@ -14,6 +18,7 @@ Rectangle {
     border.color: "#33ffffff"
     Row {
         id: row
+        Accessible.ignored: true
         anchors.centerIn: parent
         spacing: 6
         Rectangle {

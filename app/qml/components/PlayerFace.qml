@@ -9,6 +9,7 @@ Rectangle {
     radius: width * 0.18
     color: "#33ffffff"
     Accessible.role: Accessible.Graphic
+    Accessible.ignored: !enabled
     Accessible.name: face.name
     // The stand-in picture while the photo loads, and for good when there is none.
     Image {

@@ -66,5 +66,13 @@ Rectangle {
             color: Theme.ink
         }
     }
-    MouseArea { anchors.fill: parent; onClicked: panel.tapped() }
+    MouseArea {
+        anchors.fill: parent
+        onClicked: panel.tapped()
+        Accessible.role: Accessible.Button
+        Accessible.name: A11y.text("a11y.promo")
+        Accessible.ignored: !enabled
+        Accessible.onPressAction: panel.tapped()
+        activeFocusOnTab: true
+    }
 }

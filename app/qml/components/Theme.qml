@@ -11,5 +11,7 @@ QtObject {
     readonly property color accent: "#1474fb"
     readonly property color green: "#148814"
     readonly property color red: "#ea4144"
+    // The ring around what the keyboard has in focus.
+    readonly property color focus: "#3ec6ff"
     function image(name) { return "qrc:/images/" + name + ".svg" }
 }

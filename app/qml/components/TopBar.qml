@@ -16,6 +16,9 @@ Rectangle {
         height: device.isPad ? 72 : 52
         Text {
             id: titleText
+            Accessible.role: Accessible.Heading
+            Accessible.ignored: !enabled
+            Accessible.name: text
             anchors.centerIn: parent
             font.family: Theme.fontFamily
             font.pixelSize: device.isPad ? 28 : 21
@@ -25,6 +28,11 @@ Rectangle {
         Rectangle {
             objectName: "backButton"
             visible: bar.showBack
+            Accessible.role: Accessible.Button
+            Accessible.ignored: !enabled
+            Accessible.name: A11y.text("a11y.back")
+            Accessible.onPressAction: bar.back()
+            activeFocusOnTab: true
             anchors.left: parent.left
             anchors.leftMargin: 10
             anchors.verticalCenter: parent.verticalCenter
@@ -35,6 +43,7 @@ Rectangle {
             border.color: "#55ffffff"
             // An arrow that points to the start side: right in Arabic.
             Text {
+                Accessible.ignored: true
                 anchors.centerIn: parent
                 text: "→"
                 font.pixelSize: parent.height * 0.55

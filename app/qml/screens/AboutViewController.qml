@@ -46,7 +46,16 @@ Item {
                 color: "#ffffff"
             }
         }
-        MouseArea { id: area; anchors.fill: parent; onClicked: hub.tapped() }
+        MouseArea {
+            id: area
+            anchors.fill: parent
+            onClicked: hub.tapped()
+            Accessible.role: Accessible.Button
+            Accessible.name: hub.label
+            Accessible.ignored: !enabled
+            Accessible.onPressAction: hub.tapped()
+            activeFocusOnTab: true
+        }
     }
 
     Column {
@@ -87,12 +96,13 @@ Item {
             spacing: 14 * screen.u
             Repeater {
                 model: [
-                    { "name": "openFacebookPage", "label": "f", "color": "#1877f2" },
-                    { "name": "openTwitterPage", "label": "X", "color": "#0f1419" },
-                    { "name": "openInstagramPage", "label": "◎", "color": "#d6249f" }
+                    { "name": "openFacebookPage", "label": "f", "spoken": "a11y.facebook", "color": "#1877f2" },
+                    { "name": "openTwitterPage", "label": "X", "spoken": "a11y.x", "color": "#0f1419" },
+                    { "name": "openInstagramPage", "label": "◎", "spoken": "a11y.instagram", "color": "#d6249f" }
                 ]
                 delegate: BrandIcon {
                     objectName: modelData.name
+                    accessibleName: A11y.text(modelData.spoken)
                     side: 52 * screen.u
                     glyph: modelData.label
                     disc: modelData.color

@@ -102,6 +102,12 @@ Item {
             MouseArea {
                 anchors.fill: parent
                 onClicked: controller.tableViewDidSelectRowAtIndexPath(index)
+                Accessible.role: Accessible.ListItem
+                Accessible.name: modelData.desc + (modelData.achieved ? "، " + A11y.text("a11y.done") : "")
+                Accessible.description: A11y.text("a11y.reward").arg(modelData.reward)
+                Accessible.ignored: !enabled
+                Accessible.onPressAction: controller.tableViewDidSelectRowAtIndexPath(index)
+                activeFocusOnTab: true
             }
         }
     }

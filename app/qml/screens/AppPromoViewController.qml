@@ -34,7 +34,15 @@ Item {
         Behavior on scale { NumberAnimation { duration: 260; easing.type: Easing.OutBack } }
         Behavior on opacity { NumberAnimation { duration: 200 } }
 
-        MouseArea { anchors.fill: parent; onClicked: screen.card.handleSingleTap() }
+        MouseArea {
+            anchors.fill: parent
+            onClicked: screen.card.handleSingleTap()
+            Accessible.role: Accessible.Button
+            Accessible.name: A11y.text("a11y.promo")
+            Accessible.ignored: !enabled
+            Accessible.onPressAction: screen.card.handleSingleTap()
+            activeFocusOnTab: true
+        }
 
         Column {
             id: column
@@ -108,7 +116,16 @@ Item {
                     font.bold: true
                     color: "#ffffff"
                 }
-                MouseArea { id: downloadArea; anchors.fill: parent; onClicked: screen.card.gotoAppAction() }
+                MouseArea {
+                    id: downloadArea
+                    anchors.fill: parent
+                    onClicked: screen.card.gotoAppAction()
+                    Accessible.role: Accessible.Button
+                    Accessible.name: "تحميل"
+                    Accessible.ignored: !enabled
+                    Accessible.onPressAction: screen.card.gotoAppAction()
+                    activeFocusOnTab: true
+                }
             }
         }
         Rectangle {
@@ -121,7 +138,15 @@ Item {
             radius: width / 2
             color: "#80000000"
             Text { anchors.centerIn: parent; text: "✕"; color: "#ffffff"; font.pixelSize: 16 * screen.u }
-            MouseArea { anchors.fill: parent; onClicked: screen.card.closeAction() }
+            MouseArea {
+                anchors.fill: parent
+                onClicked: screen.card.closeAction()
+                Accessible.role: Accessible.Button
+                Accessible.name: A11y.text("a11y.close")
+                Accessible.ignored: !enabled
+                Accessible.onPressAction: screen.card.closeAction()
+                activeFocusOnTab: true
+            }
         }
     }
 }

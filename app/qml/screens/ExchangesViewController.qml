@@ -92,6 +92,13 @@ Item {
                 MouseArea {
                     anchors.fill: parent
                     onClicked: controller.segmentChanged(index)
+                    Accessible.role: Accessible.PageTab
+                    Accessible.name: modelData
+                    Accessible.ignored: !enabled
+                    Accessible.onPressAction: controller.segmentChanged(index)
+                    Accessible.checkable: true
+                    Accessible.checked: controller.segment === index
+                    activeFocusOnTab: true
                 }
             }
         }

@@ -76,6 +76,11 @@ Item {
                                 anchors.fill: parent
                                 anchors.margins: -8 * screen.u
                                 onClicked: controller.removeRecipient(modelData.playerID)
+                                Accessible.role: Accessible.Button
+                                Accessible.name: A11y.text("a11y.removeRecipient").arg(modelData.name)
+                                Accessible.ignored: !enabled || !parent.visible
+                                Accessible.onPressAction: controller.removeRecipient(modelData.playerID)
+                                activeFocusOnTab: parent.visible
                             }
                         }
                     }
@@ -126,6 +131,13 @@ Item {
                     MouseArea {
                         anchors.fill: parent
                         onClicked: controller.addFoundPlayer(modelData.playerID)
+                        Accessible.role: Accessible.CheckBox
+                        Accessible.name: modelData.name
+                        Accessible.checkable: true
+                        Accessible.checked: modelData.added
+                        Accessible.ignored: !enabled
+                        Accessible.onPressAction: controller.addFoundPlayer(modelData.playerID)
+                        activeFocusOnTab: true
                     }
                 }
             }

@@ -40,9 +40,16 @@ Item {
                         font.bold: index === controller.currentPageIndex
                         color: index === controller.currentPageIndex ? "#ffffff" : "#bbffffff"
                     }
-                    MouseArea {
+MouseArea {
                         anchors.fill: parent
                         onClicked: controller.tapSegmentButton(index)
+                        Accessible.role: Accessible.PageTab
+                        Accessible.name: modelData
+                        Accessible.ignored: !enabled
+                        Accessible.onPressAction: controller.tapSegmentButton(index)
+                        Accessible.checkable: true
+                        Accessible.checked: index === controller.currentPageIndex
+                        activeFocusOnTab: true
                     }
                 }
             }

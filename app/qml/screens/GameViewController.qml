@@ -7,12 +7,17 @@ Item {
     id: screen
     property QtObject controller
     anchors.fill: parent
+    // How to play, the help popup or the share panel is up: what lies under it is out of reach, for a tap (the
+    // overlay takes it) as for a screen reader.
+    readonly property bool overlayUp: controller.helpPopupVisible || controller.revealViewVisible
+                                      || controller.shareView !== null
 
     Background {}
 
     // Top bar: back, the level's number, gold and skips.
     Rectangle {
         id: topBar
+        enabled: !screen.overlayUp
         x: controller.topBarFrame.x
         y: controller.topBarFrame.y
         width: controller.topBarFrame.width
@@ -32,6 +37,11 @@ Item {
 
             Rectangle {
                 objectName: "battleCloseButton"
+                Accessible.role: Accessible.Button
+                Accessible.ignored: !enabled
+                Accessible.name: A11y.text("a11y.leaveBattle")
+                Accessible.onPressAction: controller.closeBattleButtonTapped()
+                activeFocusOnTab: true
                 anchors.left: parent.left
                 anchors.leftMargin: 10
                 anchors.verticalCenter: parent.verticalCenter
@@ -54,6 +64,9 @@ Item {
             }
             Text {
                 objectName: "battleQuestion"
+                Accessible.role: Accessible.Heading
+                Accessible.ignored: !enabled
+                Accessible.name: text
                 anchors.left: parent.left
                 anchors.leftMargin: parent.height * 0.9
                 anchors.right: clock.left
@@ -70,6 +83,9 @@ Item {
             Rectangle {
                 id: clock
                 objectName: "battleClock"
+                Accessible.role: Accessible.StaticText
+                Accessible.ignored: !enabled
+                Accessible.name: A11y.text("a11y.secondsLeft").arg(controller.battleSecondsText)
                 anchors.right: parent.right
                 anchors.rightMargin: 10
                 anchors.verticalCenter: parent.verticalCenter
@@ -102,6 +118,11 @@ Item {
             Rectangle {
                 objectName: "backButton"
                 visible: controller.canGoBack
+                Accessible.role: Accessible.Button
+                Accessible.ignored: !enabled
+                Accessible.name: A11y.text("a11y.back")
+                Accessible.onPressAction: controller.goBack(null)
+                activeFocusOnTab: true
                 anchors.left: parent.left
                 anchors.leftMargin: 10
                 anchors.verticalCenter: parent.verticalCenter
@@ -124,7 +145,13 @@ Item {
             }
             // Asks friends for help: the share panel with a picture of the level.
             Rectangle {
+                id: shareLevelButton
                 objectName: "shareLevelButton"
+                Accessible.role: Accessible.Button
+                Accessible.ignored: !enabled
+                Accessible.name: A11y.text("a11y.askFriends")
+                Accessible.onPressAction: controller.shareLevelWithFriends(null)
+                activeFocusOnTab: true
                 anchors.left: parent.left
                 anchors.leftMargin: controller.canGoBack ? 18 + parent.height * 0.7 : 10
                 anchors.verticalCenter: parent.verticalCenter
@@ -141,12 +168,30 @@ Item {
                     color: Theme.gold
                 }
                 MouseArea {
+                    id: shareLevelArea
                     anchors.fill: parent
+                    hoverEnabled: true
                     onClicked: controller.shareLevelWithFriends(null)
+                }
+                Rectangle {
+                    visible: shareLevelButton.activeFocus
+                    anchors.fill: parent
+                    anchors.margins: -3
+                    radius: width / 2
+                    color: "transparent"
+                    border.color: Theme.focus
+                    border.width: 3
+                }
+                ShortcutTip {
+                    hovered: shareLevelArea.containsMouse
+                    text: controller.helpToolTip(4)
                 }
             }
             Rectangle {
                 objectName: "levelBadge"
+                Accessible.role: Accessible.StaticText
+                Accessible.ignored: !enabled
+                Accessible.name: A11y.text("a11y.level").arg(controller.levelText)
                 anchors.horizontalCenter: parent.horizontalCenter
                 anchors.verticalCenter: parent.verticalCenter
                 height: parent.height * 0.7
@@ -157,6 +202,7 @@ Item {
                 border.width: 1.5
                 Row {
                     id: levelRow
+                    Accessible.ignored: true
                     anchors.centerIn: parent
                     spacing: 6
                     Text {
@@ -184,6 +230,12 @@ Item {
                 spacing: 6
                 Pill {
                     objectName: "creditsPill"
+                    Accessible.role: Accessible.Button
+                    Accessible.ignored: !enabled
+                    Accessible.name: A11y.text("a11y.gold").arg(controller.creditsText)
+                    Accessible.description: A11y.text("a11y.openStore")
+                    Accessible.onPressAction: controller.openStore(null)
+                    activeFocusOnTab: true
                     height: topBar.height > 60 && !device.isPad ? 34 : (device.isPad ? 40 : 32)
                     fontSize: device.isPad ? 18 : 14
                     glyph: "$"
@@ -195,6 +247,7 @@ Item {
                 }
                 Pill {
                     objectName: "skipsPill"
+                    Accessible.name: A11y.text("a11y.skips").arg(controller.skipsText)
                     height: topBar.height > 60 && !device.isPad ? 34 : (device.isPad ? 40 : 32)
                     fontSize: device.isPad ? 18 : 14
                     disc: "#7fd3ff"
@@ -230,6 +283,7 @@ Item {
     }
 
     WordViewItem {
+        enabled: !screen.overlayUp
         x: controller.gameViewFrame.x
         y: controller.gameViewFrame.y
         width: controller.gameViewFrame.width
@@ -242,6 +296,7 @@ Item {
     Item {
         id: workView
         objectName: "workView"
+        enabled: !screen.overlayUp
         x: controller.workViewFrame.x
         y: controller.workViewFrame.y
         width: controller.workViewFrame.width
@@ -251,6 +306,7 @@ Item {
         Image {
             id: solutionBar
             objectName: "solutionBar"
+            Accessible.ignored: true
             x: controller.solutionBarFrame.x
             y: controller.solutionBarFrame.y
             width: controller.solutionBarFrame.width
@@ -263,6 +319,24 @@ Item {
             model: controller.boxes
             delegate: Image {
                 objectName: "box" + index
+                // The tile standing in this box, if any: it is read, and pressed, as the box.
+                readonly property QtObject occupant: {
+                    for (const tile of controller.tiles) {
+                        if (tile.box === index && tile.onScreen)
+                            return tile;
+                    }
+                    return null;
+                }
+                Accessible.role: Accessible.Button
+                Accessible.ignored: !enabled
+                Accessible.name: A11y.text("a11y.box").arg(index + 1).arg(controller.boxes.length)
+                    .arg(occupant ? occupant.text : A11y.text("a11y.boxEmpty"))
+                Accessible.onPressAction: {
+                    const at = occupant ? controller.tiles.indexOf(occupant) : -1;
+                    if (at >= 0 && occupant.recognizer !== 0)
+                        controller.tapTile(at);
+                }
+                activeFocusOnTab: true
                 x: solutionBar.x + modelData.frame.x
                 y: solutionBar.y + modelData.frame.y
                 width: modelData.frame.width
@@ -270,6 +344,16 @@ Item {
                 source: Theme.image(modelData.image)
                 sourceSize.width: 128
                 sourceSize.height: 160
+            }
+        }
+        // The tray in reading order, before the help row under it, so that a screen reader and the tab key meet
+        // the tiles as they are seen (the tiles' own order is the answer's).
+        Repeater {
+            model: controller.trayOrder
+            delegate: LetterTile {
+                objectName: "tile" + modelData
+                label: controller.tiles[modelData]
+                onTapped: controller.tapTile(modelData)
             }
         }
         // The help row, read right to left: a letter, the removal of wrong letters, a skip, and all help.
@@ -286,7 +370,9 @@ Item {
                 width: helpRow.unit * 3
                 height: helpRow.height
                 text: "حرف"
+                accessibleName: A11y.text("a11y.revealLetter")
                 cost: controller.revealCostText
+                toolTip: controller.helpToolTip(1)
                 onClicked: controller.revealLetter(null)
             }
             HelpButton {
@@ -294,7 +380,9 @@ Item {
                 width: helpRow.unit * 3
                 height: helpRow.height
                 text: "حذف"
+                accessibleName: A11y.text("a11y.removeWrong")
                 cost: controller.removeCostText
+                toolTip: controller.helpToolTip(2)
                 onClicked: controller.removeWrongLetters(null)
             }
             HelpButton {
@@ -302,9 +390,11 @@ Item {
                 width: helpRow.unit * 2.4
                 height: helpRow.height
                 text: "تجاوز"
+                accessibleName: A11y.text("a11y.skipLevel")
                 cost: controller.skipsText
                 costGlyph: "»"
                 costDisc: "#7fd3ff"
+                toolTip: controller.helpToolTip(3)
                 onClicked: controller.skipLevel(null)
             }
             HelpButton {
@@ -312,16 +402,10 @@ Item {
                 width: helpRow.unit * 1.6
                 height: helpRow.height
                 text: "؟"
+                accessibleName: A11y.text("a11y.moreHelp")
                 fontScale: 1.6
+                toolTip: controller.helpToolTip(9)
                 onClicked: controller.showRevealView(null)
-            }
-        }
-        Repeater {
-            model: controller.tiles
-            delegate: LetterTile {
-                objectName: "tile" + index
-                label: modelData
-                onTapped: controller.tapTile(index)
             }
         }
     }
@@ -329,6 +413,7 @@ Item {
     // The banner's strip along the bottom.
     Item {
         objectName: "adsView"
+        enabled: !screen.overlayUp
         x: controller.adsView.frame.x
         y: controller.adsView.frame.y
         width: controller.adsView.frame.width

@@ -44,7 +44,15 @@ Item {
         radius: width / 2
         color: "#33ffffff"
         Text { anchors.centerIn: parent; text: "✕"; color: "#ffffff"; font.pixelSize: 18 * screen.u }
-        MouseArea { anchors.fill: parent; onClicked: controller.goBack() }
+        MouseArea {
+            anchors.fill: parent
+            onClicked: controller.goBack()
+            Accessible.role: Accessible.Button
+            Accessible.name: A11y.text("a11y.close")
+            Accessible.ignored: !enabled
+            Accessible.onPressAction: controller.goBack()
+            activeFocusOnTab: true
+        }
     }
 
     component Line: Text {

@@ -42,7 +42,15 @@ Item {
                 width: 58 * screen.u; height: width
                 playerID: controller.localPlayerID
                 name: controller.playerName
-                MouseArea { anchors.fill: parent; onClicked: controller.tapImage() }
+                MouseArea {
+                    anchors.fill: parent
+                    onClicked: controller.tapImage()
+                    Accessible.role: Accessible.Button
+                    Accessible.name: A11y.text("a11y.photo").arg(controller.playerName)
+                    Accessible.ignored: !enabled
+                    Accessible.onPressAction: controller.tapImage()
+                    activeFocusOnTab: true
+                }
             }
             Column {
                 anchors.verticalCenter: parent.verticalCenter
@@ -120,7 +128,17 @@ Item {
                     font.bold: true
                     color: seg.selected === index ? Theme.ink : "#ffffff"
                 }
-                MouseArea { anchors.fill: parent; onClicked: seg.picked(index) }
+                MouseArea {
+                    anchors.fill: parent
+                    onClicked: seg.picked(index)
+                    Accessible.role: Accessible.PageTab
+                    Accessible.name: modelData
+                    Accessible.ignored: !enabled
+                    Accessible.onPressAction: seg.picked(index)
+                    Accessible.checkable: true
+                    Accessible.checked: seg.selected === index
+                    activeFocusOnTab: true
+                }
             }
         }
     }
@@ -282,7 +300,15 @@ Item {
                 font.pixelSize: 14 * screen.u
                 color: "#6b5a3a"
             }
-            MouseArea { anchors.fill: parent; onClicked: controller.openPlayer(index) }
+            MouseArea {
+                anchors.fill: parent
+                onClicked: controller.openPlayer(index)
+                Accessible.role: Accessible.ListItem
+                Accessible.name: A11y.text("a11y.leaderRow").arg(model.rank).arg(model.name).arg(model.score)
+                Accessible.ignored: !enabled
+                Accessible.onPressAction: controller.openPlayer(index)
+                activeFocusOnTab: true
+            }
         }
         Connections {
             target: screen.controller

@@ -36,7 +36,15 @@ Item {
                 font.bold: true
                 color: "#ffffff"
             }
-            MouseArea { anchors.fill: parent; onClicked: controller.openAbout() }
+            MouseArea {
+                anchors.fill: parent
+                onClicked: controller.openAbout()
+                Accessible.role: Accessible.Button
+                Accessible.name: A11y.text("a11y.about")
+                Accessible.ignored: !enabled
+                Accessible.onPressAction: controller.openAbout()
+                activeFocusOnTab: true
+            }
         }
         // The tip of the day, beside it.
         Rectangle {
@@ -58,10 +66,19 @@ Item {
                 font.bold: true
                 color: Theme.gold
             }
-            MouseArea { anchors.fill: parent; onClicked: controller.showTipOfTheDay() }
+            MouseArea {
+                anchors.fill: parent
+                onClicked: controller.showTipOfTheDay()
+                Accessible.role: Accessible.Button
+                Accessible.name: A11y.text("a11y.tip")
+                Accessible.ignored: !enabled
+                Accessible.onPressAction: controller.showTipOfTheDay()
+                activeFocusOnTab: true
+            }
         }
     }
     PromoPanel {
+        id: promo
         u: screen.u
         width: Math.min(parent.width - 24 * screen.u, 520)
         anchors.horizontalCenter: parent.horizontalCenter
@@ -121,8 +138,37 @@ Item {
                     }
                 }
                 MouseArea {
+                    id: cellArea
                     anchors.fill: parent
                     onClicked: controller.collectionViewDidSelectItemAtIndexPath(index)
+                    // One focus for Tab and the arrows: the level Tab reaches takes the ring, and the level an
+                    // arrow moves the ring to takes the keys (so Enter presses the level the ring is on).
+                    onActiveFocusChanged: if (activeFocus) controller.focusOn(index)
+                    Connections {
+                        target: controller
+                        function onFocusChanged() {
+                            if (controller.focusShown && controller.focusIndex === index && !cellArea.activeFocus)
+                                cellArea.forceActiveFocus()
+                        }
+                    }
+                    // "المرحلة 7، محلولة" / "الحالية" / "مقفلة".
+                    Accessible.role: Accessible.Button
+                    Accessible.name: A11y.text("a11y.level").arg(modelData.number) + "، "
+                        + A11y.text(cell.state === 0 ? "a11y.solved" : cell.state === 1 ? "a11y.current" : "a11y.locked")
+                    Accessible.ignored: !enabled
+                    Accessible.onPressAction: controller.collectionViewDidSelectItemAtIndexPath(index)
+                    activeFocusOnTab: true
+                }
+                // The keyboard's focus ring, around the cell.
+                Rectangle {
+                    objectName: "levelFocus"
+                    visible: controller.focusShown && controller.focusIndex === index
+                    anchors.fill: parent
+                    anchors.margins: -5 * screen.u
+                    radius: 18 * screen.u
+                    color: "transparent"
+                    border.color: Theme.focus
+                    border.width: 3
                 }
             }
         }
@@ -156,20 +202,22 @@ Item {
             }
         }
     }
-    // The maker's pages, at the foot of the screen.
+    // The maker's pages, at the foot of the screen above the promotion panel.
     Row {
-        anchors.bottom: parent.bottom
-        anchors.bottomMargin: 24 * screen.u
+        objectName: "socialIcons"
+        anchors.bottom: promo.top
+        anchors.bottomMargin: 12 * screen.u
         anchors.horizontalCenter: parent.horizontalCenter
         spacing: 16 * screen.u
         Repeater {
             model: [
-                { "name": "openFacebookPage", "glyph": "f", "color": "#1877f2" },
-                { "name": "openTwitterPage", "glyph": "X", "color": "#0f1419" },
-                { "name": "openInstaPage", "glyph": "◎", "color": "#d6249f" }
+                { "name": "openFacebookPage", "glyph": "f", "spoken": "a11y.facebook", "color": "#1877f2" },
+                { "name": "openTwitterPage", "glyph": "X", "spoken": "a11y.x", "color": "#0f1419" },
+                { "name": "openInstaPage", "glyph": "◎", "spoken": "a11y.instagram", "color": "#d6249f" }
             ]
             delegate: BrandIcon {
                 objectName: modelData.name
+                accessibleName: A11y.text(modelData.spoken)
                 side: 40 * screen.u
                 glyph: modelData.glyph
                 disc: modelData.color

@@ -35,6 +35,9 @@ Item {
             spacing: 18
 
             Text {
+                Accessible.role: Accessible.Heading
+                Accessible.ignored: !enabled
+                Accessible.name: text
                 width: parent.width
                 text: controller.titleText
                 font.family: Theme.fontFamily
@@ -44,6 +47,7 @@ Item {
                 horizontalAlignment: Text.AlignHCenter
             }
             Text {
+                Accessible.ignored: true
                 width: parent.width
                 text: "الحل"
                 font.family: Theme.fontFamily
@@ -52,6 +56,9 @@ Item {
                 horizontalAlignment: Text.AlignHCenter
             }
             Rectangle {
+                Accessible.role: Accessible.StaticText
+                Accessible.ignored: !enabled
+                Accessible.name: A11y.text("a11y.solution").arg(controller.solutionText)
                 anchors.horizontalCenter: parent.horizontalCenter
                 width: Math.min(parent.width, answer.implicitWidth + 48)
                 height: answer.implicitHeight + 16
@@ -60,6 +67,7 @@ Item {
                 Text {
                     id: answer
                     objectName: "solutionText"
+                    Accessible.ignored: true
                     anchors.centerIn: parent
                     text: controller.solutionText
                     font.family: Theme.fontFamily
@@ -73,12 +81,14 @@ Item {
                 spacing: 12
                 Pill {
                     objectName: "creditsWon"
+                    Accessible.name: A11y.text("a11y.gold").arg(text)
                     text: "+" + controller.creditsText
                     glyph: "$"
                     color: "#3b2f73"
                 }
                 Pill {
                     objectName: "pointsWon"
+                    Accessible.name: A11y.text("a11y.points").arg(text)
                     text: "+" + controller.pointsText
                     disc: "#9be28f"
                     glyph: "★"
@@ -89,6 +99,12 @@ Item {
             Rectangle {
                 id: gcView
                 objectName: "gcView"
+                Accessible.role: Accessible.Button
+                Accessible.ignored: !enabled
+                Accessible.name: A11y.text("a11y.leaderboard")
+                Accessible.description: rankColumn.visibleText
+                Accessible.onPressAction: controller.openLeaderboardAction()
+                activeFocusOnTab: true
                 width: parent.width
                 height: rankColumn.implicitHeight + 16
                 radius: 14
@@ -108,6 +124,11 @@ Item {
                 }
                 Column {
                     id: rankColumn
+                    // What the card says, for a screen reader, in one line.
+                    readonly property string visibleText: [controller.rankIsChangedLabel,
+                        controller.currentRankText.length > 0 ? "ترتيبك " + controller.currentRankText : "",
+                        controller.rankRose ? controller.rankChangeText : ""].filter(t => t.length > 0).join("، ")
+                    Accessible.ignored: true
                     anchors.centerIn: parent
                     width: parent.width - 20
                     spacing: 4

@@ -106,9 +106,14 @@ Item {
                 font.underline: true
                 color: Theme.accent
                 horizontalAlignment: Text.AlignHCenter
-                MouseArea {
+MouseArea {
                     anchors.fill: parent
                     onClicked: screen.creating = !screen.creating
+                    Accessible.role: Accessible.Link
+                    Accessible.name: parent.text
+                    Accessible.ignored: !enabled
+                    Accessible.onPressAction: screen.creating = !screen.creating
+                    activeFocusOnTab: true
                 }
             }
             Text {
@@ -119,9 +124,14 @@ Item {
                 font.pixelSize: 14
                 color: "#8a7a5a"
                 horizontalAlignment: Text.AlignHCenter
-                MouseArea {
+MouseArea {
                     anchors.fill: parent
                     onClicked: controller.cancel()
+                    Accessible.role: Accessible.Button
+                    Accessible.name: parent.text
+                    Accessible.ignored: !enabled
+                    Accessible.onPressAction: controller.cancel()
+                    activeFocusOnTab: true
                 }
             }
         }

@@ -25,6 +25,7 @@ Item {
             spacing: 8
             Pill {
                 objectName: "creditsPill"
+                Accessible.name: A11y.text("a11y.gold").arg(controller.creditsLabel)
                 text: controller.creditsLabel
                 glyph: "$"
                 fontSize: 15 * screen.u
@@ -32,6 +33,7 @@ Item {
             }
             Pill {
                 objectName: "skipsPill"
+                Accessible.name: A11y.text("a11y.skips").arg(controller.skipsLabel)
                 text: controller.skipsLabel
                 disc: "#7fd3ff"
                 glyph: "»"
@@ -47,6 +49,11 @@ Item {
             ]
             delegate: Rectangle {
                 objectName: modelData.name
+                Accessible.role: Accessible.Button
+                Accessible.ignored: !enabled
+                Accessible.name: A11y.text(modelData.name === "shareButton" ? "a11y.share" : "a11y.rate")
+                Accessible.onPressAction: modelData.name === "shareButton" ? controller.shareAction() : controller.rateAction()
+                activeFocusOnTab: true
                 anchors.right: parent.right
                 anchors.rightMargin: modelData.offset * (34 * screen.u + 8)
                 width: 34 * screen.u
@@ -55,6 +62,7 @@ Item {
                 color: "#66000000"
                 border.color: "#33ffffff"
                 Text {
+                    Accessible.ignored: true
                     anchors.centerIn: parent
                     text: modelData.glyph
                     font.pixelSize: 18 * screen.u
@@ -69,6 +77,11 @@ Item {
         Rectangle {
             id: aboutButton
             objectName: "aboutButton"
+            Accessible.role: Accessible.Button
+            Accessible.ignored: !enabled
+            Accessible.name: A11y.text("a11y.about")
+            Accessible.onPressAction: controller.openAbout()
+            activeFocusOnTab: true
             anchors.right: settingsButton.left
             anchors.rightMargin: 8
             width: 34 * screen.u
@@ -77,6 +90,7 @@ Item {
             color: "#66000000"
             border.color: "#33ffffff"
             Text {
+                Accessible.ignored: true
                 anchors.centerIn: parent
                 text: "i"
                 font.family: Theme.fontFamily
@@ -89,6 +103,11 @@ Item {
         Rectangle {
             id: settingsButton
             objectName: "settingsButton"
+            Accessible.role: Accessible.Button
+            Accessible.ignored: !enabled
+            Accessible.name: A11y.text("a11y.settings")
+            Accessible.onPressAction: controller.openSettings()
+            activeFocusOnTab: true
             anchors.right: parent.right
             width: 34 * screen.u
             height: width
@@ -96,6 +115,7 @@ Item {
             color: "#66000000"
             border.color: "#33ffffff"
             Text {
+                Accessible.ignored: true
                 anchors.centerIn: parent
                 text: "⚙"
                 font.pixelSize: 20 * screen.u
@@ -111,6 +131,9 @@ Item {
             height: titleText.implicitHeight
             Text {
                 id: titleText
+                Accessible.role: Accessible.Heading
+                Accessible.ignored: !enabled
+                Accessible.name: text
                 anchors.horizontalCenter: parent.horizontalCenter
                 text: "طارفولين"
                 font.family: Theme.fontFamily
@@ -123,6 +146,11 @@ Item {
             Rectangle {
                 objectName: "promoView"
                 visible: controller.promoVisible
+                Accessible.role: Accessible.Button
+                Accessible.ignored: !enabled
+                Accessible.name: A11y.text("a11y.promo")
+                Accessible.onPressAction: controller.openPromoView()
+                activeFocusOnTab: true
                 // The layout is mirrored: "right" is the end side, on the left, clear of the title.
                 anchors.right: parent.right
                 anchors.verticalCenter: parent.verticalCenter
@@ -152,8 +180,15 @@ Item {
         // The rank card: a tap opens the ladder.
         Rectangle {
             objectName: "rankView"
+            Accessible.role: Accessible.Button
+            Accessible.ignored: !enabled
+            Accessible.name: A11y.text("a11y.rank").arg(controller.currentBadgeLabel)
+            Accessible.onPressAction: controller.openRankings()
+            activeFocusOnTab: true
+            Accessible.description: controller.currentBadgeDesc
             width: parent.width
-            height: 132 * screen.u
+            // Tall enough for its texts with a margin: the Arabic font's lines are tall.
+            height: Math.max(132 * screen.u, rankColumn.implicitHeight + 14 * screen.u)
             radius: 20 * screen.u
             color: "#14ffffff"
             border.color: "#30ffffff"
@@ -172,12 +207,13 @@ Item {
                 mipmap: true
             }
             Column {
+                id: rankColumn
                 anchors.right: badge.left
                 anchors.rightMargin: 14 * screen.u
                 anchors.left: parent.left
                 anchors.leftMargin: 14 * screen.u
                 anchors.verticalCenter: parent.verticalCenter
-                spacing: 6 * screen.u
+                spacing: 3 * screen.u
                 Text {
                     width: parent.width
                     text: "رتبتك"
@@ -220,12 +256,21 @@ Item {
                 ]
                 delegate: Rectangle {
                     objectName: modelData.name === "completedAchmtsLabel" ? "achievementsView" : ""
+                    // The figures read as "المرحلة 3"; the tasks' card opens the achievements.
+                    Accessible.role: modelData.name === "completedAchmtsLabel" ? Accessible.Button : Accessible.StaticText
+                    Accessible.ignored: !enabled
+                    Accessible.name: modelData.name === "completedAchmtsLabel"
+                        ? A11y.text("a11y.achievements") + ": " + modelData.value
+                        : modelData.caption + " " + modelData.value
+                    Accessible.onPressAction: if (modelData.name === "completedAchmtsLabel") controller.openAchievements()
+                    activeFocusOnTab: modelData.name === "completedAchmtsLabel"
                     width: (figures.parent.width - 3 * figures.spacing) / 4
                     height: 74 * screen.u
                     radius: 16 * screen.u
                     color: "#44000000"
                     border.color: "#26ffffff"
                     Column {
+                        Accessible.ignored: true
                         anchors.centerIn: parent
                         spacing: 2
                         Text {
@@ -274,6 +319,11 @@ Item {
         // The game service: the prompt to log in, or the player's place and how it moved in two days.
         Rectangle {
             objectName: "gamecenterView"
+            Accessible.role: Accessible.Button
+            Accessible.ignored: !enabled
+            Accessible.name: controller.notLoggedVisible ? A11y.text("a11y.login") : A11y.text("a11y.leaderboard") + ": " + controller.playerRankLabel
+            Accessible.onPressAction: controller.notLoggedVisible ? controller.loginToGameCenterAction() : controller.openGameCenter()
+            activeFocusOnTab: true
             width: parent.width
             height: 54 * screen.u
             radius: 16 * screen.u
@@ -397,6 +447,7 @@ Item {
                 fontSize: 15 * screen.u
                 tint: "#ff8a5c"
                 text: "⚔ معركة   " + controller.totalWinsLabel
+                accessibleName: A11y.text("a11y.battle").arg(controller.totalWinsLabel)
                 onClicked: controller.startBattle()
             }
         }

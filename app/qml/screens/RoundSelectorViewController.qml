@@ -36,7 +36,15 @@ Item {
                 font.bold: true
                 color: "#ffffff"
             }
-            MouseArea { anchors.fill: parent; onClicked: controller.openAbout() }
+            MouseArea {
+                anchors.fill: parent
+                onClicked: controller.openAbout()
+                Accessible.role: Accessible.Button
+                Accessible.name: A11y.text("a11y.about")
+                Accessible.ignored: !enabled
+                Accessible.onPressAction: controller.openAbout()
+                activeFocusOnTab: true
+            }
         }
     }
     PromoPanel {
@@ -60,6 +68,8 @@ Item {
         anchors.margins: 12 * screen.u
         spacing: 10 * screen.u
         clip: true
+        // The arrows go to the screen, which moves its focus in reading order.
+        keyNavigationEnabled: false
         model: controller.rows
         Connections {
             target: controller
@@ -67,11 +77,21 @@ Item {
                 if (controller.currentGroup < list.count)
                     list.positionViewAtIndex(controller.currentGroup, ListView.Center)
             }
+            // The keyboard's focus stays in sight, and its row takes the keys.
+            function onFocusChanged() {
+                if (!controller.focusShown || controller.focusIndex >= list.count)
+                    return
+                list.positionViewAtIndex(controller.focusIndex, ListView.Contain)
+                const row = list.itemAtIndex(controller.focusIndex)
+                if (row && !row.area.activeFocus)
+                    row.area.forceActiveFocus()
+            }
         }
         Component.onCompleted: if (controller.currentGroup < count) positionViewAtIndex(controller.currentGroup, ListView.Center)
 
         delegate: Rectangle {
             objectName: "round" + index
+            readonly property alias area: rowArea
             width: list.width
             height: 92 * screen.u
             radius: 18 * screen.u
@@ -188,8 +208,28 @@ Item {
                 }
             }
             MouseArea {
+                id: rowArea
                 anchors.fill: parent
                 onClicked: controller.tableViewDidSelectRowAtIndexPath(index)
+                // One focus for Tab and the arrows: the row Tab reaches takes the ring, and the row an arrow
+                // moves the ring to takes the keys (so Enter presses the row the ring is on).
+                onActiveFocusChanged: if (activeFocus) controller.focusOn(index)
+                Accessible.role: Accessible.ListItem
+                Accessible.name: "الجولة " + modelData.number + " · " + modelData.name + "، " + modelData.percent
+                Accessible.description: modelData.desc
+                Accessible.ignored: !enabled
+                Accessible.onPressAction: controller.tableViewDidSelectRowAtIndexPath(index)
+                activeFocusOnTab: true
+            }
+            // The keyboard's focus ring, inside the row (the list clips what is outside).
+            Rectangle {
+                objectName: "roundFocus"
+                visible: controller.focusShown && controller.focusIndex === index
+                anchors.fill: parent
+                radius: parent.radius
+                color: "transparent"
+                border.color: Theme.focus
+                border.width: 4
             }
         }
     }

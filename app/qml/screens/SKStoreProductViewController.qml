@@ -39,7 +39,16 @@ Item {
                 font.pixelSize: 17
                 font.bold: true
                 color: "#007aff"
-                MouseArea { anchors.fill: parent; anchors.margins: -10; onClicked: controller.done() }
+                MouseArea {
+                    anchors.fill: parent
+                    anchors.margins: -10
+                    onClicked: controller.done()
+                    Accessible.role: Accessible.Button
+                    Accessible.name: "تم"
+                    Accessible.ignored: !enabled
+                    Accessible.onPressAction: controller.done()
+                    activeFocusOnTab: true
+                }
             }
         }
         Rectangle { anchors.bottom: parent.bottom; width: parent.width; height: 1; color: "#d1d1d6" }
@@ -93,7 +102,16 @@ Item {
             radius: 22
             color: openArea.pressed ? "#0062cc" : "#007aff"
             Text { anchors.centerIn: parent; text: "افتح صفحة المتجر"; font.family: Theme.fontFamily; font.pixelSize: 16; font.bold: true; color: "#ffffff" }
-            MouseArea { id: openArea; anchors.fill: parent; onClicked: controller.openProductPage() }
+            MouseArea {
+                id: openArea
+                anchors.fill: parent
+                onClicked: controller.openProductPage()
+                Accessible.role: Accessible.Button
+                Accessible.name: "افتح صفحة المتجر"
+                Accessible.ignored: !enabled
+                Accessible.onPressAction: controller.openProductPage()
+                activeFocusOnTab: true
+            }
         }
     }
 }

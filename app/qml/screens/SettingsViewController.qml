@@ -21,7 +21,16 @@ Item {
     component Toggle: Rectangle {
         id: toggle
         property bool on: false
+        property string label
         signal toggled()
+        Accessible.role: Accessible.CheckBox
+        Accessible.name: label
+        Accessible.checkable: true
+        Accessible.checked: on
+        Accessible.ignored: !enabled
+        Accessible.onPressAction: toggle.toggled()
+        Accessible.onToggleAction: toggle.toggled()
+        activeFocusOnTab: true
         width: 58 * screen.u
         height: 32 * screen.u
         radius: height / 2
@@ -67,6 +76,7 @@ Item {
                     Caption { anchors.right: parent.right; anchors.verticalCenter: parent.verticalCenter; text: "المؤثرات الصوتية" }
                     Toggle {
                         objectName: "soundToggle"
+                        label: "المؤثرات الصوتية"
                         anchors.left: parent.left
                         anchors.verticalCenter: parent.verticalCenter
                         on: controller.soundOn
@@ -79,6 +89,7 @@ Item {
                     Caption { anchors.right: parent.right; anchors.verticalCenter: parent.verticalCenter; text: "الموسيقى" }
                     Toggle {
                         objectName: "musicToggle"
+                        label: "الموسيقى"
                         anchors.left: parent.left
                         anchors.verticalCenter: parent.verticalCenter
                         on: controller.musicOn
@@ -90,6 +101,20 @@ Item {
                 Item {
                     id: slider
                     objectName: "volumeSlider"
+                    // Read as a slider; a screen reader raises or lowers it a tenth at a time.
+                    Accessible.role: Accessible.Slider
+                    Accessible.name: "مستوى الصوت"
+                    Accessible.description: Math.round(value * 100) + "٪"
+                    Accessible.ignored: !enabled
+                    Accessible.onIncreaseAction: {
+                        controller.soundVolumeChanged(Math.min(1, value + 0.1))
+                        controller.soundSliderReleased()
+                    }
+                    Accessible.onDecreaseAction: {
+                        controller.soundVolumeChanged(Math.max(0, value - 0.1))
+                        controller.soundSliderReleased()
+                    }
+                    activeFocusOnTab: true
                     width: parent.width
                     height: 30 * screen.u
                     readonly property real value: controller.sliderValue
@@ -148,6 +173,13 @@ Item {
                         model: ["بدون", "مرة", "مرتين"]
                         delegate: Rectangle {
                             objectName: "segment" + index
+                            Accessible.role: Accessible.RadioButton
+                            Accessible.name: "التمرين الدماغي اليومي: " + modelData
+                            Accessible.checkable: true
+                            Accessible.checked: controller.selectedSegment === index
+                            Accessible.ignored: !enabled
+                            Accessible.onPressAction: controller.dailyNotificationsSegmentChanged(index)
+                            activeFocusOnTab: true
                             width: (trainingColumn.width - 12 * screen.u) / 3
                             height: 36 * screen.u
                             radius: 10 * screen.u

@@ -112,7 +112,16 @@ Item {
                 font.bold: true
                 color: "#ffffff"
             }
-            MouseArea { id: buyArea; anchors.fill: parent; onClicked: pack.buy() }
+            MouseArea {
+                id: buyArea
+                anchors.fill: parent
+                onClicked: pack.buy()
+                Accessible.role: Accessible.Button
+                Accessible.name: A11y.text("a11y.buy").arg(pack.credits).arg(pack.skips).arg(pack.price)
+                Accessible.ignored: !enabled
+                Accessible.onPressAction: pack.buy()
+                activeFocusOnTab: true
+            }
         }
         Rectangle {
             visible: pack.best

@@ -167,7 +167,15 @@ Item {
                             font.bold: true
                             color: controller.segment === index ? Theme.ink : "#ffffff"
                         }
-                        MouseArea { anchors.fill: parent; onClicked: controller.segmentChanged(index) }
+                        MouseArea {
+                            anchors.fill: parent
+                            onClicked: controller.segmentChanged(index)
+                            Accessible.role: Accessible.PageTab
+                            Accessible.name: modelData
+                            Accessible.ignored: !enabled
+                            Accessible.onPressAction: controller.segmentChanged(index)
+                            activeFocusOnTab: true
+                        }
                     }
                 }
             }

@@ -1,6 +1,7 @@
 #include "PictureBuilder.h"
 
 #include "PackScanner.h"
+#include "PictureDescriptions.h"
 #include "SceneFile.h"
 #include "SceneRenderer.h"
 
@@ -27,6 +28,7 @@ namespace {
 // Part of every picture's cache key: raise it when the drawing changes, so that old pictures are redrawn.
 constexpr int kRendererVersion = 3;
 const QString kCacheFile = QStringLiteral(".pictures-cache");
+const QString kDescriptionsFile = QStringLiteral("descriptions.tsv");
 
 bool readText(const QString& path, QString& text, Report& report) {
     QFile file(path);
@@ -108,6 +110,11 @@ BuildSummary buildPictures(const BuildOptions& options, Report& report) {
     QHash<QString, QByteArray> symbolHashes;
     std::vector<Job> jobs;
     QStringList files;
+    // What a screen reader says for each picture: "NAME_k<TAB>TEXT" lines, packed beside the pictures.
+    const SymbolKeys keys = SymbolKeys::load(QDir(options.svgDir).filePath(QStringLiteral("symbols.tsv")));
+    const ArabicNames arabic =
+        ArabicNames::load(QDir(options.svgDir).filePath(QStringLiteral("symbols-ar.tsv")));
+    QByteArray descriptions;
 
     for (const QString& name : names) {
         for (int k = 1; k <= kPicturesPerLevel; ++k) {
@@ -137,6 +144,9 @@ BuildSummary buildPictures(const BuildOptions& options, Report& report) {
                 }
                 key.addData(symbolHashes.value(symbol.stem));
             }
+            descriptions +=
+                (pictureName + QLatin1Char('\t') + describeScene(*scene, keys, arabic) + QLatin1Char('\n'))
+                    .toUtf8();
             const QString fileName = pictureName + QLatin1String(".jpg");
             const QString keyText = QString::fromLatin1(key.result().toHex());
             cache.insert(fileName, keyText);
@@ -203,6 +213,9 @@ BuildSummary buildPictures(const BuildOptions& options, Report& report) {
             cacheText += (file + QLatin1Char(' ') + cache.value(file) + QLatin1Char('\n')).toUtf8();
     }
     writeIfChanged(out.filePath(kCacheFile), cacheText);
+    if (!writeIfChanged(out.filePath(kDescriptionsFile), descriptions))
+        report.error(out.filePath(kDescriptionsFile), 0,
+                     QStringLiteral("cannot write the pictures' descriptions"));
 
     if (!options.qrcFile.isEmpty()) {
         QByteArray qrc = "<!DOCTYPE RCC>\n<RCC version=\"1.0\">\n<qresource prefix=\"/pictures\">\n";
@@ -210,6 +223,9 @@ BuildSummary buildPictures(const BuildOptions& options, Report& report) {
             qrc += QStringLiteral("  <file alias=\"%1\">%2</file>\n")
                        .arg(file, QFileInfo(out.filePath(file)).absoluteFilePath())
                        .toUtf8();
+        qrc += QStringLiteral("  <file alias=\"%1\">%2</file>\n")
+                   .arg(kDescriptionsFile, QFileInfo(out.filePath(kDescriptionsFile)).absoluteFilePath())
+                   .toUtf8();
         qrc += "</qresource>\n</RCC>\n";
         if (!writeIfChanged(options.qrcFile, qrc))
             report.error(options.qrcFile, 0, QStringLiteral("cannot write the resource listing"));
