@@ -50,7 +50,7 @@ public:
         wake_.notify_one();
     }
 
-    // Waits until everything handed in so far has been committed and answered.
+    // Waits until everything handed in so far has been committed, answered and let go.
     void drain() {
         std::unique_lock lock(mutex_);
         idle_.wait(lock, [this] { return waiting_.empty() && committing_ == 0; });
@@ -79,6 +79,9 @@ private:
             committing_ = n;
             lock.unlock();
             commit_(batch);
+            // The items go before the batch counts as done: what they hold (a connection waiting for its
+            // answer) must not outlive a caller that drained and then went away.
+            batch.clear();
             lock.lock();
             committing_ = 0;
             ++batches_;

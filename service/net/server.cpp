@@ -531,17 +531,20 @@ unsigned short Server::start() {
     acceptor_.bind(ep);
     acceptor_.listen(asio::socket_base::max_listen_connections);
     unsigned short port = acceptor_.local_endpoint().port();
+    // Every context is there before the first accept hands connections out among them.
+    const int n = std::max(1, config_.threads);
+    keepRunning_.push_back(asio::make_work_guard(io_));
+    for (int i = 1; i < n; ++i) {
+        keepRunning_.push_back(
+            asio::make_work_guard(*moreIo_.emplace_back(std::make_unique<asio::io_context>(1))));
+    }
     accept();
     if (config_.turnSweep.count() > 0) {
         sweepTurns();
     }
-    const int n = std::max(1, config_.threads);
-    keepRunning_.push_back(asio::make_work_guard(io_));
     threads_.emplace_back([this] { serve(io_); });
-    for (int i = 1; i < n; ++i) {
-        auto& io = *moreIo_.emplace_back(std::make_unique<asio::io_context>(1));
-        keepRunning_.push_back(asio::make_work_guard(io));
-        threads_.emplace_back([this, &io] { serve(io); });
+    for (auto& io : moreIo_) {
+        threads_.emplace_back([this, &io = *io] { serve(io); });
     }
     return port;
 }

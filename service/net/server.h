@@ -153,9 +153,10 @@ private:
 
     // Each serving thread runs an io_context of its own, and a connection stays on the one it was accepted
     // to: a request is read, answered and written by one thread, with no hand-over between threads. io_ is
-    // the first of them; it also holds the acceptor and the timers.
-    boost::asio::io_context io_{1};
+    // the first of them; it also holds the acceptor and the timers. An accept under way on io_ holds a
+    // socket of the context it was meant for, so the others are declared first and outlive io_.
     std::vector<std::unique_ptr<boost::asio::io_context>> moreIo_;
+    boost::asio::io_context io_{1};
     std::vector<boost::asio::executor_work_guard<boost::asio::io_context::executor_type>> keepRunning_;
     std::size_t nextIo_ = 0; // on the acceptor's strand
     boost::asio::ip::tcp::acceptor acceptor_;

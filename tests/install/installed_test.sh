@@ -84,7 +84,7 @@ done
 health="$(curl -fsS "http://127.0.0.1:$port/healthz")" || fail "the installed service's health check"
 echo "[ installed service: /healthz on port $port answered $health ]"
 kill "$service_pid"
-wait "$service_pid" || fail "the installed service did not stop cleanly on SIGTERM"
+wait "$service_pid" || { tail -40 "$work/service.log" >&2; fail "the installed service did not stop cleanly on SIGTERM"; }
 service_pid=""
 
 # The content tool checks the shipped level file.

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -91,6 +92,23 @@ TEST(GroupCommit, EndingCommitsEverythingHandedIn) {
         }
     }
     EXPECT_EQ(committed.load(), 1000);
+}
+
+// A report's item holds its connection; a server that drained its reports and goes away must find every
+// connection let go, not one still held by the committing thread's last batch.
+TEST(GroupCommit, ADrainedCommitHoldsNothingOfWhatItCommitted) {
+    GroupCommit<std::shared_ptr<int>> commits(8, [](std::vector<std::shared_ptr<int>>& batch) {
+        for (auto& item : batch) {
+            ++*item;
+        }
+    });
+    for (int round = 0; round < 3; ++round) {
+        auto connection = std::make_shared<int>(0);
+        commits.submit(connection);
+        commits.drain();
+        EXPECT_EQ(*connection, 1);
+        EXPECT_EQ(connection.use_count(), 1) << "round " << round;
+    }
 }
 
 TEST(RecentCache, AnEntryIsTrustedForItsTimeAndNotWhenTheClockGoesBack) {
