@@ -11,6 +11,14 @@ Item {
     objectName: "adOverlay"
     visible: adPresenter.visible
     z: 900
+    // It has the keyboard while it is up: Escape is its close button (a rewarded ad's gives the reward up
+    // until the time is over, as a tap on it does); Enter or Space presses what Tab reached. Nothing reaches
+    // the screens below.
+    Keys.onPressed: (event) => {
+        if (!A11y.pressFocused(event, Window.activeFocusItem, [overlay]) && event.key === Qt.Key_Escape)
+            adPresenter.close()
+        event.accepted = event.key !== Qt.Key_Tab && event.key !== Qt.Key_Backtab
+    }
 
     readonly property QtObject ad: adPresenter.ad
     readonly property bool picture: ad !== null && ad.kind === "picture"

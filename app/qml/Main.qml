@@ -17,7 +17,7 @@ Window {
     // An overlay covers every screen: the screens take neither touches nor the keyboard's focus meanwhile.
     readonly property bool covered: alerts.visible || progressHud.visible || paymentSheet.visible
                                     || shareSheet.visible || adPresenter.visible
-    // The keyboard's focus: on the alert or the sheet that is up, else on the screen in front.
+    // The keyboard's focus: on the alert, the sheet or the full-screen ad that is up, else on the screen in front.
     function focusFront() {
         if (alerts.visible) {
             alertOverlay.forceActiveFocus()
@@ -25,6 +25,10 @@ Window {
         }
         if (paymentSheet.visible || shareSheet.visible) {
             (paymentSheet.visible ? paymentSheetOverlay : shareSheetOverlay).forceActiveFocus()
+            return
+        }
+        if (adPresenter.visible) {
+            adOverlay.forceActiveFocus()
             return
         }
         const front = presentedScreens.count > 0 ? presentedScreens.itemAt(presentedScreens.count - 1)
@@ -67,6 +71,7 @@ Window {
             anchors.fill: parent
         }
         AdOverlay {
+            id: adOverlay
             anchors.fill: parent
         }
         ShareSheetOverlay {

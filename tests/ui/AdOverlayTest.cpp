@@ -104,6 +104,17 @@ private slots:
         keepShot(window, "ad-interstitial-card");
         click(window, findItem(window, "adCloseButton"));
         QTRY_VERIFY(!isShown(window, "adOverlay"));
+        // From the keyboard: the ad has the keys while it is up, so a key the screen below would take stays
+        // with it, and Escape closes it as × does.
+        auto again = loadAd<GADInterstitialAd>("card");
+        QVERIFY(again);
+        again->presentFromRootViewController(&root);
+        QTRY_VERIFY(isShown(window, "adOverlay"));
+        QTRY_VERIFY(findItem(window, "adOverlay")->hasActiveFocus());
+        QTest::keyClick(window, Qt::Key_Return);
+        QVERIFY(isShown(window, "adOverlay"));
+        QTest::keyClick(window, Qt::Key_Escape);
+        QTRY_VERIFY(!isShown(window, "adOverlay"));
 
         // A picture, fitted; a tap on it is the call to action.
         QJsonObject picture = fakeAd("p1", "interstitial", "picture");
