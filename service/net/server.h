@@ -37,7 +37,7 @@ bool apiRequest(boost::beast::http::request<boost::beast::http::string_body>&& r
 
 struct ServerConfig {
     std::string address = "0.0.0.0";
-    unsigned short port = 8080; // 0 picks a free port
+    unsigned short port = 8470; // the game's own default; 0 picks a free port
     int threads = 2;
     // A serving thread that has just answered keeps looking for the next request this long before it
     // sleeps: a request that comes soon after is not held up by the thread's waking. 0: sleep at once.
