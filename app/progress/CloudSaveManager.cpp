@@ -285,6 +285,7 @@ void CloudSaveManager::saved(const QJsonObject& body, const std::optional<GKErro
     if (!error) {
         setBaseVersion(body.value("version").toInteger(baseVersion()));
         m_lastProblem.clear();
+        m_toldGoldRefused = false;
         if (m_changedInFlight) {
             schedule(kSaveDelaySeconds);
         } else {
@@ -312,6 +313,12 @@ void CloudSaveManager::saved(const QJsonObject& body, const std::optional<GKErro
     // Refused for good (gold not earned, a malformed document): the profile keeps its progress, and the next
     // change tries again.
     qWarning().noquote() << "The progress was not saved:" << error->code << m_lastProblem;
+    if (error->code == QLatin1String("gold_not_earned") && !m_toldGoldRefused) {
+        // The player hears it once, not at every change that is refused the same way.
+        m_toldGoldRefused = true;
+        Util::showMessageWithTitle(progressText("progress.goldRefused.message"),
+                                   progressText("progress.goldRefused.title"));
+    }
     if (m_changedInFlight) {
         schedule(kSaveDelaySeconds);
     }

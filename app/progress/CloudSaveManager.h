@@ -80,4 +80,5 @@ private:
     bool m_loading = false;         // the saved progress is being fetched after a login
     bool m_applying = false;        // the saved progress is being taken: its notifications are no change
     QString m_lastProblem;
+    bool m_toldGoldRefused = false; // the player was told that the service refused this profile's gold
 };

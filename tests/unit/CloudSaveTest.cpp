@@ -387,12 +387,20 @@ TEST_F(CloudSave, ASaveRefusedForAnotherDevicesNewerSaveOffersTheChoice) {
     EXPECT_EQ(overwrite.base, 6);
     EXPECT_EQ(overwrite.progress.value("gold").toInteger(), 645);
 
-    // Refused for its gold: the profile keeps it, and nothing is retried until the next change.
+    // Refused for its gold: the profile keeps it, the player is told so once, and nothing is retried until
+    // the next change.
     overwrite.done({}, serviceError(422, "gold_not_earned"));
     EXPECT_EQ(CreditsManager::sharedInstance().currentCredits(), 645);
+    ASSERT_TRUE(platform.alerts().isVisible());
+    EXPECT_EQ(platform.alerts().title(), Localization::localizedString("progress.goldRefused.title"));
+    ASSERT_TRUE(platform.alerts().pressTitled(platform.alerts().buttons().value(0)));
     platform.scheduler().advance(600);
     EXPECT_TRUE(requests->empty());
-    CreditsManager::sharedInstance().deductCredits(600);
+    CreditsManager::sharedInstance().addCredits(5);
+    platform.scheduler().advance(CloudSaveManager::kSaveDelaySeconds);
+    next().done({}, serviceError(422, "gold_not_earned"));
+    EXPECT_FALSE(platform.alerts().isVisible()) << "told again: " << platform.alerts().title().toStdString();
+    CreditsManager::sharedInstance().deductCredits(605);
     platform.scheduler().advance(CloudSaveManager::kSaveDelaySeconds);
     EXPECT_EQ(next().progress.value("gold").toInteger(), 45);
 }
