@@ -31,19 +31,8 @@ public:
     BlockArray() = default;
     BlockArray(BlockArray&&) noexcept = default;
     BlockArray& operator=(BlockArray&&) noexcept = default;
-    BlockArray(const BlockArray& other) : size_(other.size_) {
-        for (const auto& b : other.blocks_) {
-            blocks_.push_back(std::make_unique_for_overwrite<T[]>(kBlock));
-            std::copy_n(b.get(), kBlock, blocks_.back().get());
-        }
-    }
-    BlockArray& operator=(const BlockArray& other) {
-        if (this != &other) {
-            BlockArray copy(other);
-            *this = std::move(copy);
-        }
-        return *this;
-    }
+    BlockArray(const BlockArray&) = delete;
+    BlockArray& operator=(const BlockArray&) = delete;
 
     std::size_t size() const { return size_; }
     T& operator[](std::size_t i) { return blocks_[i >> kShift][i & (kBlock - 1)]; }
