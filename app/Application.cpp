@@ -582,18 +582,25 @@ void Application::deliver(const LocalNotification& notification) {
     const bool inFront = w && w->isVisible() && w->isActive();
     const QString title = notification.alertAction.isEmpty() ? QGuiApplication::applicationDisplayName()
                                                              : notification.alertAction;
-    if (!inFront && m_desktop->notify(title, notification.alertBody, [this, map] {
+    const auto inGame = [this, title, body = notification.alertBody, map] {
+        Platform::shared().banner().titleMessageTime(title, body, 4.0);
+        m_delegate.applicationDidReceiveLocalNotification(map);
+    };
+    if (inFront) {
+        inGame();
+        return;
+    }
+    m_desktop->notify(
+        title, notification.alertBody,
+        [this, map] {
             if (QQuickWindow* front = window()) {
                 front->show();
                 front->raise();
                 front->requestActivate();
             }
             m_delegate.applicationDidReceiveLocalNotification(map);
-        })) {
-        return;
-    }
-    Platform::shared().banner().titleMessageTime(title, notification.alertBody, 4.0);
-    m_delegate.applicationDidReceiveLocalNotification(map);
+        },
+        inGame);
 }
 
 void Application::openScreen(const QString& which) {

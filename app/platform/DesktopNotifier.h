@@ -1,25 +1,38 @@
 #pragma once
 
+#include <QDBusMessage>
 #include <QHash>
 #include <QObject>
 #include <QString>
 #include <functional>
 
 // Notifications of the desktop, through the freedesktop notification service on the session bus.
+//
+// Nothing here waits on the bus: a notification is sent and its answer taken when it comes, so a slow or hung
+// notification service never stalls the game's window.
 class DesktopNotifier : public QObject {
     Q_OBJECT
 public:
     explicit DesktopNotifier(QObject* parent = nullptr);
 
-    // Whether a notification service answers on the session bus.
-    bool isAvailable() const;
-    // Shows a notification; `activated` runs when the player clicks it. False when no service took it.
-    bool notify(const QString& summary, const QString& body, std::function<void()> activated);
+    // Shows a notification. `activated` runs when the player clicks it; `refused` runs instead of showing
+    // when there is no session bus or no notification service (one the bus can start counts), or when the
+    // service answers with an error or not within a few seconds. Exactly one of "shown" or `refused` happens
+    // for each call.
+    void notify(const QString& summary, const QString& body, std::function<void()> activated,
+                std::function<void()> refused);
 
 private slots:
-    void onActionInvoked(uint id, const QString& action);
-    void onClosed(uint id, uint reason);
+    // The signals are taken from any sender and matched here against the service that showed the
+    // notification, because a match by the well-known name can miss a click that comes soon after the
+    // service was first seen.
+    void onActionInvoked(uint id, const QString& action, const QDBusMessage& message);
+    void onClosed(uint id, uint reason, const QDBusMessage& message);
 
 private:
-    QHash<uint, std::function<void()>> m_pending;
+    struct Shown {
+        QString sender; // the unique bus name of the service that showed it
+        std::function<void()> activated;
+    };
+    QHash<uint, Shown> m_shown;
 };

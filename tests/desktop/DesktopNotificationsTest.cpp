@@ -7,6 +7,8 @@
 #include "platform/Platform.h"
 #include "progress/NotificationManager.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QProcess>
 #include <QQuickWindow>
 #include <QSGRendererInterface>
@@ -35,30 +37,64 @@ private slots:
         m_bus.waitForFinished(5000);
     }
 
-    void withoutAServiceNothingIsShownAndNothingFails() {
+    void withoutAServiceTheGameShowsItItself() {
         DesktopNotifier notifier;
-        QVERIFY(!notifier.isAvailable());
-        QVERIFY(!notifier.notify("title", "body", [] {}));
+        int clicks = 0;
+        int refusals = 0;
+        notifier.notify(
+            "title", "body", [&] { ++clicks; }, [&] { ++refusals; });
+        QTRY_COMPARE(refusals, 1);
+        QCOMPARE(clicks, 0);
     }
 
-    void aClickOnTheNotificationRunsItsAction() {
+    void aServiceThatAnswersWithAnErrorLeavesItToTheGame() {
+        FakeNotificationServer server(m_address);
+        QVERIFY(server.isRegistered());
+        server.setRefusing(true);
+        DesktopNotifier notifier;
+        int refusals = 0;
+        notifier.notify(
+            "title", "body", [] {}, [&] { ++refusals; });
+        QTRY_COMPARE(refusals, 1);
+        QVERIFY(server.shown().isEmpty());
+    }
+
+    void aClickOnTheNotificationRunsItsActionOnce() {
         FakeNotificationServer server(m_address);
         QVERIFY(server.isRegistered());
         DesktopNotifier notifier;
-        QTRY_VERIFY(notifier.isAvailable());
         int clicks = 0;
-        QVERIFY(notifier.notify(QStringLiteral("اعرف الحل"), QStringLiteral("الحل الصحيح هو: نجم"),
-                                [&] { ++clicks; }));
-        QCOMPARE(server.shown().size(), 1);
-        QCOMPARE(server.shown().first().summary, QStringLiteral("اعرف الحل"));
-        QCOMPARE(server.shown().first().body, QStringLiteral("الحل الصحيح هو: نجم"));
-        QVERIFY(server.shown().first().actions.contains("default"));
-        server.click(server.shown().first().id);
-        QTRY_COMPARE(clicks, 1);
+        int refusals = 0;
+        notifier.notify(
+            QStringLiteral("اعرف الحل"), QStringLiteral("الحل الصحيح هو: نجم"), [&] { ++clicks; },
+            [&] { ++refusals; });
+        QTRY_COMPARE(server.shown().size(), 1);
+        const ShownNotification shown = server.shown().first();
+        QCOMPARE(shown.summary, QStringLiteral("اعرف الحل"));
+        QCOMPARE(shown.body, QStringLiteral("الحل الصحيح هو: نجم"));
+        QVERIFY(shown.actions.contains("default"));
+
+        // The same signal from anyone but the service that showed it is not a click.
+        QDBusConnection intruder = QDBusConnection::connectToBus(m_address, QStringLiteral("intruder"));
+        QVERIFY(intruder.isConnected());
+        QDBusMessage forged = QDBusMessage::createSignal(QStringLiteral("/org/freedesktop/Notifications"),
+                                                         QStringLiteral("org.freedesktop.Notifications"),
+                                                         QStringLiteral("ActionInvoked"));
+        forged << shown.id << QStringLiteral("default");
+        QVERIFY(intruder.send(forged));
         // Another notification's click is not this one's.
-        server.click(99);
+        server.click(shown.id + 1);
+        QTest::qWait(200);
+        QCOMPARE(clicks, 0);
+        QDBusConnection::disconnectFromBus(QStringLiteral("intruder"));
+
+        server.click(shown.id);
+        QTRY_COMPARE(clicks, 1);
+        // A closed notification is forgotten: a second click does nothing.
+        server.click(shown.id);
         QTest::qWait(100);
         QCOMPARE(clicks, 1);
+        QCOMPARE(refusals, 0);
     }
 
     void theRunningGameSendsADueNotificationToTheDesktop() {
@@ -92,6 +128,17 @@ private slots:
         QCOMPARE(Platform::shared().alerts().message(), QStringLiteral("الحل الصحيح هو: قمر"));
         // Delivered to the desktop, not as the in-game banner, and gone from the schedule.
         QVERIFY(!Platform::shared().banner().isVisible());
+        QVERIFY(!NotificationManager::sharedInstance().isWaitNotificationIsScheduled());
+
+        // When the desktop will not show one, the game shows it as its own banner.
+        Platform::shared().alerts().press(0);
+        window->hide();
+        server.setRefusing(true);
+        NotificationManager::sharedInstance().scheduleNotificationWithDelay(
+            QStringLiteral("الحل الصحيح هو: شمس"), 0);
+        QTRY_VERIFY(Platform::shared().banner().isVisible());
+        QCOMPARE(Platform::shared().banner().message(), QStringLiteral("الحل الصحيح هو: شمس"));
+        QCOMPARE(server.shown().size(), 1);
         QVERIFY(!NotificationManager::sharedInstance().isWaitNotificationIsScheduled());
     }
 

@@ -8,9 +8,18 @@ QList<ShownNotification> NotificationService::shown() const {
     return m_shown;
 }
 
+void NotificationService::setRefusing(bool refusing) {
+    QMutexLocker lock(&m_mutex);
+    m_refusing = refusing;
+}
+
 uint NotificationService::Notify(const QString& appName, uint, const QString&, const QString& summary,
                                  const QString& body, const QStringList& actions, const QVariantMap&, int) {
     QMutexLocker lock(&m_mutex);
+    if (m_refusing) {
+        sendErrorReply(QDBusError::Failed, QStringLiteral("too many notifications"));
+        return 0;
+    }
     m_shown.append({m_next, appName, summary, body, actions});
     return m_next++;
 }

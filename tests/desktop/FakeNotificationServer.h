@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusContext>
 #include <QMutex>
 #include <QObject>
 #include <QString>
@@ -17,12 +18,14 @@ struct ShownNotification {
 };
 
 // The freedesktop notification service's Notify method, answered from a thread of its own.
-class NotificationService : public QObject {
+class NotificationService : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
 public:
     using QObject::QObject;
     QList<ShownNotification> shown() const;
+    // From now on every Notify is answered with an error, as a service that cannot show one answers.
+    void setRefusing(bool refusing);
 
 public slots:
     uint Notify(const QString& appName, uint replacesId, const QString& icon, const QString& summary,
@@ -39,6 +42,7 @@ private:
     mutable QMutex m_mutex;
     QList<ShownNotification> m_shown;
     uint m_next = 1;
+    bool m_refusing = false;
 };
 
 // A notification service on a session bus, as a desktop has one.
@@ -49,6 +53,7 @@ public:
     bool isRegistered() const { return m_registered; }
     QList<ShownNotification> shown() const { return m_service->shown(); }
     void click(uint id);
+    void setRefusing(bool refusing) { m_service->setRefusing(refusing); }
 
 private:
     QThread m_thread;
