@@ -30,9 +30,15 @@ private slots:
     void onClosed(uint id, uint reason, const QDBusMessage& message);
 
 private:
+    void onAnswer(const QString& sender, uint id, const std::function<void()>& activated);
+
     struct Shown {
         QString sender; // the unique bus name of the service that showed it
         std::function<void()> activated;
     };
     QHash<uint, Shown> m_shown;
+    // A click can be handed over before the answer that names its notification: while a notification is on
+    // its way, what happens to ids not known yet is kept here (true: clicked) for the answer to find.
+    int m_onTheWay = 0;
+    QHash<QPair<QString, uint>, bool> m_early;
 };

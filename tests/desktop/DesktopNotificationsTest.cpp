@@ -97,6 +97,24 @@ private slots:
         QCOMPARE(refusals, 0);
     }
 
+    void aClickThatComesBeforeTheAnswerIsNotLost() {
+        FakeNotificationServer server(m_address);
+        QVERIFY(server.isRegistered());
+        server.setClickingAtOnce(true);
+        DesktopNotifier notifier;
+        int firstClicks = 0;
+        int secondClicks = 0;
+        notifier.notify(
+            "first", "body", [&] { ++firstClicks; }, [] {});
+        notifier.notify(
+            "second", "body", [&] { ++secondClicks; }, [] {});
+        QTRY_COMPARE(firstClicks, 1);
+        QTRY_COMPARE(secondClicks, 1);
+        QTest::qWait(100);
+        QCOMPARE(firstClicks, 1);
+        QCOMPARE(secondClicks, 1);
+    }
+
     void theRunningGameSendsADueNotificationToTheDesktop() {
         FakeNotificationServer server(m_address);
         QVERIFY(server.isRegistered());

@@ -13,6 +13,11 @@ void NotificationService::setRefusing(bool refusing) {
     m_refusing = refusing;
 }
 
+void NotificationService::setClickingAtOnce(bool atOnce) {
+    QMutexLocker lock(&m_mutex);
+    m_clickingAtOnce = atOnce;
+}
+
 uint NotificationService::Notify(const QString& appName, uint, const QString&, const QString& summary,
                                  const QString& body, const QStringList& actions, const QVariantMap&, int) {
     QMutexLocker lock(&m_mutex);
@@ -21,6 +26,9 @@ uint NotificationService::Notify(const QString& appName, uint, const QString&, c
         return 0;
     }
     m_shown.append({m_next, appName, summary, body, actions});
+    if (m_clickingAtOnce) {
+        click(m_next);
+    }
     return m_next++;
 }
 

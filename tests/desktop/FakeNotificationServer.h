@@ -26,6 +26,9 @@ public:
     QList<ShownNotification> shown() const;
     // From now on every Notify is answered with an error, as a service that cannot show one answers.
     void setRefusing(bool refusing);
+    // From now on every notification is clicked and closed before Notify answers, so that the click reaches
+    // the caller ahead of the answer that names the notification.
+    void setClickingAtOnce(bool atOnce);
 
 public slots:
     uint Notify(const QString& appName, uint replacesId, const QString& icon, const QString& summary,
@@ -43,6 +46,7 @@ private:
     QList<ShownNotification> m_shown;
     uint m_next = 1;
     bool m_refusing = false;
+    bool m_clickingAtOnce = false;
 };
 
 // A notification service on a session bus, as a desktop has one.
@@ -54,6 +58,7 @@ public:
     QList<ShownNotification> shown() const { return m_service->shown(); }
     void click(uint id);
     void setRefusing(bool refusing) { m_service->setRefusing(refusing); }
+    void setClickingAtOnce(bool atOnce) { m_service->setClickingAtOnce(atOnce); }
 
 private:
     QThread m_thread;
