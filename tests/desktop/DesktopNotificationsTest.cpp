@@ -1,6 +1,7 @@
-// Desktop notifications on a session bus of the test's own (a private dbus-daemon): the notifier with and
-// without a notification service, and the running game delivering a due notification to the desktop while its
-// window is hidden, then bringing it forward when the player clicks.
+// Desktop notifications on a session bus of the test's own (a private dbus-daemon): the notifier without a
+// notification service and with one that refuses, clicks (forged, early, repeated), and the running game
+// delivering a due notification to the desktop while its window is hidden, coming forward when the player
+// clicks, and showing its own banner when the desktop refuses.
 #include "Application.h"
 #include "FakeNotificationServer.h"
 #include "platform/DesktopNotifier.h"
