@@ -95,7 +95,7 @@ private slots:
         Platform::shared().banner().dismiss();
 
         // A rain of gold: gold coins appear over the window. They are told by their dark gold rim, a colour
-        // nothing else on the screen has (the screen's own gold shimmers and is no measure).
+        // nothing else on the screen has: the tasks screen's confetti, still falling, has the coins' gold.
         const auto coinRims = [window] {
             const QImage image = window->grabWindow();
             int n = 0;
